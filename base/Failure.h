@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace korval::base {
+
+/// Number of the server's own failures, as it stands in the first word of an error record.
+inline constexpr std::int32_t kOwnFailure = 1;
+
+/// The one exception type of the system: a number and a description (UTF-8) that a user can act on.
+/// Numbers of the diagnostic-session library (1000 and above) pass through to the client unchanged.
+class Failure : public std::runtime_error {
+ public:
+  Failure(std::int32_t number, const std::string& description)
+      : std::runtime_error(description), number_(number) {}
+  explicit Failure(const std::string& description) : Failure(kOwnFailure, description) {}
+
+  std::int32_t Number() const noexcept { return number_; }
+  std::string Description() const { return what(); }
+
+ private:
+  std::int32_t number_;
+};
+
+}  // namespace korval::base

@@ -1,0 +1,43 @@
+# SPDX-License-Identifier: MIT
+# Each folder is a target of its own that sees only the headers of the folders it links, so an include
+# that runs up the floors does not compile. A target's headers are reached through a private include
+# root that holds nothing but a link to its folder.
+
+add_library(korval_build_flags INTERFACE)
+target_compile_options(korval_build_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # GCC 12 sees overlaps in optimised string concatenations that are none (its bug 105651).
+  target_compile_options(korval_build_flags INTERFACE -Wno-restrict)
+endif()
+if(KORVAL_SANITIZE)
+  target_compile_options(korval_build_flags INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(korval_build_flags INTERFACE -fsanitize=address,undefined)
+endif()
+if(KORVAL_FUZZ)
+  # Every library is instrumented; only the fuzz programs link the fuzzer's own main.
+  target_compile_options(korval_build_flags INTERFACE -fsanitize=fuzzer-no-link)
+  target_link_options(korval_build_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+set(KORVAL_FLOORS_DIR ${CMAKE_BINARY_DIR}/floors)
+
+# korval_include_root(<target> <PUBLIC|INTERFACE> <path below the project's root>)
+function(korval_include_root target scope path)
+  set(root ${KORVAL_FLOORS_DIR}/${target})
+  get_filename_component(parent ${root}/${path} DIRECTORY)
+  file(MAKE_DIRECTORY ${parent})
+  if(NOT EXISTS ${root}/${path})
+    file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${path} ${root}/${path} SYMBOLIC)
+  endif()
+  target_include_directories(${target} ${scope} ${root})
+endfunction()
+
+# korval_floor(<target> FOLDER <path> SOURCES ... DEPENDS ...)
+function(korval_floor target)
+  cmake_parse_arguments(FLOOR "" "FOLDER" "SOURCES;DEPENDS" ${ARGN})
+  add_library(${target} STATIC ${FLOOR_SOURCES})
+  korval_include_root(${target} PUBLIC ${FLOOR_FOLDER})
+  target_link_libraries(${target} PUBLIC ${FLOOR_DEPENDS} PRIVATE korval_build_flags)
+endfunction()

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/Failure.h"
+#include "diag/viator3.h"
+#include "tests/support/FakeEcu.h"
+#include "tests/support/FakeInstance.h"
+
+namespace korval::tests {
+
+/// A diagnostic session that records what is asked of it in `log`, in order, and does what the test says.
+class FakeSession : public viator3::Session {
+ public:
+  std::shared_ptr<FakeEcu> AddEcu(const std::string& function, const std::string& name,
+                                  const std::string& protocol) {
+    auto ecu = std::make_shared<FakeEcu>(function, name, protocol);
+    ecus_.push_back(ecu);
+    return ecu;
+  }
+
+  std::string Port() const override { return port; }
+  void SetPort(const std::string& new_port) override {
+    log.push_back("Port=" + new_port);
+    if (on_set_port) on_set_port(new_port);
+  }
+  void Close() override {
+    log.emplace_back("Close");
+    if (on_close) on_close();
+  }
+  void SetLanguage(const std::string& language) override { log.push_back("Language=" + language); }
+  void SetErrorsFile(const std::string& path) override { log.push_back("ErrorsFile=" + path); }
+  void OfferEcuFile(const std::string& path, base::XmlDocument document) override {
+    log.push_back("OfferEcuFile=" + path);
+    offered = std::move(document);
+  }
+  std::shared_ptr<viator3::Ecu> EcuByFunction(const std::string& function) override {
+    for (const auto& ecu : ecus_) {
+      if (ecu->Function() == function) return ecu;
+    }
+    throw base::Failure(2020, "no ECU file for the function " + function);
+  }
+  std::vector<std::shared_ptr<viator3::Ecu>> Ecus() const override { return ecus_; }
+  bool MessagingLoaded() const override { return messaging_loaded; }
+  void SendFrames(pugi::xml_document& frames) override {
+    if (on_send_frames) on_send_frames(frames);
+  }
+  std::shared_ptr<viator3::InstanceObject> CreateInstance(const std::string& prog_id) override {
+    log.push_back("CreateInstance=" + prog_id);
+    if (!instance) throw base::Failure(429, "no such class");
+    return instance;
+  }
+
+  std::string port = "COM7";
+  bool messaging_loaded = false;
+  std::shared_ptr<FakeInstance> instance = std::make_shared<FakeInstance>();
+  base::XmlDocument offered;
+  std::function<void(const std::string&)> on_set_port;
+  std::function<void()> on_close;
+  std::function<void(pugi::xml_document&)> on_send_frames;
+  std::vector<std::string> log;
+
+ private:
+  std::vector<std::shared_ptr<viator3::Ecu>> ecus_;
+};
+
+}  // namespace korval::tests

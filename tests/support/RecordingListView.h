@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/trace/ListView.h"
+
+namespace korval::tests {
+
+/// A list that keeps its cells, and counts how often it was emptied.
+class RecordingListView : public host::ListView {
+ public:
+  void Clear() override {
+    ++clears;
+    rows.clear();
+  }
+  void AddRow(const std::vector<std::string>& cells) override { rows.push_back(cells); }
+  void SetCell(std::size_t row, std::size_t column, const std::string& text) override {
+    if (row < rows.size() && column < rows[row].size()) rows[row][column] = text;
+  }
+
+  std::vector<std::vector<std::string>> rows;
+  int clears = 0;
+};
+
+}  // namespace korval::tests
