@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "host/settings/SettingsStore.h"
+
+namespace korval::host {
+
+/// Settings of this run on top of the stored ones: read first, never saved. What a person changes at the
+/// console is stored and holds at once; an overridden value that is saved unchanged stays out of the store.
+class OverrideSettings : public SettingsStore {
+ public:
+  using Overrides = std::map<std::string, std::string>;
+
+  OverrideSettings(std::shared_ptr<SettingsStore> store, Overrides overrides)
+      : store_(std::move(store)), overrides_(std::move(overrides)) {}
+
+  std::optional<std::string> Read(const std::string& path) const override {
+    const auto found = overrides_.find(path);
+    return found == overrides_.end() ? store_->Read(path) : found->second;
+  }
+  void Write(const std::string& path, const std::string& value) override {
+    const auto found = overrides_.find(path);
+    if (found != overrides_.end()) {
+      if (found->second == value) return;
+      overrides_.erase(found);
+    }
+    store_->Write(path, value);
+  }
+  std::optional<std::string> ReadMachineWide(const std::string& path) const override {
+    return store_->ReadMachineWide(path);
+  }
+
+ private:
+  std::shared_ptr<SettingsStore> store_;
+  Overrides overrides_;
+};
+
+}  // namespace korval::host
