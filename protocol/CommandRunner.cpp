@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#include "protocol/CommandRunner.h"
+
+#include <utility>
+
+#include "protocol/Frame.h"
+
+namespace korval::protocol {
+
+bool CommandRunner::VerifyChecksum() {
+  if (IsChecksumValid(frame_)) return true;
+  console_.Line("erreur de checksum ");
+  return false;
+}
+
+CommandRunner::Outcome CommandRunner::Run() {
+  const base::ByteBuffer parameters(ParameterArea(frame_));
+  Outcome outcome;
+  outcome.status = dispatcher_.Dispatch(frame_.Word(kCommandOffset), parameters.View(), outcome.data);
+  return outcome;
+}
+
+void CommandRunner::Finish(const Outcome& outcome) { FinishReply(frame_, outcome.status, outcome.data); }
+
+bool CommandRunner::ReleaseForPowerRequest(bool close_host_session) {
+  if (power_request_ == PowerRequest::kNone || !services_.ReleaseForPowerRequest(close_host_session))
+    return false;
+  state_.Set(SessionState::State::kIdle);
+  return true;
+}
+
+void CommandRunner::ActOnPowerRequest() {
+  const PowerRequest request = std::exchange(power_request_, PowerRequest::kNone);
+  if (request == PowerRequest::kReboot) {
+    console_.Line("Remote reboot asked ...");
+    power_.PcReboot();
+  } else if (request == PowerRequest::kShutdown) {
+    console_.Line("Remote Shutdown asked ...");
+    power_.PcShutdown();
+  }
+}
+
+void CommandRunner::DropPowerRequest() {
+  if (std::exchange(power_request_, PowerRequest::kNone) == PowerRequest::kNone) return;
+  console_.Line("Remote power request dropped, its reply could not be sent");
+}
+
+}  // namespace korval::protocol

@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+#include "protocol/SerialPath.h"
+
+#include <utility>
+
+#include "base/AnsiText.h"
+#include "base/Failure.h"
+#include "protocol/Frame.h"
+
+namespace korval::protocol {
+namespace {
+
+std::string MessageOf(CommEvent event) {
+  switch (event) {
+    case CommEvent::kBreak:
+      return "Break Received";
+    case CommEvent::kCarrierDetectTimeout:
+      return "Carrier Detect Timeout";
+    case CommEvent::kCtsTimeout:
+      return "CTS Timeout";
+    case CommEvent::kDcbError:
+      return "Error retrieving DCB";
+    case CommEvent::kDsrTimeout:
+      return "DSR Timeout";
+    case CommEvent::kFraming:
+      return "Framing Error";
+    case CommEvent::kOverrun:
+      return "Overrun Error";
+    case CommEvent::kReceiveBufferOverflow:
+      return "Receive Buffer Overflow";
+    case CommEvent::kParity:
+      return "Parity Error";
+    case CommEvent::kTransmitBufferFull:
+      return "Transmit Buffer Full";
+    case CommEvent::kSend:
+    case CommEvent::kReceive:
+      break;
+  }
+  return {};
+}
+
+}  // namespace
+
+SerialPath::SerialPath(SerialPort& port, CommandRunner& runner, TcpPath& tcp, host::TraceConsole& console,
+                       host::StatusView& view, base::EventLoop& loop, OnToggled on_toggled)
+    : port_(port),
+      runner_(runner),
+      tcp_(tcp),
+      console_(console),
+      view_(view),
+      on_toggled_(std::move(on_toggled)),
+      watchdog_(loop.CreateTimer([this] {
+        if (const auto held = owner_.lock()) OnWatchdog();
+      })) {}
+
+void SerialPath::Bind(const std::weak_ptr<void>& owner) {
+  owner_ = owner;
+  port_.SetOnComm([this, owner](CommEvent event) {
+    if (const auto held = owner.lock()) OnComm(event);
+  });
+}
+
+void SerialPath::Toggle() {
+  const bool was_open = port_.IsOpen();
+  try {
+    if (was_open) {
+      port_.Close();
+    } else {
+      port_.Open();
+    }
+    port_.DeliverRawBytes();
+  } catch (const base::Failure& failure) {
+    console_.Line(std::string("Error : ") + failure.what());
+  }
+  if (port_.IsOpen() == was_open) return;
+  ShowSettings();
+  on_toggled_(!was_open);
+}
+
+void SerialPath::Close() {
+  port_.Close();
+  on_toggled_(false);
+}
+
+void SerialPath::ShowSettings() {
+  view_.ShowConnected(port_.IsOpen());
+  view_.ShowPanel("Settings", "COM" + std::to_string(port_.PortNumber()) + " Settings: " + port_.Settings());
+}
+
+void SerialPath::OnComm(CommEvent event) {
+  if (event == CommEvent::kReceive) {
+    OnReceive();
+    return;
+  }
+  const std::string message = MessageOf(event);
+  if (!message.empty()) console_.Line("Error : " + message);
+  if (event == CommEvent::kDcbError && !port_.IsOpen()) OnLost();
+}
+
+// The device was unplugged: the console shows the port as it now is.
+void SerialPath::OnLost() {
+  ShowSettings();
+  on_toggled_(false);
+}
+
+void SerialPath::OnReceive() {
+  base::ByteBuffer& frame = runner_.FrameBuffer();
+  frame.Append(port_.Read().View());
+  ArmWatchdog();
+  if (frame.Length() < 2) return;
+  const std::size_t length = frame.Word(kLengthOffset);
+  if (length == 0) {
+    StopWatchdog();
+    frame.Clear();
+    return;
+  }
+  if (length > frame.Length()) return;
+  StopWatchdog();
+  if (IsFrameLength(length)) {
+    Serve();
+  } else {
+    console_.Line("Error : Invalid asap frame (" + base::Utf8FromAnsi(frame.View()) + ")");
+  }
+  frame.Clear();
+}
+
+void SerialPath::Serve() {
+  if (nesting_ == kMaxNesting) {
+    console_.Line("Error : serial frame dropped, " + std::to_string(kMaxNesting) +
+                  " commands are in progress");
+    return;
+  }
+  ++nesting_;
+  Answer();
+  --nesting_;
+}
+
+void SerialPath::Answer() {
+  if (!runner_.VerifyChecksum()) return;
+  const CommandRunner::Outcome outcome = runner_.Run();
+  runner_.Finish(outcome);
+  port_.Write(runner_.FrameBuffer().View());
+  tcp_.ServePowerRequest(true);
+}
+
+void SerialPath::ArmWatchdog() {
+  watchdog_->Stop();
+  view_.ShowPanel("timeout", "Timeout armed");
+  watchdog_->Start(kWatchdogInterval);
+}
+
+void SerialPath::StopWatchdog() {
+  watchdog_->Stop();
+  view_.ShowPanel("timeout", "Timeout stop");
+}
+
+void SerialPath::OnWatchdog() {
+  view_.ShowPanel("timeout", "Timeout fail");
+  runner_.FrameBuffer().Clear();
+  console_.Line("Timeout fail - empty buffer");
+}
+
+}  // namespace korval::protocol

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "host/trace/TraceConsole.h"
+#include "protocol/CommandRunner.h"
+#include "protocol/TcpSocket.h"
+
+namespace korval::protocol {
+
+/// The TCP transport: listens, serves one client at a time, and answers each frame that arrives whole in
+/// one arrival. While a command waits its events keep coming: a further frame gets the canned "Global
+/// error" frame and silences the command's own reply, a client that leaves or is replaced gets none.
+class TcpPath {
+ public:
+  /// The arguments outlive the path.
+  TcpPath(TcpSocket& socket, CommandRunner& runner, SessionState& state, SessionServices& services,
+          host::TraceConsole& console);
+
+  /// Takes the socket's events. `owner` owns this path and everything it works on; it is held for the
+  /// length of each event, so that it may be let go inside one.
+  void Bind(const std::weak_ptr<void>& owner);
+
+  void SetPort(std::uint16_t port) { port_ = port; }
+  /// Raises Failure when the port cannot be opened.
+  void StartListening();
+  /// As StartListening; a failure is traced.
+  void Reopen() noexcept;
+  /// Drops the client and stops listening.
+  void Close();
+  /// After the reply to a power request has been sent on either transport.
+  void ServePowerRequest(bool close_host_session);
+
+ private:
+  using Client = std::optional<TcpSocket::RequestId>;
+
+  void OnConnectionRequest(TcpSocket::RequestId request);
+  void OnConnect();
+  void OnDataArrival();
+  void OnClose();
+  void RefuseWhileBusy();
+  void Serve();
+  void Answer(const CommandRunner::Outcome& outcome);
+
+  TcpSocket& socket_;
+  CommandRunner& runner_;
+  SessionState& state_;
+  SessionServices& services_;
+  host::TraceConsole& console_;
+  std::uint16_t port_ = 0;
+  bool busy_ = false;
+  bool reply_suppressed_ = false;
+  Client client_;
+};
+
+}  // namespace korval::protocol

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "base/ByteBuffer.h"
+
+namespace korval::protocol {
+
+/// The seam to the TCP server socket: it listens, and holds at most one accepted client. Every event is
+/// delivered from the event loop, also while a handler of an earlier event waits.
+class TcpSocket {
+ public:
+  enum class State { kClosed = 0, kListening = 2, kConnected = 7 };
+
+  /// Numbers a connection request; every client gets a new one.
+  using RequestId = std::int64_t;
+
+  struct Events {
+    std::function<void(RequestId)> on_connection_request;
+    std::function<void()> on_connect;
+    /// Bytes have arrived; Receive gives all that have come so far.
+    std::function<void()> on_data_arrival;
+    /// The client disconnected or was lost.
+    std::function<void()> on_close;
+  };
+
+  virtual ~TcpSocket() = default;
+  virtual void SetEvents(Events events) = 0;
+
+  /// 0 takes any free port when listening begins; that port is then kept for later calls of Listen.
+  virtual void SetLocalPort(std::uint16_t port) = 0;
+  /// Starts listening, or goes on when it already does. Raises Failure when the port cannot be opened,
+  /// with the port, the reason and what to do.
+  virtual void Listen() = 0;
+  /// Makes the requesting client the current one. False when that client has gone meanwhile.
+  virtual bool Accept(RequestId request) = 0;
+  /// Drops the current client without an event and goes on listening.
+  virtual void Disconnect() = 0;
+  /// Drops the current client without an event and stops listening.
+  virtual void Close() = 0;
+
+  virtual State CurrentState() const = 0;
+  /// Takes everything from the receive queue. The queue is bounded: a client that sends more than
+  /// kReceiveQueueLimit bytes without being read is dropped with a close event.
+  virtual base::ByteBuffer Receive() = 0;
+  /// Sends to the current client; bytes for a client that is gone are dropped.
+  virtual void Send(base::ByteView bytes) = 0;
+
+  virtual std::string Name() const = 0;
+  virtual std::string LocalHostName() const = 0;
+  virtual std::string LocalIp() const = 0;
+  virtual std::uint16_t LocalPort() const = 0;
+  virtual std::string RemoteHost() const = 0;
+  virtual std::string RemoteHostIp() const = 0;
+  virtual std::uint16_t RemotePort() const = 0;
+
+  static constexpr std::size_t kReceiveQueueLimit = std::size_t{1024} * 1024;
+};
+
+}  // namespace korval::protocol
