@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "model/Acquisition.h"
+
+#include <unordered_set>
+
+#include "base/Failure.h"
+
+namespace korval::model {
+
+void Acquisition::Start(const std::shared_ptr<viator3::Ecu>& ecu) {
+  if (current_ecu_) return;
+  current_ecu_ = ecu;
+  items_ = std::make_shared<DataItems>();
+  requests_.reset();
+}
+
+bool Acquisition::Add(const std::string& value_name, const std::shared_ptr<viator3::DataItem>& item) {
+  if (!items_) throw base::Failure("No ECU object to acquire values from");
+  if (items_->Contains(value_name)) return false;
+  items_->Append(item, value_name);
+  requests_.reset();
+  return true;
+}
+
+void Acquisition::Drop() {
+  current_ecu_.reset();
+  items_.reset();
+  requests_.reset();
+}
+
+std::shared_ptr<const Acquisition::Requests> Acquisition::RequestsToExecute() {
+  if (requests_) return requests_;
+  const auto gathered = std::make_shared<Requests>();
+  if (current_ecu_) {
+    std::unordered_set<std::shared_ptr<viator3::Request>> chosen;
+    for (const auto& item : *items_) chosen.insert(item->OwningRequest());
+    for (const auto& request : current_ecu_->RequestList()) {
+      if (chosen.contains(request)) gathered->push_back(request);
+    }
+  }
+  requests_ = gathered;
+  return requests_;
+}
+
+}  // namespace korval::model

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "diag/viator3.h"
+#include "model/KeyedList.h"
+
+namespace korval::model {
+
+/// What get online value reads: the connection's data-item list and the current ECU object. Lives as long
+/// as the client's session; whoever waits holds the lists it was given, because they may be dropped then.
+class Acquisition {
+ public:
+  /// Keyed by the value's name.
+  using DataItems = KeyedList<viator3::DataItem>;
+  using Requests = viator3::Ecu::Requests;
+
+  /// Makes `ecu` the current ECU object and starts an empty list; does nothing once there is one.
+  void Start(const std::shared_ptr<viator3::Ecu>& ecu);
+  /// Appends a data item. False when the list has that name already.
+  bool Add(const std::string& value_name, const std::shared_ptr<viator3::DataItem>& item);
+  void Drop();
+
+  /// Null until Start.
+  std::shared_ptr<viator3::Ecu> CurrentEcu() const { return current_ecu_; }
+  std::shared_ptr<const DataItems> Items() const { return items_; }
+  /// The requests of the current ECU object that carry values of the list, in the library's order.
+  std::shared_ptr<const Requests> RequestsToExecute();
+
+ private:
+  std::shared_ptr<viator3::Ecu> current_ecu_;
+  std::shared_ptr<DataItems> items_;
+  std::shared_ptr<const Requests> requests_;  // null: to be gathered anew
+};
+
+}  // namespace korval::model

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#include "model/KorvAsapFile.h"
+
+#include <utility>
+#include <vector>
+
+#include "base/Failure.h"
+#include "base/FolderPath.h"
+
+namespace korval::model {
+namespace {
+
+constexpr char kAutoCanSection[] = "AUTOCAN";
+
+pugi::xml_node Section(const pugi::xml_document& description, std::string_view name) {
+  for (const pugi::xml_node& section : description.child("xml").children("ecu")) {
+    const pugi::xml_attribute attribute = section.attribute("name");
+    if (attribute && attribute.value() == name) return section;
+  }
+  return {};
+}
+
+pugi::xml_attribute FunctionName(const pugi::xml_document& ecu_file) {
+  for (const pugi::xml_node& target : ecu_file.child("xml").children("qor:Target")) {
+    for (const pugi::xml_node& function : target.children("Function")) {
+      if (const pugi::xml_attribute name = function.attribute("Name")) return name;
+    }
+  }
+  return {};
+}
+
+void CollectReferencedItems(const pugi::xml_node& request, std::vector<std::string_view>& names) {
+  for (const pugi::xml_node& received : request.children("Received")) {
+    for (const pugi::xml_node& item : received.children("DataItem")) {
+      if (std::string_view(item.attribute("Ref").value()) != "1") continue;
+      if (const pugi::xml_attribute name = item.attribute("Name")) names.emplace_back(name.value());
+    }
+  }
+}
+
+// One pass over a file of perhaps 50,000 items; the names stay in the document.
+std::vector<std::string_view> ReferencedItems(const pugi::xml_document& ecu_file) {
+  std::vector<std::string_view> names;
+  for (const pugi::xml_node& target : ecu_file.child("xml").children("qor:Target")) {
+    for (const pugi::xml_node& requests : target.children("Requests")) {
+      for (const pugi::xml_node& request : requests.children("Request"))
+        CollectReferencedItems(request, names);
+    }
+  }
+  return names;
+}
+
+}  // namespace
+
+KorvAsapFile::KorvAsapFile(Folders folders, std::string description_file, std::string binary_file,
+                           std::int32_t destination, std::int32_t id)
+    : folders_(std::move(folders)),
+      description_file_(std::move(description_file)),
+      binary_file_(std::move(binary_file)),
+      destination_(destination),
+      id_(id) {}
+
+void KorvAsapFile::ReadDescriptionFile() {
+  base::XmlDocument document = base::LoadXmlFile(base::PathInFolder(folders_.asap, description_file_));
+  const pugi::xml_node section = Section(*document, binary_file_);
+  if (!section) throw base::Failure("Binary file '" + binary_file_ + "' not found");
+  const pugi::xml_attribute url = section.attribute("url");
+  if (!url) {
+    throw base::Failure("Korval file URL not found in the binary file '" + binary_file_ + "' section");
+  }
+  ReadShortNames(section, readKorvalEcuFile(url.value()));
+  description_ = std::move(document);
+}
+
+KorvAsapFile::Names KorvAsapFile::readKorvalEcuFile(const std::string& ecu_file_name) {
+  const std::filesystem::path path = base::PathInFolder(folders_.korv, ecu_file_name);
+  base::XmlDocument document = base::LoadXmlFile(path);
+  const pugi::xml_attribute function = FunctionName(*document);
+  if (!function) throw base::Failure("Bad Ecu XML file 'ecuFileName', unable to load Ecu description");
+  const std::vector<std::string_view> items = ReferencedItems(*document);
+  Names names;
+  names.reserve(items.size());
+  names.insert(items.begin(), items.end());
+  korv_function_ = function.value();
+  korv_file_name_ = path.string();
+  ecu_document_ = std::move(document);
+  return names;
+}
+
+void KorvAsapFile::ReadShortNames(const pugi::xml_node& section, const Names& data_items) {
+  short_names_.clear();
+  for (const pugi::xml_node& data : section.children("data")) {
+    const pugi::xml_attribute name = data.attribute("name");
+    const std::string_view short_name = data.attribute("shortname").value();
+    if (!name || short_name.empty() || !data_items.contains(name.value())) continue;
+    short_names_.emplace(short_name, name.value());  // the first element keeps the name
+  }
+}
+
+std::string KorvAsapFile::KorvDataName(const std::string& asap_data_name) const {
+  const auto found = short_names_.find(asap_data_name);
+  return found == short_names_.end() ? std::string() : std::string(found->second);
+}
+
+std::string KorvAsapFile::GetAutoCanFile() const {
+  if (!description_) return {};
+  const pugi::xml_attribute url = Section(*description_, kAutoCanSection).attribute("url");
+  return url ? base::PathInFolder(folders_.korv, url.value()).string() : std::string();
+}
+
+}  // namespace korval::model

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "base/ByteBuffer.h"
+#include "base/XmlFile.h"
+#include "diag/ScriptFile.h"
+#include "model/DtcStore.h"
+#include "model/Folders.h"
+
+namespace korval::model {
+
+/// One selected description file. It maps the client's short names to the data items of one ECU function:
+///   /xml/ecu[name = section]          url: the ECU file;  data children: name (data item), shortname
+///   /xml/ecu[name = 'AUTOCAN']        url: the CAN messaging file
+/// of the ECU file are read:
+///   /xml/qor:Target/Function          Name
+///   /xml/qor:Target/Requests/Request/Received/DataItem[Ref = '1']   Name
+/// Names are compared as text, so no name can change what is selected. Commands share ownership of the file
+/// for as long as they work on it, because the collection may be emptied inside a wait.
+class KorvAsapFile : public diag::ScriptFile {
+ public:
+  /// A raw diagnostic request and its answer.
+  struct RawExchange {
+    base::ByteBuffer request;
+    base::ByteBuffer answer;
+  };
+
+  KorvAsapFile(Folders folders, std::string description_file, std::string binary_file,
+               std::int32_t destination, std::int32_t id);
+
+  /// Number in the collection, which the client uses as LUN.
+  std::int32_t Id() const { return id_; }
+  /// Name relative to the ASAP folder, section and address, as the client gave them.
+  const std::string& DescriptionFile() const { return description_file_; }
+  const std::string& BinaryFile() const override { return binary_file_; }
+  std::int32_t Destination() const { return destination_; }
+  /// Full path of the ECU file and the name of its function; "" before both are loaded.
+  const std::string& KorvFileName() const { return korv_file_name_; }
+  const std::string& KorvFunction() const override { return korv_function_; }
+
+  /// Loads the description file and the ECU file its section points to. Raises Failure with a text for
+  /// the client; the file then stays without names.
+  void ReadDescriptionFile();
+  /// Whether a data item that the ECU returns has this short name.
+  bool IsDataExist(const std::string& data_name) const { return short_names_.contains(data_name); }
+  std::string KorvDataName(const std::string& asap_data_name) const override;
+  /// Full path of the CAN messaging file, "" when none is named. Raises Failure when its name leads out of
+  /// the folder.
+  std::string GetAutoCanFile() const;
+  /// Gives the parsed ECU file away, which only the session still needs.
+  base::XmlDocument TakeEcuDocument() { return std::move(ecu_document_); }
+
+  std::shared_ptr<viator3::InstanceObject> WshObject() const override { return wsh_object_; }
+  void SetWshObject(std::shared_ptr<viator3::InstanceObject> object) override {
+    wsh_object_ = std::move(object);
+  }
+
+  DtcStore& Dtcs() { return dtcs_; }
+  /// The last raw request, null when there is none.
+  std::shared_ptr<RawExchange> LastRawExchange() const { return raw_exchange_; }
+  void SetLastRawExchange(std::shared_ptr<RawExchange> exchange) { raw_exchange_ = std::move(exchange); }
+
+  /// What the console shows as the ECU's identification; "" until it has been read.
+  const std::string& Identification() const { return identification_; }
+  void SetIdentification(const std::string& text) { identification_ = text; }
+
+ private:
+  using Names = std::unordered_set<std::string_view>;
+
+  Names readKorvalEcuFile(const std::string& ecu_file_name);
+  void ReadShortNames(const pugi::xml_node& section, const Names& data_items);
+
+  Folders folders_;
+  std::string description_file_;
+  std::string binary_file_;
+  std::int32_t destination_;
+  std::int32_t id_;
+  std::string korv_file_name_;
+  std::string korv_function_;
+  base::XmlDocument description_;  // the short names point into it
+  base::XmlDocument ecu_document_;
+  std::unordered_map<std::string_view, std::string_view> short_names_;
+  std::shared_ptr<viator3::InstanceObject> wsh_object_;
+  DtcStore dtcs_;
+  std::shared_ptr<RawExchange> raw_exchange_;
+  std::string identification_;
+};
+
+}  // namespace korval::model

@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/Failure.h"
+#include "model/SelectFile.h"
+#include "tests/support/CommandBench.h"
+#include "tests/support/ErrorRecord.h"
+
+namespace korval::model {
+namespace {
+
+using protocol::CommandCode;
+using testing::ElementsAre;
+using tests::Fields;
+using State = protocol::SessionState::State;
+
+class SelectFileTest : public testing::Test {
+ protected:
+  tests::Reply Select(const std::string& description, const std::string& section, std::int32_t address = 16) {
+    return bench_.Run(CommandCode::kSelectFile, Fields().String(description).String(section).Word(address));
+  }
+
+  // The message of an error record with code 1.
+  static std::string Message(const tests::Reply& reply) {
+    EXPECT_EQ(reply.status, 65535);
+    const std::string record = tests::ErrorRecord(reply.data);
+    EXPECT_EQ(record.find("1 "), 0U);
+    return record.substr(2);
+  }
+
+  std::string EcuFile() const { return bench_.folder.Path("engine_ecu.xml"); }
+
+  void DescribeMessaging(const std::string& url) {
+    bench_.folder.Write("can.xml", "<xml><ecu name='ENGINE' url='engine_ecu.xml'/><ecu name='AUTOCAN' url='" +
+                                       url + "'/></xml>");
+  }
+
+  tests::CommandBench bench_;
+};
+
+TEST_F(SelectFileTest, AnswersTheIdAndTracesWhatItLoaded) {
+  const auto reply = Select("engine.xml", "ENGINE");
+  EXPECT_EQ(reply.status, 0);
+  EXPECT_EQ(reply.data.ToHex(), "0001");
+  EXPECT_EQ(bench_.TakeTrace(),
+            "select file(engine.xml,ENGINE,16)\r\n" + EcuFile() + " load in Korval session\r\n");
+  EXPECT_EQ(bench_.state.Current(), State::kFileSelected);
+  EXPECT_EQ(Select("engine.xml", "ENGINE").data.ToHex(), "0002");
+}
+
+TEST_F(SelectFileTest, HandsTheParsedEcuFileToTheSession) {
+  Select("engine.xml", "ENGINE");
+  EXPECT_EQ(bench_.session->log.back(), "OfferEcuFile=" + EcuFile());
+  ASSERT_NE(bench_.session->offered, nullptr);
+  EXPECT_STREQ(bench_.session->offered->document_element().name(), "xml");
+}
+
+TEST_F(SelectFileTest, FailureIsTracedInTwoLinesAndAnswered) {
+  EXPECT_EQ(Message(Select("engine.xml", "BRAKES")), "select file error : Binary file 'BRAKES' not found");
+  EXPECT_EQ(
+      bench_.TakeTrace(),
+      "select file(engine.xml,BRAKES,16)\r\n"
+      "   error when loading korval file : engine.xml\r\n   error : Binary file 'BRAKES' not found\r\n");
+  EXPECT_EQ(bench_.state.Current(), State::kIdentify);
+  EXPECT_EQ(bench_.files.Count(), 1);
+  EXPECT_EQ(bench_.file_view.clears, 0);
+}
+
+TEST_F(SelectFileTest, FailureIsTracedOnceWhileDebuggingToo) {
+  bench_.console.SetDebugTrace(true);
+  Select("engine.xml", "BRAKES");
+  EXPECT_EQ(
+      bench_.TakeTrace(),
+      "select file(engine.xml,BRAKES,16)\r\n"
+      "   error when loading korval file : engine.xml\r\n   error : Binary file 'BRAKES' not found\r\n");
+}
+
+TEST_F(SelectFileTest, FailureInStateFileSelectedKeepsTheState) {
+  bench_.SelectEngine();
+  Select("engine.xml", "BRAKES");
+  EXPECT_EQ(bench_.state.Current(), State::kFileSelected);
+}
+
+TEST_F(SelectFileTest, NameThatLeadsOutOfTheFolderIsASelectFileError) {
+  EXPECT_EQ(Message(Select("..\\..\\etc\\passwd", "X")).find("select file error : "), 0U);
+}
+
+TEST_F(SelectFileTest, RequestThatEndsEarlyNamesTheMissingField) {
+  const auto message = [this](const Fields& fields) {
+    return Message(bench_.Run(CommandCode::kSelectFile, fields));
+  };
+  EXPECT_EQ(message(Fields()),
+            "select file error : select file : Invalid 'description file' parameter, string expected");
+  EXPECT_EQ(message(Fields().String("engine.xml")),
+            "select file error : select file : Invalid 'section' parameter, string expected");
+  EXPECT_EQ(message(Fields().String("engine.xml").String("ENGINE")),
+            "select file error : select file : Invalid 'address' parameter, word expected");
+  EXPECT_EQ(bench_.files.Count(), 0);
+}
+
+TEST_F(SelectFileTest, MessagingFileGoesToTheFunctionCan) {
+  const auto can = bench_.session->AddEcu("CAN", "CAN", "CAN");
+  DescribeMessaging("messaging.dbc");
+  EXPECT_EQ(Select("can.xml", "ENGINE").status, 0);
+  EXPECT_THAT(can->messaging, ElementsAre(bench_.folder.Path("messaging.dbc")));
+  EXPECT_EQ(bench_.TakeTrace(), "select file(can.xml,ENGINE,16)\r\n" + EcuFile() +
+                                    " load in Korval session\r\n   messaging automatic loading : " +
+                                    bench_.folder.Path("messaging.dbc") + "\r\n");
+}
+
+TEST_F(SelectFileTest, FailedMessagingIsTracedAndTheSelectionStands) {
+  const auto can = bench_.session->AddEcu("CAN", "CAN", "CAN");
+  can->on_load_messaging = [] { throw base::Failure("cannot be read"); };
+  DescribeMessaging("messaging.dbc");
+  EXPECT_EQ(Select("can.xml", "ENGINE").status, 0);
+  EXPECT_EQ(bench_.TakeTrace(), "select file(can.xml,ENGINE,16)\r\n" + EcuFile() +
+                                    " load in Korval session\r\n   Error messaging automatic loading : " +
+                                    bench_.folder.Path("messaging.dbc") + " cannot be read\r\n");
+}
+
+TEST_F(SelectFileTest, MessagingUrlThatLeadsOutOfTheFolderIsASelectFileError) {
+  DescribeMessaging("../messaging.dbc");
+  EXPECT_EQ(Message(Select("can.xml", "ENGINE")).find("select file error : "), 0U);
+}
+
+TEST_F(SelectFileTest, FileListShowsEveryFileOfTheCollection) {
+  bench_.engine->on_send = [](const base::ByteBuffer&, base::ByteBuffer& answer) {
+    answer = {0x61, 0x80, 0x42};
+  };
+  Select("engine.xml", "BRAKES", 1);
+  Select("engine.xml", "ENGINE", 65535);
+  EXPECT_THAT(bench_.file_view.rows,
+              ElementsAre(ElementsAre("1", "engine.xml", "BRAKES", "1", "", "", ""),
+                          ElementsAre("2", "engine.xml", "ENGINE", "65535", "MOTOR", "KWP2000", "618042")));
+}
+
+TEST_F(SelectFileTest, IdentificationIsReadOnlyWhileEmpty) {
+  bench_.engine->on_send = [](const base::ByteBuffer&, base::ByteBuffer& answer) { answer = {0x61, 0x80}; };
+  Select("engine.xml", "ENGINE");
+  Select("engine.xml", "ENGINE");
+  EXPECT_THAT(bench_.engine->sent, ElementsAre("2180", "2180"));  // one for each of the two files
+}
+
+TEST_F(SelectFileTest, OtherProtocolsAreShownWithoutIdentification) {
+  bench_.session = std::make_shared<tests::FakeSession>();
+  const auto ecu = bench_.session->AddEcu("MOTOR", "Engine control", "UDS");
+  bench_.diagnosis.SetSession(bench_.session);
+  Select("engine.xml", "ENGINE", 0);
+  EXPECT_TRUE(ecu->sent.empty());
+  EXPECT_THAT(bench_.file_view.rows,
+              ElementsAre(ElementsAre("1", "engine.xml", "ENGINE", "0", "MOTOR", "UDS", "")));
+}
+
+TEST_F(SelectFileTest, FunctionThatTheSessionDoesNotKnowIsShownWithoutProtocol) {
+  bench_.diagnosis.SetSession(std::make_shared<tests::FakeSession>());
+  EXPECT_EQ(Select("engine.xml", "ENGINE", 0).status, 0);
+  EXPECT_THAT(bench_.file_view.rows,
+              ElementsAre(ElementsAre("1", "engine.xml", "ENGINE", "0", "MOTOR", "", "")));
+}
+
+TEST_F(SelectFileTest, ClientLeavingWhileTheIdentificationIsReadLeavesEverythingEmpty) {
+  bench_.engine->on_initialise = [this] { bench_.EndSession(); };
+  Select("engine.xml", "ENGINE");
+  EXPECT_EQ(bench_.state.Current(), State::kIdle);
+  EXPECT_EQ(bench_.files.Count(), 0);
+  EXPECT_TRUE(bench_.file_view.rows.empty());
+}
+
+TEST_F(SelectFileTest, ClientLeavingWhileTheMessagingIsLoadedEndsTheSelection) {
+  const auto can = bench_.session->AddEcu("CAN", "CAN", "CAN");
+  can->on_load_messaging = [this] { bench_.EndSession(); };
+  DescribeMessaging("messaging.dbc");
+  EXPECT_EQ(Select("can.xml", "ENGINE").status, 65535);
+  EXPECT_EQ(bench_.state.Current(), State::kIdle);
+}
+
+TEST_F(SelectFileTest, SessionTakenAwayByTheHostIsASelectFileError) {
+  bench_.diagnosis.SetSession(nullptr);
+  EXPECT_EQ(Message(Select("engine.xml", "ENGINE")),
+            "select file error : No diagnostic session, send init first");
+}
+
+TEST_F(SelectFileTest, BeforeIdentifyItIsRefused) {
+  bench_.state.Set(State::kInit);
+  const auto reply = Select("engine.xml", "ENGINE");
+  EXPECT_EQ(reply.status, 9027);
+  EXPECT_TRUE(reply.data.Empty());
+  EXPECT_EQ(bench_.TakeTrace(), "select file receive without init and identify, not processed\r\n");
+}
+
+}  // namespace
+}  // namespace korval::model
