@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include <pugixml.hpp>
+
+#include "base/ByteBuffer.h"
+#include "ecu/description/ItemDescription.h"
+#include "ecu/description/Timing.h"
+
+namespace korval::ecu {
+
+/// The longest message that anybody sends to an ECU or gets from it: ISO 15765-2 without its escape.
+inline constexpr std::int32_t kLongestMessage = 4095;
+
+/// Decimal integer attribute; `fallback` when it is absent, no number, or outside `lowest` to `highest`.
+std::int32_t IntegerAttribute(const pugi::xml_node& node, const char* name, std::int32_t fallback,
+                              std::int32_t lowest, std::int32_t highest);
+Milliseconds MillisecondsAttribute(const pugi::xml_node& node, const char* name, Milliseconds fallback,
+                                   std::int32_t lowest, std::int32_t highest);
+/// Decimal number attribute; none when it is absent or no number.
+std::optional<double> NumberAttribute(const pugi::xml_node& node, const char* name);
+/// Hexadecimal number attribute of at most eight digits; none when it is absent or no such number.
+std::optional<std::uint32_t> HexAttribute(const pugi::xml_node& node, const char* name);
+/// Bytes in hexadecimal, blanks allowed between them; none when the attribute holds anything else.
+std::optional<base::ByteBuffer> BytesAttribute(const pugi::xml_node& node, const char* name);
+
+/// A DataItem element; none when it has no name or its bits cannot exist in a message.
+std::optional<ItemDescription> ReadDataItem(const pugi::xml_node& node);
+/// The DataItem children of a node.
+std::vector<ItemDescription> ReadDataItems(const pugi::xml_node& node);
+
+}  // namespace korval::ecu

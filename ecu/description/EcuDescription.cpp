@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/description/EcuDescription.h"
+
+#include <string_view>
+#include <utility>
+
+#include "base/Failure.h"
+#include "ecu/description/AttributeReader.h"
+#include "ecu/description/ErrorNumbers.h"
+
+namespace korval::ecu {
+namespace {
+
+// Calls `read` with each element at xml/qor:Target/<group>/<name>, in the order of the file.
+template <typename Read>
+void ForEach(const pugi::xml_document& document, const char* group, const char* name, Read read) {
+  for (const pugi::xml_node& target : document.child("xml").children("qor:Target")) {
+    for (const pugi::xml_node& holder : target.children(group)) {
+      for (const pugi::xml_node& node : holder.children(name)) read(node);
+    }
+  }
+}
+
+pugi::xml_node FunctionNode(const pugi::xml_document& document) {
+  for (const pugi::xml_node& target : document.child("xml").children("qor:Target")) {
+    for (const pugi::xml_node& function : target.children("Function")) {
+      if (function.attribute("Name")) return function;
+    }
+  }
+  return {};
+}
+
+std::uint8_t ByteAttribute(const pugi::xml_node& node, const char* name, std::uint8_t fallback) {
+  const auto value = HexAttribute(node, name);
+  return value && *value <= 0xFF ? static_cast<std::uint8_t>(*value) : fallback;
+}
+
+FunctionDescription::Init InitOf(std::string_view name) {
+  if (name == "slow") return FunctionDescription::Init::kSlow;
+  return name == "none" ? FunctionDescription::Init::kNone : FunctionDescription::Init::kFast;
+}
+
+Timing ReadTiming(const pugi::xml_node& node) {
+  static constexpr std::int32_t kMinute = 60000;
+  Timing timing;
+  timing.p2 = MillisecondsAttribute(node, "P2Ms", timing.p2, 1, kMinute);
+  timing.p3 = MillisecondsAttribute(node, "P3Ms", timing.p3, 0, kMinute);
+  timing.p4 = MillisecondsAttribute(node, "P4Ms", timing.p4, 0, 1000);
+  timing.st_min = MillisecondsAttribute(node, "StMinMs", timing.st_min, 0, 127);
+  timing.block_size = IntegerAttribute(node, "BlockSize", timing.block_size, 0, 255);
+  return timing;
+}
+
+FunctionDescription ReadFunction(const pugi::xml_node& node) {
+  FunctionDescription function;
+  function.name = node.attribute("Name").value();
+  function.ecu = node.attribute("Ecu").as_string(function.name.c_str());
+  function.protocol = node.attribute("Protocol").as_string(function.protocol.c_str());
+  function.address = ByteAttribute(node, "Address", function.address);
+  function.tester = ByteAttribute(node, "Tester", function.tester);
+  function.init = InitOf(node.attribute("Init").value());
+  function.baud = IntegerAttribute(node, "Baud", function.baud, 1, 4000000);
+  function.request_id = HexAttribute(node, "RequestId");
+  function.response_id = HexAttribute(node, "ResponseId");
+  function.extended_ids = std::string_view(node.attribute("RequestId").value()).size() == 8;
+  if (const auto session = HexAttribute(node, "Session"); session && *session <= 0xFF) {
+    function.session = static_cast<std::uint8_t>(*session);
+  }
+  function.keep_alive = MillisecondsAttribute(node, "KeepAliveMs", function.keep_alive, 0, 3600000);
+  function.timing = ReadTiming(node);
+  return function;
+}
+
+SignalDescription::Wave WaveOf(std::string_view name) {
+  using Wave = SignalDescription::Wave;
+  if (name == "ramp") return Wave::kRamp;
+  if (name == "sine") return Wave::kSine;
+  if (name == "square") return Wave::kSquare;
+  return name == "noise" ? Wave::kNoise : Wave::kConstant;
+}
+
+SignalDescription ReadSignal(const pugi::xml_node& node) {
+  SignalDescription signal;
+  signal.item = node.attribute("Item").value();
+  signal.wave = WaveOf(node.attribute("Wave").value());
+  signal.value = node.attribute("Value").as_string("0");
+  signal.min = NumberAttribute(node, "Min").value_or(0);
+  signal.max = NumberAttribute(node, "Max").value_or(0);
+  signal.period = MillisecondsAttribute(node, "PeriodMs", signal.period, 1, 86400000);
+  return signal;
+}
+
+SimulationDescription ReadSimulation(const pugi::xml_node& node) {
+  SimulationDescription simulation;
+  simulation.latency = MillisecondsAttribute(node, "LatencyMs", simulation.latency, 0, 3600000);
+  simulation.dtc_per_answer = static_cast<std::size_t>(IntegerAttribute(node, "DtcPerAnswer", 80, 1, 255));
+  for (const pugi::xml_node& signal : node.children("Signal"))
+    simulation.signals.push_back(ReadSignal(signal));
+  for (const pugi::xml_node& dtc : node.children("Dtc")) {
+    simulation.dtcs.push_back(
+        {static_cast<std::uint16_t>(HexAttribute(dtc, "Code").value_or(0)), ByteAttribute(dtc, "Status", 0)});
+  }
+  for (const pugi::xml_node& answer : node.children("Answer")) {
+    auto request = BytesAttribute(answer, "Request");
+    auto response = BytesAttribute(answer, "Response");
+    if (request && response && !request->Empty()) simulation.answers.push_back({*request, *response});
+  }
+  for (const pugi::xml_node& fault : node.children("Fault")) {
+    SimulationDescription::Fault read;
+    read.request = fault.attribute("Request").value();
+    read.number = IntegerAttribute(fault, "Number", kNoAnswer, 1, 65535);
+    read.times = IntegerAttribute(fault, "Times", 1, 0, 2147483647);
+    if (!read.request.empty() || std::string_view(fault.attribute("Init").value()) == "1") {
+      simulation.faults.push_back(std::move(read));
+    }
+  }
+  return simulation;
+}
+
+}  // namespace
+
+std::shared_ptr<const EcuDescription> EcuDescription::Load(base::XmlDocument document) {
+  return std::make_shared<const EcuDescription>(std::move(document));
+}
+
+EcuDescription::EcuDescription(base::XmlDocument document) : document_(std::move(document)) {
+  const pugi::xml_node function = FunctionNode(*document_);
+  if (!function) {
+    throw base::Failure(kNoEcuFile, "The file names no function (xml/qor:Target/Function, attribute Name)");
+  }
+  function_ = ReadFunction(function);
+}
+
+const std::vector<RequestDescription>& EcuDescription::Requests() const {
+  if (!requests_) {
+    requests_.emplace();
+    ForEach(*document_, "Requests", "Request", [this](const pugi::xml_node& node) {
+      if (auto request = RequestDescription::Read(node)) requests_->push_back(*std::move(request));
+    });
+  }
+  return *requests_;
+}
+
+const std::vector<std::string>& EcuDescription::ReferenceData() const {
+  if (!reference_data_) {
+    reference_data_.emplace();
+    ForEach(*document_, "ReferenceData", "Item", [this](const pugi::xml_node& node) {
+      reference_data_->emplace_back(node.attribute("Name").value());
+    });
+  }
+  return *reference_data_;
+}
+
+const SimulationDescription& EcuDescription::Simulation() const {
+  if (!simulation_) simulation_ = ReadSimulation(document_->child("xml").child("Simulation"));
+  return *simulation_;
+}
+
+}  // namespace korval::ecu

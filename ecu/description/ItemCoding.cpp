@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/description/ItemCoding.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+
+#include "base/AnsiText.h"
+#include "base/Failure.h"
+#include "ecu/description/ErrorNumbers.h"
+
+namespace korval::ecu {
+namespace {
+
+using base::Variant;
+
+[[noreturn]] void Refuse(const ItemDescription& item, const std::string& why) {
+  throw base::Failure(kValueRefused, "Value refused for " + item.name + ": " + why);
+}
+
+std::uint64_t WithBytesSwapped(std::uint64_t raw, std::size_t bits) {
+  std::uint64_t swapped = 0;
+  for (std::size_t shift = 0; shift < bits; shift += 8) swapped = (swapped << 8) | ((raw >> shift) & 0xFF);
+  return swapped;
+}
+
+// The item's bits, most significant first. The message is long enough.
+std::uint64_t BitsOf(const ItemDescription& item, base::ByteView message) {
+  const std::size_t end = item.BytesNeeded();
+  std::size_t byte = item.FirstByte();
+  std::uint64_t raw = message[byte] & (0xFFU >> (item.first_bit % 8));
+  while (++byte < end - 1) raw = (raw << 8) | message[byte];
+  const std::size_t unused = end * 8 - item.first_bit - item.bits;
+  if (byte < end) {
+    raw = (raw << (8 - unused)) | (static_cast<unsigned>(message[byte]) >> unused);
+  } else {
+    raw >>= unused;
+  }
+  return item.little_endian ? WithBytesSwapped(raw, item.bits) : raw;
+}
+
+void SetBitsOf(const ItemDescription& item, std::uint64_t raw, base::ByteBuffer& message) {
+  message.SetBits(item.first_bit, item.bits, item.little_endian ? WithBytesSwapped(raw, item.bits) : raw);
+}
+
+std::int64_t SignExtended(std::uint64_t raw, std::size_t bits) {
+  const std::size_t unused = 64 - bits;
+  return static_cast<std::int64_t>(raw << unused) >> unused;
+}
+
+std::optional<std::uint64_t> FromBcd(std::uint64_t raw) {
+  std::uint64_t number = 0;
+  for (int shift = 60; shift >= 0; shift -= 4) {
+    const std::uint64_t digit = (raw >> shift) & 0xF;
+    if (digit > 9) return std::nullopt;
+    number = number * 10 + digit;
+  }
+  return number;
+}
+
+std::uint64_t ToBcd(std::uint64_t number) {
+  std::uint64_t raw = 0;
+  for (int shift = 0; number > 0 && shift < 64; shift += 4, number /= 10) raw |= (number % 10) << shift;
+  return raw;
+}
+
+template <typename Number>
+Variant NumberValue(const ItemDescription& item, Number number) {
+  if (item.scaled) return item.ValueOf(static_cast<double>(number));
+  using Int32 = std::numeric_limits<std::int32_t>;
+  if constexpr (std::is_signed_v<Number>) {
+    if (number < Int32::min()) return static_cast<double>(number);
+  }
+  if (number > static_cast<Number>(Int32::max())) return static_cast<double>(number);
+  return static_cast<std::int32_t>(number);
+}
+
+Variant FloatValue(const ItemDescription& item, std::uint64_t raw) {
+  if (item.bits == 32) {
+    const auto single = std::bit_cast<float>(static_cast<std::uint32_t>(raw));
+    if (!item.scaled) return single;
+    return item.ValueOf(static_cast<double>(single));
+  }
+  const auto number = std::bit_cast<double>(raw);
+  return item.scaled ? item.ValueOf(number) : number;
+}
+
+base::ByteView BytesOf(const ItemDescription& item, base::ByteView message) {
+  return message.subspan(item.FirstByte(), item.bits / 8);
+}
+
+std::string AsciiText(base::ByteView bytes) {
+  while (!bytes.empty() && (bytes.back() == 0 || bytes.back() == ' ')) bytes = bytes.first(bytes.size() - 1);
+  return base::Utf8FromAnsi(bytes);
+}
+
+bool HoldsItem(const ItemDescription& item, base::ByteView message) {
+  return item.BytesNeeded() <= message.size();
+}
+
+bool HasRawNumber(const ItemDescription& item) {
+  return item.coding != Coding::kFloat && item.coding != Coding::kAscii && item.coding != Coding::kBytes;
+}
+
+// The raw number that Text children name; none for codings without one.
+std::optional<std::int64_t> RawNumber(const ItemDescription& item, base::ByteView message) {
+  switch (item.coding) {
+    case Coding::kUnsigned:
+    case Coding::kBoolean:
+      return static_cast<std::int64_t>(BitsOf(item, message));
+    case Coding::kSigned:
+      return SignExtended(BitsOf(item, message), item.bits);
+    case Coding::kBcd:
+      if (const auto number = FromBcd(BitsOf(item, message))) return static_cast<std::int64_t>(*number);
+      return std::nullopt;
+    case Coding::kFloat:
+    case Coding::kAscii:
+    case Coding::kBytes:
+      break;
+  }
+  return std::nullopt;
+}
+
+struct Range {
+  double lowest;
+  double highest;
+};
+
+// What the bits of an integer coding hold. 2^63 and 2^64 stand for the numbers just below them.
+Range RawRange(const ItemDescription& item) {
+  const auto bits = static_cast<int>(item.bits);
+  if (item.coding == Coding::kSigned) return {-std::ldexp(1.0, bits - 1), std::ldexp(1.0, bits - 1) - 1};
+  if (item.coding == Coding::kBcd) return {0, std::pow(10.0, std::ceil(bits / 4.0)) - 1};
+  return {0, std::ldexp(1.0, bits) - 1};
+}
+
+// A number within the range of 64 bits as those bits; 2^63 and more do not fit into a signed conversion.
+std::uint64_t RawBits(const ItemDescription& item, double raw) {
+  if (item.coding == Coding::kSigned) {
+    const double limit = std::ldexp(1.0, 63);
+    const auto number =
+        raw >= limit ? std::numeric_limits<std::int64_t>::max() : static_cast<std::int64_t>(raw);
+    return static_cast<std::uint64_t>(number);
+  }
+  const double limit = std::ldexp(1.0, 64);
+  const auto number =
+      raw >= limit ? std::numeric_limits<std::uint64_t>::max() : static_cast<std::uint64_t>(raw);
+  return item.coding == Coding::kBcd ? ToBcd(number) : number;
+}
+
+void EncodeFloat(const ItemDescription& item, double value, base::ByteBuffer& message, bool clamp) {
+  if (item.bits == 64) return SetBitsOf(item, std::bit_cast<std::uint64_t>(value), message);
+  static constexpr double kLargest = std::numeric_limits<float>::max();
+  if (clamp) value = std::clamp(value, -kLargest, kLargest);
+  const auto single = Variant(value).ToSingle();
+  if (!single) Refuse(item, "too large for a float of 32 bits");
+  SetBitsOf(item, std::bit_cast<std::uint32_t>(*single), message);
+}
+
+void EncodeNumber(const ItemDescription& item, double value, base::ByteBuffer& message, bool clamp) {
+  if (!std::isfinite(value)) Refuse(item, "no finite number");
+  if (item.coding == Coding::kBoolean) return SetBitsOf(item, value != 0 ? 1 : 0, message);
+  const double raw = item.RawOf(value);
+  if (item.coding == Coding::kFloat) return EncodeFloat(item, raw, message, clamp);
+  const Range range = RawRange(item);
+  double rounded = std::round(raw);
+  if (clamp) rounded = std::clamp(rounded, range.lowest, range.highest);
+  if (!(rounded >= range.lowest && rounded <= range.highest)) Refuse(item, "out of range");
+  SetBitsOf(item, RawBits(item, rounded), message);
+}
+
+// The raw number that a Text child names.
+void EncodeNamed(const ItemDescription& item, std::int64_t raw, base::ByteBuffer& message) {
+  const Range range = RawRange(item);
+  const auto number = static_cast<double>(raw);
+  if (number < range.lowest || number > range.highest)
+    Refuse(item, "its text names a value that it cannot hold");
+  const auto bits = static_cast<std::uint64_t>(raw);
+  SetBitsOf(item, item.coding == Coding::kBcd ? ToBcd(bits) : bits, message);
+}
+
+void EncodeBytes(const ItemDescription& item, base::ByteView bytes, std::uint8_t fill,
+                 base::ByteBuffer& message) {
+  const std::size_t length = item.bits / 8;
+  if (bytes.size() > length) Refuse(item, "longer than " + std::to_string(length) + " bytes");
+  for (std::size_t i = 0; i < length; ++i) {
+    message.SetAt(item.FirstByte() + i, i < bytes.size() ? bytes[i] : fill);
+  }
+}
+
+void EncodeHex(const ItemDescription& item, const std::string& hex, base::ByteBuffer& message) {
+  base::ByteBuffer bytes;
+  try {
+    bytes = base::ByteBuffer::FromHex(hex);
+  } catch (const base::Failure& failure) {
+    Refuse(item, failure.Description());
+  }
+  if (bytes.Length() != item.bits / 8) Refuse(item, "takes " + std::to_string(item.bits / 8) + " bytes");
+  EncodeBytes(item, bytes.View(), 0, message);
+}
+
+}  // namespace
+
+Variant DecodeItem(const ItemDescription& item, base::ByteView message) {
+  if (!HoldsItem(item, message)) return {};
+  switch (item.coding) {
+    case Coding::kUnsigned:
+      return NumberValue(item, BitsOf(item, message));
+    case Coding::kSigned:
+      return NumberValue(item, SignExtended(BitsOf(item, message), item.bits));
+    case Coding::kFloat:
+      return FloatValue(item, BitsOf(item, message));
+    case Coding::kBoolean:
+      return BitsOf(item, message) != 0;
+    case Coding::kBcd:
+      if (const auto number = FromBcd(BitsOf(item, message))) return NumberValue(item, *number);
+      return {};
+    case Coding::kAscii:
+      return AsciiText(BytesOf(item, message));
+    case Coding::kBytes:
+      return base::HexText(BytesOf(item, message));
+  }
+  return {};
+}
+
+std::string DecodeText(const ItemDescription& item, base::ByteView message) {
+  if (!HoldsItem(item, message)) return {};
+  if (!item.texts.empty()) {
+    const auto raw = RawNumber(item, message);
+    for (const auto& named : item.texts) {
+      if (named.raw == raw) return named.text;
+    }
+  }
+  return DecodeItem(item, message).ToText();
+}
+
+void EncodeItem(const ItemDescription& item, const Variant& value, base::ByteBuffer& message) {
+  const std::string* text = value.As<std::string>();
+  if (text == nullptr && value.ToText().empty()) Refuse(item, "no value");
+  if (item.coding == Coding::kAscii) {
+    return EncodeBytes(item, base::AnsiFromUtf8(value.ToText()).View(), ' ', message);
+  }
+  if (item.coding == Coding::kBytes) return EncodeHex(item, value.ToText(), message);
+  if (item.coding == Coding::kBoolean && text && (*text == "True" || *text == "False")) {
+    return SetBitsOf(item, *text == "True" ? 1 : 0, message);
+  }
+  const auto number = value.ToDouble();
+  if (!number) Refuse(item, "'" + value.ToText() + "' is no number");
+  EncodeNumber(item, *number, message, false);
+}
+
+void EncodeText(const ItemDescription& item, const std::string& text, base::ByteBuffer& message) {
+  for (const auto& named : item.texts) {
+    if (named.text == text && HasRawNumber(item)) return EncodeNamed(item, named.raw, message);
+  }
+  EncodeItem(item, text, message);
+}
+
+void EncodeClamped(const ItemDescription& item, double value, base::ByteBuffer& message) {
+  EncodeNumber(item, value, message, true);
+}
+
+}  // namespace korval::ecu

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace korval::ecu {
+
+enum class Coding { kUnsigned, kSigned, kFloat, kBoolean, kAscii, kBytes, kBcd };
+
+/// Where a data item stands in a message and what its bits mean.
+struct ItemDescription {
+  struct NamedValue {
+    std::int64_t raw = 0;
+    std::string text;
+  };
+
+  // What decoding needs stands together: acquisition decodes a thousand items in a row.
+  std::size_t first_bit = 0;  ///< from the message's first bit, the most significant of byte 1
+  std::size_t bits = 8;
+  Coding coding = Coding::kUnsigned;
+  bool little_endian = false;  ///< whole bytes only
+  bool scaled = false;         ///< Step or Offset is given: the value is a Double
+  /// Step as a fraction, 0.01 as 1 / 100: the value is then the double nearest to what the file says.
+  double numerator = 1;  ///< never 0
+  double denominator = 1;
+  double offset = 0;
+  std::string name;
+  std::string unit;
+  std::vector<NamedValue> texts;
+
+  double ValueOf(double raw) const { return raw * numerator / denominator + offset; }
+  double RawOf(double value) const { return (value - offset) * denominator / numerator; }
+
+  std::size_t FirstByte() const { return first_bit / 8; }
+  /// Length of the shortest message that holds the item.
+  std::size_t BytesNeeded() const { return (first_bit + bits + 7) / 8; }
+};
+
+}  // namespace korval::ecu

@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/kwp2000/Channel.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <utility>
+
+#include "ecu/description/ErrorNumbers.h"
+#include "ecu/kwp2000/Names.h"
+
+namespace korval::ecu {
+namespace {
+
+using std::chrono::seconds;
+
+constexpr std::uint8_t kStartDiagnosticSession = 0x10;
+constexpr std::uint8_t kTesterPresent = 0x3E;
+// P2* of ISO 14230-2 (its P3 max), and how long an ECU may ask for more.
+constexpr seconds kPendingWait{5};
+constexpr seconds kOverallWait{60};
+
+ExchangeTiming TimingOf(const FunctionDescription& function, Milliseconds latency) {
+  return {function.timing.p2 + latency, kPendingWait + latency, kOverallWait + latency};
+}
+
+// After these nothing is known of the ECU's state: it has to be initialised anew.
+bool IsLinkLost(std::int32_t number) {
+  static constexpr std::array numbers{kLinkLost,           kCanNetworkError,
+                                      kNoAnswer,           kInitialisationRefused,
+                                      kCommunicationEnded, kTesterPresentUnanswered};
+  return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+}
+
+std::chrono::microseconds DelayUntil(base::TimePoint due, base::TimePoint now) {
+  return std::chrono::ceil<std::chrono::microseconds>(std::max(due - now, base::TimePoint::zero()));
+}
+
+}  // namespace
+
+Channel::Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageLink> link,
+                 const FunctionDescription& function, std::shared_ptr<const ErrorTable> errors)
+    : loop_(std::move(loop)), link_(std::move(link)), function_(function), errors_(std::move(errors)) {
+  link_->SetEvents({[this] { StartSession(); },
+                    [this](base::ByteView message) {
+                      if (!current_) return;  // nobody asked: late or doubled
+                      current_->exchange.MessageArrived(message, loop_->Now());
+                      Settle();
+                    },
+                    [this](std::int32_t number, const std::string& detail) { LinkFailed(number, detail); }});
+}
+
+Channel::~Channel() { link_->Close(); }
+
+void Channel::Connect() {
+  const auto self = shared_from_this();
+  RequireOpen();
+  if (state_ == State::kConnected) return;
+  if (state_ == State::kDisconnected) BeginConnect();
+  WaitUntil([this] { return state_ != State::kConnecting; });
+  if (state_ != State::kConnected) {
+    throw base::Failure(connect_failure_ ? *connect_failure_
+                                         : errors_->MakeFailure(kInitialisationRefused, function_.ecu));
+  }
+}
+
+void Channel::Reconnect() {
+  const auto self = shared_from_this();
+  RequireOpen();
+  WaitUntil([this] { return !current_ && state_ != State::kConnecting; });
+  link_->Close();
+  state_ = State::kDisconnected;
+  tester_present_lost_ = false;
+  Connect();
+}
+
+void Channel::Request(base::ByteView request, base::ByteBuffer& answer) {
+  const auto self = shared_from_this();
+  if (std::exchange(tester_present_lost_, false)) {
+    throw errors_->MakeFailure(kTesterPresentUnanswered, function_.ecu);
+  }
+  do {
+    Connect();
+    WaitUntil([this] { return !current_; });
+  } while (state_ != State::kConnected);
+  const auto pending = Start(request, nullptr);
+  WaitUntil([&] { return pending->done; });
+  const auto failure = Outcome(*pending);
+  if (pending->exchange.CurrentState() != Exchange::State::kForeign) {
+    std::swap(answer, pending->exchange.Answer());
+  }
+  if (failure) throw base::Failure(*failure);
+}
+
+void Channel::Close() {
+  if (closed_) return;
+  closed_ = true;
+  current_.reset();
+  state_ = State::kDisconnected;
+  answer_timer_.reset();
+  keep_alive_timer_.reset();
+  link_->Close();
+}
+
+std::shared_ptr<Channel::Pending> Channel::Start(base::ByteView request,
+                                                 std::function<void(Pending&)> on_done) {
+  const base::TimePoint now = loop_->Now();
+  const auto pending = std::make_shared<Pending>(
+      Pending{Exchange(request, TimingOf(function_, link_->Latency()), now), std::move(on_done), {}, false});
+  current_ = pending;
+  last_exchange_ = now;
+  link_->Send(request);
+  Settle();
+  return pending;
+}
+
+// Finishes the exchange that is under way, or sets the timer for what it waits for.
+void Channel::Settle() {
+  if (!current_) return;
+  if (current_->failure || current_->exchange.CurrentState() != Exchange::State::kWaiting) return Finish();
+  if (!answer_timer_) answer_timer_ = loop_->CreateTimer([this] { TimerFired(); });
+  answer_timer_->Start(DelayUntil(current_->exchange.Deadline(), loop_->Now()));
+}
+
+void Channel::Finish() {
+  const auto pending = std::exchange(current_, nullptr);
+  pending->done = true;
+  if (answer_timer_) answer_timer_->Stop();
+  if (const auto failure = Outcome(*pending); failure && IsLinkLost(failure->Number())) {
+    if (state_ == State::kConnected) state_ = State::kDisconnected;
+  }
+  if (pending->on_done) pending->on_done(*pending);
+}
+
+std::optional<base::Failure> Channel::Outcome(const Pending& pending) const {
+  if (pending.failure) return pending.failure;
+  const Exchange& exchange = pending.exchange;
+  switch (exchange.CurrentState()) {
+    case Exchange::State::kPositive:
+      return std::nullopt;
+    case Exchange::State::kNegative:
+      return errors_->MakeFailure(kNegativeAnswer,
+                                  NegativeAnswerText(exchange.Service(), exchange.Answer().At(2)));
+    case Exchange::State::kForeign:
+      return errors_->MakeFailure(kForeignAnswer, ServiceName(exchange.Service()) + " was answered with " +
+                                                      exchange.Answer().ToHex());
+    case Exchange::State::kSilent:
+    case Exchange::State::kWaiting:
+      break;
+  }
+  return errors_->MakeFailure(kNoAnswer, function_.ecu + " does not answer " +
+                                             ServiceName(exchange.Service()) +
+                                             " (check ignition, power and cable)");
+}
+
+void Channel::BeginConnect() {
+  state_ = State::kConnecting;
+  connect_failure_.reset();
+  link_->Connect();
+}
+
+void Channel::StartSession() {
+  if (state_ != State::kConnecting) return;
+  if (!function_.session) return EndConnect(std::nullopt);
+  const std::array<std::uint8_t, 2> request{kStartDiagnosticSession, *function_.session};
+  Start(request, [this](Pending& pending) {
+    auto failure = Outcome(pending);
+    if (failure && failure->Number() == kNegativeAnswer) {
+      failure = errors_->MakeFailure(kInitialisationRefused, failure->Description());
+    }
+    EndConnect(std::move(failure));
+  });
+}
+
+void Channel::EndConnect(std::optional<base::Failure> failure) {
+  connect_failure_ = std::move(failure);
+  state_ = connect_failure_ ? State::kDisconnected : State::kConnected;
+  if (connect_failure_ || function_.keep_alive.count() == 0) return;
+  last_exchange_ = loop_->Now();
+  if (!keep_alive_timer_) keep_alive_timer_ = loop_->CreateTimer([this] { KeepAlive(); });
+  keep_alive_timer_->Start(function_.keep_alive);
+}
+
+void Channel::LinkFailed(std::int32_t number, const std::string& detail) {
+  base::Failure failure = errors_->MakeFailure(number, detail);
+  if (current_) {
+    current_->failure = std::move(failure);
+    Finish();
+  } else if (state_ == State::kConnecting) {
+    EndConnect(std::move(failure));
+  } else {
+    state_ = State::kDisconnected;
+  }
+}
+
+void Channel::TimerFired() {
+  if (!current_) return;
+  current_->exchange.TimeElapsed(loop_->Now());
+  Settle();
+}
+
+// The timer is not started anew by every exchange, which would cost more than the exchange: when it fires it
+// looks how long the silence has been.
+void Channel::KeepAlive() {
+  if (state_ != State::kConnected) return;
+  const base::TimePoint now = loop_->Now();
+  const base::TimePoint due = last_exchange_ + function_.keep_alive;
+  if (current_ || now < due) {
+    keep_alive_timer_->Start(current_ ? function_.keep_alive : DelayUntil(due, now));
+    return;
+  }
+  keep_alive_timer_->Start(function_.keep_alive);
+  Start(std::array{kTesterPresent}, [this](Pending& pending) {
+    // A negative answer shows as well that the ECU is there.
+    if (pending.failure || pending.exchange.CurrentState() == Exchange::State::kSilent) {
+      tester_present_lost_ = true;
+      state_ = State::kDisconnected;
+    }
+  });
+}
+
+// Every exchange and every start of the communication ends by its own deadline, well within this one.
+void Channel::WaitUntil(const std::function<bool()>& done) {
+  if (!done()) {
+    const base::TimePoint deadline = loop_->Now() + 2 * (kOverallWait + link_->Latency());
+    if (!loop_->RunUntil(deadline, [&] { return closed_ || done(); })) {
+      throw errors_->MakeFailure(kNoAnswer, function_.ecu + " is kept busy by other requests");
+    }
+  }
+  RequireOpen();
+}
+
+void Channel::RequireOpen() const {
+  if (closed_) throw errors_->MakeFailure(kLinkLost, "communication with " + function_.ecu + " was ended");
+}
+
+}  // namespace korval::ecu

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+// The diagnostic services of one ECU function over one link: start of the communication and of the
+// diagnostic session, requests one at a time, tester present in between. Everything moves on by events of
+// the link and of one timer, so that waits can nest: whoever waits in an inner event loop does not hold up
+// what an outer one waits for.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "base/ByteBuffer.h"
+#include "base/EventLoop.h"
+#include "base/Failure.h"
+#include "ecu/description/EcuDescription.h"
+#include "ecu/description/ErrorTable.h"
+#include "ecu/kwp2000/Exchange.h"
+#include "ecu/kwp2000/MessageLink.h"
+
+namespace korval::ecu {
+
+/// Waits of its operations run the event loop. Every operation keeps the channel alive until it returns.
+class Channel : public std::enable_shared_from_this<Channel> {
+ public:
+  Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageLink> link,
+          const FunctionDescription& function, std::shared_ptr<const ErrorTable> errors);
+  ~Channel();
+  Channel(const Channel&) = delete;
+  Channel& operator=(const Channel&) = delete;
+
+  bool IsConnected() const { return state_ == State::kConnected; }
+  bool IsClosed() const { return closed_; }
+
+  /// Starts the communication and the function's diagnostic session; does nothing when that stands. Raises
+  /// the link's failure, 2000, 2042 when the ECU refuses the session, or 1000 when closed meanwhile.
+  void Connect();
+  /// As Connect, but anew.
+  void Reconnect();
+
+  /// Sends `request` (not empty) once no other exchange is under way, connecting first when need be, and
+  /// waits for its answer. Raises 2001 for a negative answer, which is in `answer` too, 2000, 2003, the
+  /// link's own failure, 2046 once after an unanswered tester present, or 1000 when closed meanwhile.
+  void Request(base::ByteView request, base::ByteBuffer& answer);
+
+  /// Ends the communication for good: waits that are under way end with Failure 1000.
+  void Close();
+
+ private:
+  enum class State { kDisconnected, kConnecting, kConnected };
+  struct Pending {
+    Exchange exchange;
+    std::function<void(Pending&)> on_done;  // none for an exchange that somebody waits for
+    std::optional<base::Failure> failure;   // of the link
+    bool done = false;
+  };
+
+  std::shared_ptr<Pending> Start(base::ByteView request, std::function<void(Pending&)> on_done);
+  void Settle();
+  void Finish();
+  std::optional<base::Failure> Outcome(const Pending& pending) const;
+
+  void BeginConnect();
+  void StartSession();
+  void EndConnect(std::optional<base::Failure> failure);
+
+  void LinkFailed(std::int32_t number, const std::string& detail);
+  void TimerFired();
+  void KeepAlive();
+
+  void WaitUntil(const std::function<bool()>& done);
+  void RequireOpen() const;
+
+  std::shared_ptr<base::EventLoop> loop_;
+  std::unique_ptr<MessageLink> link_;
+  FunctionDescription function_;
+  std::shared_ptr<const ErrorTable> errors_;
+  State state_ = State::kDisconnected;
+  bool closed_ = false;
+  std::shared_ptr<Pending> current_;
+  std::optional<base::Failure> connect_failure_;
+  bool tester_present_lost_ = false;
+  base::TimePoint last_exchange_{};
+  std::unique_ptr<base::Timer> answer_timer_;
+  std::unique_ptr<base::Timer> keep_alive_timer_;
+};
+
+}  // namespace korval::ecu

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "base/ByteBuffer.h"
+#include "ecu/description/EcuDescription.h"
+
+namespace korval::ecu {
+
+/// The seam between the diagnostic services and what carries them: whole messages of 1 to 4095 bytes, byte 1
+/// the service, go to one ECU function and come back. A link runs on the event loop's thread, never waits
+/// and may raise its events from inside its own operations.
+class MessageLink {
+ public:
+  struct Events {
+    std::function<void()> on_connected;
+    /// The bytes are valid during the call.
+    std::function<void(base::ByteView)> on_message;
+    /// The start, the last message or the link as a whole failed: a number of ErrorNumbers.h, and what
+    /// happened in a sentence.
+    std::function<void(std::int32_t, const std::string&)> on_failure;
+  };
+
+  virtual ~MessageLink() = default;
+  virtual void SetEvents(Events events) = 0;
+  /// Starts the communication with the ECU; ends with on_connected or on_failure.
+  virtual void Connect() = 0;
+  /// Sends a message; the bytes are valid during the call.
+  virtual void Send(base::ByteView message) = 0;
+  /// Ends the communication. No event comes afterwards until the next Connect.
+  virtual void Close() = 0;
+  /// What the link adds to the time in which the ECU answers.
+  virtual Milliseconds Latency() const = 0;
+};
+
+}  // namespace korval::ecu

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "diag/viator3.h"
+#include "ecu/description/ErrorTable.h"
+#include "ecu/session/RequestTable.h"
+
+namespace korval::ecu {
+
+/// The function "CAN": the cyclic frames of the messaging file, one request a frame. There is no ECU behind
+/// it to initialise or to send requests to.
+class CanEcu : public viator3::Ecu {
+ public:
+  explicit CanEcu(std::shared_ptr<const ErrorTable> errors) : errors_(std::move(errors)) {}
+
+  bool MessagingLoaded() const { return messaging_loaded_; }
+
+  const std::string& Function() const override { return name_; }
+  const std::string& Name() const override { return name_; }
+  const std::string& Protocol() const override { return name_; }
+  bool Initialised() const override { return true; }
+  void Initialise() override {}
+  void Reinitialise() override {}
+  void Send(const base::ByteBuffer& request, base::ByteBuffer& answer) override;
+  const Requests& RequestList() override { return table_->Requests(); }
+  const std::vector<std::string>& ReferenceData() override { return reference_data_; }
+  std::shared_ptr<viator3::DataItem> FindAnswerItem(const std::string& name) override;
+  /// Takes the place of the messaging loaded before, which stays when this one cannot be read.
+  void LoadMessaging(const std::string& path) override;
+
+ private:
+  std::shared_ptr<const ErrorTable> errors_;
+  std::string name_ = "CAN";
+  std::vector<std::string> reference_data_;
+  bool messaging_loaded_ = false;
+  std::unique_ptr<RequestTable> table_ = std::make_unique<RequestTable>(Requests());
+};
+
+}  // namespace korval::ecu

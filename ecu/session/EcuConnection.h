@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+
+#include "base/ByteBuffer.h"
+#include "ecu/session/LinkHost.h"
+
+namespace korval::ecu {
+
+/// The way of one ECU object and its requests to the ECU. A channel that a closed session ended is opened
+/// anew once the session's port is.
+class EcuConnection {
+ public:
+  EcuConnection(std::shared_ptr<LinkHost> host, std::shared_ptr<const EcuDescription> ecu);
+
+  bool IsInitialised() const { return channel_ && channel_->IsConnected(); }
+  /// These raise as Channel's operations do. The connection may be destroyed inside their waits.
+  void Initialise() { Open()->Connect(); }
+  void Reinitialise() { Open()->Reconnect(); }
+  void Exchange(base::ByteView request, base::ByteBuffer& answer) { Open()->Request(request, answer); }
+
+ private:
+  std::shared_ptr<Channel> Open();
+
+  std::shared_ptr<LinkHost> host_;
+  std::shared_ptr<const EcuDescription> ecu_;
+  std::shared_ptr<Channel> channel_;
+};
+
+}  // namespace korval::ecu

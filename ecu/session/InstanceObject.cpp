@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/session/InstanceObject.h"
+
+#include "base/Failure.h"
+#include "ecu/description/ErrorNumbers.h"
+
+namespace korval::ecu {
+namespace {
+
+std::shared_ptr<viator3::DataItem> FindSentItem(viator3::Ecu& ecu, const std::string& name) {
+  for (const auto& request : ecu.RequestList()) {
+    for (const auto& item : request->Parameters()) {
+      if (item->Name() == name) return item;
+    }
+  }
+  return nullptr;
+}
+
+void Execute(const viator3::DataItem& item, const ErrorTable& errors) {
+  const auto request = item.OwningRequest();
+  if (!request) throw errors.MakeFailure(kLinkLost, "the request of " + item.Name() + " is gone");
+  request->Execute();
+}
+
+}  // namespace
+
+base::Variant InstanceObject::Get(const std::string& name) {
+  const Item item = Find(name, Side::kAnswer);
+  if (!item) throw errors_->MakeFailure(kUnknownName, name + " is in no answer of the ECU");
+  Execute(*item, *errors_);
+  return item->Value();
+}
+
+void InstanceObject::Set(const std::string& name, const base::Variant& value) {
+  const Item item = Find(name, Side::kRequest);
+  if (!item) {
+    if (Find(name, Side::kAnswer)) throw errors_->MakeFailure(kReadOnly, "no request writes " + name);
+    throw errors_->MakeFailure(kUnknownName, name + " is in no request of the ECU");
+  }
+  if (const std::string* text = value.As<std::string>()) {
+    item->SetText(*text);
+  } else {
+    item->SetValue(value);
+  }
+  Execute(*item, *errors_);
+}
+
+InstanceObject::Item InstanceObject::Find(const std::string& name, Side side) const {
+  if (!ecu_) throw errors_->MakeFailure(kUnknownName, "the object has no ECU yet, set its property protocol");
+  if (auto item = FindOwn(name, side)) return item;
+  const std::string resolved = resolver_ ? resolver_(name) : std::string();
+  return resolved.empty() ? nullptr : FindOwn(resolved, side);
+}
+
+InstanceObject::Item InstanceObject::FindOwn(const std::string& name, Side side) const {
+  return side == Side::kAnswer ? ecu_->FindAnswerItem(name) : FindSentItem(*ecu_, name);
+}
+
+}  // namespace korval::ecu

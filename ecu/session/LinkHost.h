@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/ByteBuffer.h"
+#include "ecu/description/EcuDescription.h"
+#include "ecu/description/ErrorTable.h"
+#include "ecu/kwp2000/Channel.h"
+#include "ecu/session/DiagnosticInterface.h"
+#include "ecu/session/SessionFactory.h"
+
+namespace korval::ecu {
+
+/// What the objects of one session share, and keep when the session is gone: the diagnostic interface with
+/// the channels on it, and the error texts.
+class LinkHost {
+ public:
+  explicit LinkHost(SessionEnvironment environment);
+
+  const std::string& Port() const { return port_; }
+  /// Leaves the interface in use and opens the one on `port`. Raises 1001 or 1002; "" raises nothing when
+  /// it ends an interface that was in use.
+  void Open(const std::string& port);
+  /// Ends every channel, and with them the waits that are under way.
+  void Close();
+
+  /// These raise 1001 when no interface was opened, 1000 when it was closed.
+  std::shared_ptr<Channel> OpenChannel(const std::shared_ptr<const EcuDescription>& ecu);
+  void SendFrame(std::int32_t identifier, base::ByteView data);
+
+  ErrorTable& Errors() { return *errors_; }
+  std::shared_ptr<const ErrorTable> SharedErrors() const { return errors_; }
+
+ private:
+  DiagnosticInterface& RequireInterface();
+
+  SessionEnvironment environment_;
+  std::string port_;
+  std::shared_ptr<ErrorTable> errors_ = std::make_shared<ErrorTable>();
+  bool was_open_ = false;
+  std::unique_ptr<DiagnosticInterface> interface_;
+  std::vector<std::weak_ptr<Channel>> channels_;
+};
+
+}  // namespace korval::ecu

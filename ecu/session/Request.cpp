@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/session/Request.h"
+
+#include <utility>
+
+#include "ecu/description/ErrorNumbers.h"
+
+namespace korval::ecu {
+
+std::shared_ptr<Request> Request::Create(std::shared_ptr<const RequestDescription> description,
+                                         std::shared_ptr<EcuConnection> connection,
+                                         std::shared_ptr<const ErrorTable> errors) {
+  std::shared_ptr<Request> request(
+      new Request(std::move(description), std::move(connection), std::move(errors)));
+  request->self_ = request;
+  return request;
+}
+
+Request::Request(std::shared_ptr<const RequestDescription> description,
+                 std::shared_ptr<EcuConnection> connection, std::shared_ptr<const ErrorTable> errors)
+    : connection_(std::move(connection)), errors_(std::move(errors)) {
+  messages_->sent = description->sent;
+  messages_->description = std::move(description);
+}
+
+void Request::Execute() {
+  const auto self = self_.lock();
+  if (messages_->sent.Empty()) {
+    throw errors_->MakeFailure(kNoAnswer, Name() + " sends nothing, and nothing has come in by itself");
+  }
+  base::ByteBuffer answer;
+  connection_->Exchange(messages_->sent.View(), answer);
+  const std::size_t needed = messages_->description->min_bytes;
+  if (answer.Length() < needed) {
+    throw errors_->MakeFailure(kAnswerTooShort, Name() + " was answered with " +
+                                                    std::to_string(answer.Length()) + " bytes instead of " +
+                                                    std::to_string(needed));
+  }
+  std::swap(messages_->answer, answer);
+}
+
+const Request::Items& Request::Data() const {
+  if (!data_) {
+    data_.emplace();
+    for (const ItemDescription& item : messages_->description->Received()) {
+      data_->push_back(std::make_shared<DataItem>(DataItem::Side::kReceived, item, messages_, self_));
+    }
+    data_->insert(data_->end(), Parameters().begin(), Parameters().end());
+  }
+  return *data_;
+}
+
+const Request::Items& Request::Parameters() const {
+  if (!parameters_) {
+    parameters_.emplace();
+    for (const ItemDescription& item : messages_->description->sent_items) {
+      parameters_->push_back(std::make_shared<DataItem>(DataItem::Side::kSent, item, messages_, self_));
+    }
+  }
+  return *parameters_;
+}
+
+}  // namespace korval::ecu

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/session/SimulatedInterface.h"
+
+#include <utility>
+
+#include "ecu/simulation/SimulatedLink.h"
+
+namespace korval::ecu {
+
+SimulatedInterface::SimulatedInterface(std::shared_ptr<base::EventLoop> loop, FrameRecorder recorder)
+    : loop_(std::move(loop)), recorder_(std::move(recorder)) {}
+
+std::unique_ptr<MessageLink> SimulatedInterface::LinkTo(std::shared_ptr<const EcuDescription> ecu) {
+  std::shared_ptr<SimulatedEcu>& simulated = ecus_[ecu];
+  if (!simulated) simulated = std::make_shared<SimulatedEcu>(ecu, loop_->Now());
+  return std::make_unique<SimulatedLink>(loop_, simulated);
+}
+
+void SimulatedInterface::SendFrame(std::int32_t identifier, base::ByteView data) {
+  if (recorder_) recorder_(identifier, data);
+}
+
+}  // namespace korval::ecu

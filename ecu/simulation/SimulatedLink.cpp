@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/simulation/SimulatedLink.h"
+
+#include <utility>
+
+namespace korval::ecu {
+namespace {
+
+constexpr char kDemanded[] = "the simulation was told to fail";
+
+}  // namespace
+
+SimulatedLink::SimulatedLink(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<SimulatedEcu> ecu)
+    : loop_(std::move(loop)), ecu_(std::move(ecu)) {}
+
+void SimulatedLink::Connect() {
+  if (const auto fault = ecu_->TakeInitFault()) return events_.on_failure(*fault, kDemanded);
+  events_.on_connected();
+}
+
+void SimulatedLink::Send(base::ByteView message) {
+  const SimulatedEcu::Reaction reaction = ecu_->React(message, loop_->Now());
+  if (ecu_->Latency().count() == 0) {
+    if (reaction.fault) return events_.on_failure(*reaction.fault, kDemanded);
+    if (!reaction.answer.empty()) events_.on_message(reaction.answer);
+    return;
+  }
+  Deliver([this, fault = reaction.fault, answer = base::ByteBuffer(reaction.answer)] {
+    if (fault) return events_.on_failure(*fault, kDemanded);
+    if (!answer.Empty()) events_.on_message(answer.View());
+  });
+}
+
+void SimulatedLink::Close() { timer_.reset(); }
+
+void SimulatedLink::Deliver(std::function<void()> event) {
+  timer_ = loop_->CreateTimer(std::move(event));
+  timer_->Start(ecu_->Latency());
+}
+
+}  // namespace korval::ecu

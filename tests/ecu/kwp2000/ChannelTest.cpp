@@ -1,0 +1,396 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/kwp2000/Channel.h"
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/Failure.h"
+#include "ecu/description/ErrorNumbers.h"
+#include "tests/support/ManualEventLoop.h"
+
+namespace korval::ecu {
+namespace {
+
+using base::ByteBuffer;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+// A link that does what the test says. Messages are logged in hexadecimal, with "connect" and "close".
+class ScriptedLink : public MessageLink {
+ public:
+  explicit ScriptedLink(std::vector<std::string>& log) : log_(log) {}
+
+  void SetEvents(Events events) override { events_ = std::move(events); }
+  void Connect() override {
+    log_.emplace_back("connect");
+    if (on_connect) return on_connect();
+    events_.on_connected();
+  }
+  void Send(base::ByteView message) override {
+    log_.push_back(base::HexText(message));
+    if (on_send) return on_send(base::HexText(message));
+    const auto answer = answers.find(base::HexText(message));
+    if (answer != answers.end()) Arrive(answer->second);
+  }
+  void Close() override { log_.emplace_back("close"); }
+  Milliseconds Latency() const override { return latency; }
+
+  void Arrive(const std::string& hex) { events_.on_message(ByteBuffer::FromHex(hex).View()); }
+  void Fail(std::int32_t number) { events_.on_failure(number, "as scripted"); }
+  void Connected() { events_.on_connected(); }
+
+  std::function<void()> on_connect;
+  std::function<void(const std::string&)> on_send;
+  std::map<std::string, std::string> answers{{"2101", "6101AB"}, {"3E", "7E"}, {"1081", "5081"}};
+  Milliseconds latency{0};
+
+ private:
+  std::vector<std::string>& log_;
+  Events events_;
+};
+
+class ChannelTest : public testing::Test {
+ protected:
+  ChannelTest() {
+    function.name = "ENGINE";
+    function.ecu = "Engine control";
+    function.keep_alive = Milliseconds(0);
+  }
+
+  std::shared_ptr<Channel> Open() {
+    auto owned = std::make_unique<ScriptedLink>(log);
+    link = owned.get();
+    channel = std::make_shared<Channel>(loop, std::move(owned), function, std::make_shared<const ErrorTable>());
+    return channel;
+  }
+
+  // The number of the failure, 0 for an answer.
+  std::int32_t Request(const std::string& hex = "2101") {
+    return NumberOf([&] { channel->Request(ByteBuffer::FromHex(hex).View(), answer); });
+  }
+  template <typename Step>
+  std::int32_t NumberOf(Step step) {
+    try {
+      step();
+      return 0;
+    } catch (const base::Failure& failure) {
+      description = failure.Description();
+      return failure.Number();
+    }
+  }
+
+  std::shared_ptr<tests::ManualEventLoop> loop = std::make_shared<tests::ManualEventLoop>();
+  std::vector<std::string> log;
+  FunctionDescription function;
+  ScriptedLink* link = nullptr;
+  std::shared_ptr<Channel> channel;
+  ByteBuffer answer;
+  std::string description;
+};
+
+TEST_F(ChannelTest, FirstRequestConnectsAndOpensTheSession) {
+  function.session = 0x81;
+  Open();
+  EXPECT_FALSE(channel->IsConnected());
+  EXPECT_EQ(Request(), 0);
+  EXPECT_EQ(answer.ToHex(), "6101AB");
+  EXPECT_TRUE(channel->IsConnected());
+  EXPECT_EQ(Request(), 0);
+  EXPECT_THAT(log, ElementsAre("connect", "1081", "2101", "2101"));
+  EXPECT_EQ(loop->PendingEvents(), 0U);
+}
+
+TEST_F(ChannelTest, ReconnectClosesTheLinkFirst) {
+  Open();
+  channel->Connect();
+  channel->Connect();
+  channel->Reconnect();
+  EXPECT_THAT(log, ElementsAre("connect", "close", "connect"));
+}
+
+TEST_F(ChannelTest, AnswerMayComeLaterAndEventsRunMeanwhile) {
+  Open();
+  link->on_send = [this](const std::string&) { loop->At(milliseconds(49), [this] { link->Arrive("6101CD"); }); };
+  bool event = false;
+  loop->At(milliseconds(10), [&] { event = true; });
+  EXPECT_EQ(Request(), 0);
+  EXPECT_EQ(answer.ToHex(), "6101CD");
+  EXPECT_TRUE(event);
+  EXPECT_EQ(loop->Now(), milliseconds(49));
+}
+
+TEST_F(ChannelTest, SilenceIs2000AfterP2AndTheNextRequestConnectsAnew) {
+  Open();
+  link->answers.clear();
+  EXPECT_EQ(Request(), kNoAnswer);
+  EXPECT_EQ(loop->Now(), milliseconds(50));
+  EXPECT_THAT(description, HasSubstr("Engine control does not answer readDataByLocalIdentifier"));
+  EXPECT_FALSE(channel->IsConnected());
+  link->answers["2101"] = "6101";
+  EXPECT_EQ(Request(), 0);
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "connect", "2101"));
+}
+
+TEST_F(ChannelTest, LatencyOfTheLinkIsGivenOnTopOfP2) {
+  Open();
+  link->latency = Milliseconds(200);
+  link->answers.clear();
+  EXPECT_EQ(Request(), kNoAnswer);
+  EXPECT_EQ(loop->Now(), milliseconds(250));
+}
+
+TEST_F(ChannelTest, NegativeAnswerIs2001WithNamesAndIsHandedOver) {
+  Open();
+  link->answers["2101"] = "7F2131";
+  EXPECT_EQ(Request(), kNegativeAnswer);
+  EXPECT_EQ(description, "Negative answer: readDataByLocalIdentifier (21): requestOutOfRange (31)");
+  EXPECT_EQ(answer.ToHex(), "7F2131");
+  EXPECT_TRUE(channel->IsConnected());
+}
+
+TEST_F(ChannelTest, ForeignAnswerAloneIs2003AndNotHandedOver) {
+  Open();
+  link->answers["2101"] = "6102AB";
+  EXPECT_EQ(Request(), kForeignAnswer);
+  EXPECT_THAT(description, HasSubstr("6102AB"));
+  EXPECT_TRUE(answer.Empty());
+  EXPECT_TRUE(channel->IsConnected());
+}
+
+TEST_F(ChannelTest, PendingKeepsTheWaitOpen) {
+  Open();
+  link->on_send = [this](const std::string&) {
+    loop->At(milliseconds(40), [this] { link->Arrive("7F2178"); });
+    loop->At(milliseconds(4000), [this] { link->Arrive("6101EE"); });
+  };
+  EXPECT_EQ(Request(), 0);
+  EXPECT_EQ(answer.ToHex(), "6101EE");
+  EXPECT_EQ(loop->Now(), milliseconds(4000));
+}
+
+TEST_F(ChannelTest, EcuThatIsForeverPendingIsGivenUp) {
+  Open();
+  link->on_send = [this](const std::string&) {
+    for (int second = 1; second < 100; ++second) loop->At(seconds(second), [this] { link->Arrive("7F2178"); });
+    link->Arrive("7F2178");
+  };
+  EXPECT_EQ(Request(), kNoAnswer);
+  EXPECT_EQ(loop->Now(), seconds(60));
+}
+
+TEST_F(ChannelTest, LateAnswerIsNotTakenForTheNextRequest) {
+  Open();
+  link->on_send = [this](const std::string& message) {
+    if (message == "2101") return;
+    link->Arrive("6101AB");
+    link->Arrive("6102CD");
+    link->Arrive("6102EF");
+  };
+  EXPECT_EQ(Request("2101"), kNoAnswer);
+  EXPECT_EQ(Request("2102"), 0);
+  EXPECT_EQ(answer.ToHex(), "6102CD");
+}
+
+TEST_F(ChannelTest, MessageThatNobodyAskedForIsIgnored) {
+  Open();
+  channel->Connect();
+  link->Arrive("6101AB");
+  EXPECT_EQ(Request("2102"), kNoAnswer);
+}
+
+TEST_F(ChannelTest, FailureOfTheLinkDuringARequestIsPassedOn) {
+  Open();
+  channel->Connect();
+  link->on_send = [this](const std::string&) { link->Fail(kCanNetworkError); };
+  EXPECT_EQ(Request(), kCanNetworkError);
+  EXPECT_THAT(description, HasSubstr("as scripted"));
+  EXPECT_FALSE(channel->IsConnected());
+}
+
+TEST_F(ChannelTest, NumbersThatDoNotMeanALostLinkKeepTheConnection) {
+  Open();
+  link->on_send = [this](const std::string&) { link->Fail(2044); };
+  EXPECT_EQ(Request(), 2044);
+  EXPECT_TRUE(channel->IsConnected());
+}
+
+TEST_F(ChannelTest, LinkLostBetweenRequestsIsConnectedAnew) {
+  Open();
+  channel->Connect();
+  link->Fail(kLinkLost);
+  EXPECT_FALSE(channel->IsConnected());
+  EXPECT_EQ(Request(), 0);
+}
+
+TEST_F(ChannelTest, FailedStartIsPassedOnAndTriedAgain) {
+  Open();
+  link->on_connect = [this] { link->Fail(kNoAnswer); };
+  EXPECT_EQ(NumberOf([&] { channel->Connect(); }), kNoAnswer);
+  EXPECT_EQ(Request(), kNoAnswer);
+  link->on_connect = nullptr;
+  EXPECT_EQ(Request(), 0);
+  EXPECT_THAT(log, ElementsAre("connect", "connect", "connect", "2101"));
+}
+
+TEST_F(ChannelTest, StartMayTakeItsTime) {
+  Open();
+  link->on_connect = [this] { loop->At(seconds(3), [this] { link->Connected(); }); };
+  channel->Connect();
+  EXPECT_EQ(loop->Now(), seconds(3));
+  EXPECT_TRUE(channel->IsConnected());
+}
+
+TEST_F(ChannelTest, StartThatNeverEndsIsGivenUp) {
+  Open();
+  link->on_connect = [] {};
+  EXPECT_EQ(NumberOf([&] { channel->Connect(); }), kNoAnswer);
+}
+
+TEST_F(ChannelTest, RefusedSessionIs2042AndUnansweredOne2000) {
+  function.session = 0x81;
+  Open();
+  link->answers["1081"] = "7F1012";
+  EXPECT_EQ(Request(), kInitialisationRefused);
+  EXPECT_THAT(description, HasSubstr("startDiagnosticSession (10): subFunctionNotSupported-invalidFormat (12)"));
+  link->answers.erase("1081");
+  EXPECT_EQ(Request(), kNoAnswer);
+  EXPECT_FALSE(channel->IsConnected());
+}
+
+TEST_F(ChannelTest, TesterPresentIsSentAfterSilenceOnly) {
+  function.keep_alive = Milliseconds(2000);
+  Open();
+  channel->Connect();
+  loop->Advance(milliseconds(1500));
+  EXPECT_EQ(Request(), 0);
+  loop->Advance(milliseconds(1999));
+  EXPECT_THAT(log, ElementsAre("connect", "2101"));
+  loop->Advance(milliseconds(1));
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "3E"));
+  loop->Advance(milliseconds(4000));
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "3E", "3E", "3E"));
+}
+
+TEST_F(ChannelTest, RequestWaitsForTheAnswerToTesterPresent) {
+  function.keep_alive = Milliseconds(2000);
+  Open();
+  channel->Connect();
+  link->on_send = [this](const std::string& message) {
+    loop->At(milliseconds(30), [this, message] { link->Arrive(message == "3E" ? "7E" : "6101AB"); });
+  };
+  loop->Advance(milliseconds(2000));
+  EXPECT_EQ(Request(), 0);
+  EXPECT_EQ(answer.ToHex(), "6101AB");
+  EXPECT_EQ(loop->Now(), milliseconds(2060));
+}
+
+TEST_F(ChannelTest, UnansweredTesterPresentIsReportedOnceByTheNextRequest) {
+  function.keep_alive = Milliseconds(2000);
+  Open();
+  channel->Connect();
+  link->answers.erase("3E");
+  loop->Advance(milliseconds(2050));
+  EXPECT_FALSE(channel->IsConnected());
+  EXPECT_EQ(Request(), kTesterPresentUnanswered);
+  EXPECT_EQ(Request(), 0);
+}
+
+TEST_F(ChannelTest, RefusedTesterPresentShowsThatTheEcuIsThere) {
+  function.keep_alive = Milliseconds(2000);
+  Open();
+  channel->Connect();
+  link->answers["3E"] = "7F3E11";
+  loop->Advance(milliseconds(2000));
+  EXPECT_EQ(Request(), 0);
+}
+
+TEST_F(ChannelTest, ReconnectForgetsTheUnansweredTesterPresent) {
+  function.keep_alive = Milliseconds(2000);
+  Open();
+  channel->Connect();
+  link->answers.erase("3E");
+  loop->Advance(milliseconds(2050));
+  channel->Reconnect();
+  EXPECT_EQ(Request(), 0);
+}
+
+TEST_F(ChannelTest, RequestInsideTheWaitOfAnotherComesAfterIt) {
+  Open();
+  link->on_send = [this](const std::string& message) {
+    loop->At(milliseconds(30), [this, message] { link->Arrive(message == "2101" ? "610111" : "610222"); });
+  };
+  ByteBuffer inner;
+  loop->At(milliseconds(10), [&] { channel->Request(ByteBuffer{0x21, 0x02}.View(), inner); });
+  EXPECT_EQ(Request(), 0);
+  EXPECT_EQ(answer.ToHex(), "610111");
+  EXPECT_EQ(inner.ToHex(), "610222");
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "2102"));
+}
+
+TEST_F(ChannelTest, SilenceOfTheOuterRequestIsNoticedInsideTheInnerWait) {
+  Open();
+  link->on_send = [this](const std::string& message) {
+    if (message == "2102") loop->At(milliseconds(30), [this] { link->Arrive("610222"); });
+  };
+  ByteBuffer inner;
+  loop->At(milliseconds(10), [&] { channel->Request(ByteBuffer{0x21, 0x02}.View(), inner); });
+  EXPECT_EQ(Request(), kNoAnswer);
+  EXPECT_EQ(inner.ToHex(), "610222");
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "connect", "2102"));
+  EXPECT_EQ(loop->Now(), milliseconds(80));
+}
+
+TEST_F(ChannelTest, RequestInsideTheStartOfTheCommunicationWaitsForIt) {
+  function.session = 0x81;
+  Open();
+  link->on_send = [this](const std::string& message) {
+    loop->At(milliseconds(20), [this, message] { link->Arrive(message == "1081" ? "5081" : "6101AB"); });
+  };
+  ByteBuffer inner;
+  loop->At(milliseconds(10), [&] { channel->Request(ByteBuffer{0x21, 0x01}.View(), inner); });
+  channel->Connect();
+  EXPECT_EQ(inner.ToHex(), "6101AB");
+  EXPECT_THAT(log, ElementsAre("connect", "1081", "2101"));
+}
+
+TEST_F(ChannelTest, CloseInsideAWaitEndsItWith1000) {
+  Open();
+  link->answers.clear();
+  loop->At(milliseconds(10), [this] { channel->Close(); });
+  EXPECT_EQ(Request(), kLinkLost);
+  EXPECT_EQ(loop->Now(), milliseconds(10));
+  EXPECT_TRUE(channel->IsClosed());
+  EXPECT_EQ(Request(), kLinkLost);
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "close"));
+  EXPECT_EQ(loop->PendingEvents(), 0U);
+}
+
+TEST_F(ChannelTest, LastOwnerMayGoInsideTheWait) {
+  Open();
+  link->answers.clear();
+  Channel& raw = *channel;
+  loop->At(milliseconds(10), [this] { channel.reset(); });
+  EXPECT_EQ(NumberOf([&] { raw.Request(ByteBuffer{0x21, 0x01}.View(), answer); }), kNoAnswer);
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "close"));
+}
+
+TEST_F(ChannelTest, NoTimerIsLeftWhenItGoes) {
+  function.keep_alive = Milliseconds(2000);
+  Open();
+  channel->Connect();
+  EXPECT_EQ(loop->PendingEvents(), 1U);
+  channel.reset();
+  EXPECT_EQ(loop->PendingEvents(), 0U);
+}
+
+}  // namespace
+}  // namespace korval::ecu

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/kwp2000/Exchange.h"
+
+#include <chrono>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace korval::ecu {
+namespace {
+
+using base::ByteBuffer;
+using std::chrono::milliseconds;
+using State = Exchange::State;
+
+constexpr ExchangeTiming kTiming{milliseconds(50), milliseconds(5000), milliseconds(12000)};
+
+Exchange Begin(const std::string& request) {
+  return {ByteBuffer::FromHex(request).View(), kTiming, milliseconds(1000)};
+}
+
+State After(const std::string& request, const std::string& answer) {
+  Exchange exchange = Begin(request);
+  exchange.MessageArrived(ByteBuffer::FromHex(answer).View(), milliseconds(1010));
+  return exchange.CurrentState();
+}
+
+TEST(ExchangeTest, PositiveAnswerEndsIt) {
+  Exchange exchange = Begin("2101");
+  EXPECT_EQ(exchange.CurrentState(), State::kWaiting);
+  EXPECT_EQ(exchange.Deadline(), milliseconds(1050));
+  exchange.MessageArrived(ByteBuffer::FromHex("6101AB").View(), milliseconds(1010));
+  EXPECT_EQ(exchange.CurrentState(), State::kPositive);
+  EXPECT_EQ(exchange.Answer().ToHex(), "6101AB");
+}
+
+TEST(ExchangeTest, NegativeAnswerEndsItAndIsKept) {
+  Exchange exchange = Begin("2101");
+  exchange.MessageArrived(ByteBuffer::FromHex("7F2131").View(), milliseconds(1010));
+  EXPECT_EQ(exchange.CurrentState(), State::kNegative);
+  EXPECT_EQ(exchange.Answer().ToHex(), "7F2131");
+}
+
+TEST(ExchangeTest, BusyIsANegativeAnswer) { EXPECT_EQ(After("2101", "7F2121"), State::kNegative); }
+
+TEST(ExchangeTest, SilenceEndsItAtTheDeadlineAndNotBefore) {
+  Exchange exchange = Begin("2101");
+  exchange.TimeElapsed(milliseconds(1049));
+  EXPECT_EQ(exchange.CurrentState(), State::kWaiting);
+  exchange.TimeElapsed(milliseconds(1050));
+  EXPECT_EQ(exchange.CurrentState(), State::kSilent);
+  EXPECT_TRUE(exchange.Answer().Empty());
+}
+
+struct Row {
+  const char* request;
+  const char* answer;
+};
+
+class ForeignTest : public testing::TestWithParam<Row> {};
+
+TEST_P(ForeignTest, IsDiscardedWithoutMoreTime) {
+  Exchange exchange = Begin(GetParam().request);
+  exchange.MessageArrived(ByteBuffer::FromHex(GetParam().answer).View(), milliseconds(1040));
+  EXPECT_EQ(exchange.CurrentState(), State::kWaiting);
+  EXPECT_EQ(exchange.Deadline(), milliseconds(1050));
+  exchange.TimeElapsed(milliseconds(1050));
+  EXPECT_EQ(exchange.CurrentState(), State::kForeign);
+  EXPECT_EQ(exchange.Answer().ToHex(), GetParam().answer);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ForeignTest,
+                         testing::Values(Row{"2101", "7E"}, Row{"2101", "6102AB"}, Row{"2101", "7F2231"},
+                                         Row{"2101", "7F21"}, Row{"2101", "7F"}, Row{"2101", "2101"},
+                                         Row{"3B1000", "7B11"}, Row{"30010700", "7002"}, Row{"22F190", "62F191"},
+                                         Row{"2EF19000", "6EF090"}, Row{"2F1122", "6F1133"}));
+
+TEST(ExchangeTest, OwnAnswerBehindAForeignOneIsTaken) {
+  Exchange exchange = Begin("2101");
+  exchange.MessageArrived(ByteBuffer{0x7E}.View(), milliseconds(1010));
+  exchange.MessageArrived(ByteBuffer::FromHex("6101").View(), milliseconds(1020));
+  EXPECT_EQ(exchange.CurrentState(), State::kPositive);
+  EXPECT_EQ(exchange.Answer().ToHex(), "6101");
+}
+
+TEST(ExchangeTest, AnswersThatRepeatNoIdentifierAreKnownByTheirService) {
+  EXPECT_EQ(After("1A90", "5A41"), State::kPositive);
+  EXPECT_EQ(After("17FF00", "5700"), State::kPositive);
+  EXPECT_EQ(After("2101", "61"), State::kPositive);
+  EXPECT_EQ(After("22F190", "62F1"), State::kPositive);
+  EXPECT_EQ(After("21", "6101"), State::kPositive);
+  EXPECT_EQ(After("81", "C1EF8F"), State::kPositive);
+}
+
+TEST(ExchangeTest, EachPendingGivesMoreTimeUpToTheCap) {
+  Exchange exchange = Begin("3101");
+  const ByteBuffer pending{0x7F, 0x31, 0x78};
+  exchange.MessageArrived(pending.View(), milliseconds(1040));
+  EXPECT_EQ(exchange.Deadline(), milliseconds(6040));
+  exchange.MessageArrived(pending.View(), milliseconds(6000));
+  EXPECT_EQ(exchange.Deadline(), milliseconds(11000));
+  exchange.MessageArrived(pending.View(), milliseconds(10000));
+  EXPECT_EQ(exchange.Deadline(), milliseconds(13000));
+  exchange.MessageArrived(pending.View(), milliseconds(12900));
+  EXPECT_EQ(exchange.Deadline(), milliseconds(13000));
+  EXPECT_EQ(exchange.CurrentState(), State::kWaiting);
+  exchange.TimeElapsed(milliseconds(13000));
+  EXPECT_EQ(exchange.CurrentState(), State::kSilent);
+}
+
+TEST(ExchangeTest, PendingOfAnotherServiceGivesNoTime) {
+  Exchange exchange = Begin("3101");
+  exchange.MessageArrived(ByteBuffer{0x7F, 0x21, 0x78}.View(), milliseconds(1040));
+  EXPECT_EQ(exchange.Deadline(), milliseconds(1050));
+}
+
+TEST(ExchangeTest, NothingChangesItOnceItHasEnded) {
+  Exchange exchange = Begin("2101");
+  exchange.MessageArrived(ByteBuffer::FromHex("6101AB").View(), milliseconds(1010));
+  exchange.MessageArrived(ByteBuffer::FromHex("6101CD").View(), milliseconds(1020));
+  exchange.TimeElapsed(milliseconds(9000));
+  EXPECT_EQ(exchange.CurrentState(), State::kPositive);
+  EXPECT_EQ(exchange.Answer().ToHex(), "6101AB");
+}
+
+TEST(ExchangeTest, EmptyMessageIsNone) {
+  Exchange exchange = Begin("2101");
+  exchange.MessageArrived({}, milliseconds(1010));
+  exchange.TimeElapsed(milliseconds(1050));
+  EXPECT_EQ(exchange.CurrentState(), State::kSilent);
+}
+
+}  // namespace
+}  // namespace korval::ecu
