@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "base/ByteBuffer.h"
+#include "base/SerialSettings.h"
+#include "client/Asap3Client.h"
+
+namespace korval::apps {
+
+/// A command line that cannot be followed; the text is a sentence that says what is wrong with it.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+enum class Command { kIdentify, kGet, kSet, kXget, kXset, kWatch, kDtc, kRaw, kCan, kSend };
+
+/// The client's command line.
+struct Options {
+  bool help = false;
+  bool version = false;
+  bool json = false;
+
+  std::string host = "127.0.0.1";
+  std::uint16_t port = 1001;
+  std::chrono::milliseconds timeout{5000};
+  std::string serial_device;  // empty: TCP
+  base::SerialSettings serial_settings;
+
+  std::string description_file;
+  std::string section;
+  std::uint16_t address = 0;
+
+  Command command = Command::kIdentify;
+  std::vector<std::string> names;  // get, set, xget, xset, watch
+  std::uint16_t value_type = 0;    // xset: the data type code, 0 real, 1 real8, 2 string
+  client::ExtendedValue value;     // set, xset
+  base::ByteBuffer bytes;          // raw, send
+  std::string frames;              // can
+
+  std::uint32_t count = 0;  // watch: 0 is without end
+  std::string csv_file;     // empty: none
+  std::chrono::milliseconds interval{1000};
+};
+
+/// Reads the arguments (without the program's name), options and words in any order. A word that is a
+/// negative number is no option, and nothing after "--" is one. Raises UsageError. After --help or --version
+/// the rest is not looked at.
+Options ParseOptions(const std::vector<std::string>& arguments);
+
+/// The text of --help.
+extern const char* const kHelpText;
+
+}  // namespace korval::apps

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#include "ControlAssembly.h"
+
+#include <utility>
+
+#include <QCoreApplication>
+
+#include "ecu/session/SessionFactory.h"
+#include "host/settings/HostSettings.h"
+#include "host/settings/OverrideSettings.h"
+#include "host/settings/ServerSettings.h"
+#include "host/trace/TraceConsole.h"
+#include "platform/DryRunPower.h"
+#include "platform/LogindPower.h"
+#include "platform/QSettingsStore.h"
+#include "platform/QtEventLoop.h"
+#include "platform/QtSerialPort.h"
+#include "platform/QtTcpSocket.h"
+
+namespace korval::apps {
+namespace {
+
+constexpr char kCommPort[] = "QOR/General/CommPort";
+
+// Traces from outside the control, which does not exist yet when its parts are made.
+std::function<void(const std::string&)> TraceTo(const std::shared_ptr<host::Terminal>& terminal) {
+  return [terminal](const std::string& text) { host::TraceConsole(*terminal).Line(text); };
+}
+
+host::OverrideSettings::Overrides OverridesOf(const Options& options) {
+  host::OverrideSettings::Overrides overrides;
+  const auto set = [&](const std::string& path, const std::optional<std::string>& value) {
+    if (value) overrides[path] = *value;
+  };
+  set(kCommPort, options.diag_port);
+  set(host::PropertyPath("Settings"), options.serial_settings);
+  set(host::PropertyPath("AsapFolder"), options.asap_folder);
+  set(host::PropertyPath("KorvFolder"), options.korv_folder);
+  if (options.serial_port) set(host::PropertyPath("CommPort"), std::to_string(*options.serial_port));
+  if (options.handshaking) set(host::PropertyPath("Handshaking"), std::to_string(*options.handshaking));
+  if (options.open_serial) set(host::PropertyPath("comAutoStart"), "-1");
+  return overrides;
+}
+
+std::shared_ptr<host::SettingsStore> OpenSettings(const Options& options, const host::ControlParts& parts) {
+  const auto stored = std::make_shared<platform::QSettingsStore>(
+      QString::fromStdString(options.settings_file.value_or("")),
+      QString::fromStdString(options.install_record_file.value_or("")),
+      [box = parts.message_box](const std::string& text) {
+        box->Show(text, host::MessageStyle::kExclamation);
+      });
+  return std::make_shared<host::OverrideSettings>(stored, OverridesOf(options));
+}
+
+std::shared_ptr<host::PowerPlatform> OpenPower(const Options& options, const host::ControlParts& parts) {
+  if (options.dry_run_power) return std::make_shared<platform::DryRunPower>(TraceTo(parts.terminal));
+  return std::make_shared<platform::LogindPower>();
+}
+
+std::shared_ptr<protocol::SerialPort> OpenSerial(const Options& options, const host::ControlParts& parts) {
+  auto port = std::make_shared<platform::QtSerialPort>(TraceTo(parts.terminal));
+  if (options.serial_device) {
+    const auto settings = host::ReadServerSettings(*parts.settings, parts.application_folder);
+    port->SetDevice(settings.comm_port.value_or(port->PortNumber()), *options.serial_device);
+  }
+  return port;
+}
+
+std::string EightDigits(std::int32_t identifier) {
+  base::ByteBuffer bytes{0, 0, 0, 0};
+  bytes.SetBits(0, 32, static_cast<std::uint32_t>(identifier));
+  return bytes.ToHex();
+}
+
+// A session on the port that is chosen when it is created.
+diag::DiagnosisObject::SessionFactory SessionFactory(const host::ControlParts& parts) {
+  return [loop = parts.loop, store = parts.settings, folder = parts.application_folder,
+          trace = TraceTo(parts.terminal)] {
+    ecu::SessionEnvironment environment;
+    environment.loop = loop;
+    environment.port = host::HostSettings(*store).RegGetValue("General", "CommPort", "");
+    environment.ecu_folder = host::ReadServerSettings(*store, folder).korv_folder;
+    environment.on_can_frame = [trace](std::int32_t identifier, base::ByteView data) {
+      trace("CAN frame sent : " + EightDigits(identifier) + " " + base::HexText(data));
+    };
+    return ecu::CreateSession(std::move(environment));
+  };
+}
+
+}  // namespace
+
+ControlAssembly::ControlAssembly(const Options& options, host::ControlParts views) : debug_(options.debug) {
+  host::ControlParts parts = std::move(views);
+  parts.application_folder = QCoreApplication::applicationDirPath().toStdString();
+  parts.loop = std::make_shared<platform::QtEventLoop>();
+  parts.settings = settings_ = OpenSettings(options, parts);
+  parts.power = OpenPower(options, parts);
+  parts.serial_port = OpenSerial(options, parts);
+  parts.tcp_server = std::make_shared<platform::QtTcpSocket>(options.listen_address, options.allowed_clients,
+                                                             TraceTo(parts.terminal));
+  parts.tcp_port = options.tcp_port;
+  parts.create_session = SessionFactory(parts);
+  control_ = host::ServerControl::Create(std::move(parts));
+}
+
+bool ControlAssembly::Start() {
+  if (!control_->Initialise()) return false;
+  ChooseDiagnosticPort();
+  control_->Console().SetDebugTrace(debug_);
+  control_->Show();
+  return true;
+}
+
+// Nothing stored means a first start: the simulated ECU answers until somebody chooses an interface.
+void ControlAssembly::ChooseDiagnosticPort() {
+  if (settings_->Read(kCommPort)) return;
+  host::HostSettings(*settings_).RegSetValue("General", "CommPort", "SIM");
+  control_->Console().Line(
+      "No diagnostic interface chosen yet: the simulated ECU answers (General/CommPort=SIM)");
+}
+
+}  // namespace korval::apps

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include <QHostAddress>
+#include <QList>
+#include <QPair>
+#include <QStringList>
+
+namespace korval::apps {
+
+/// A command line that cannot be followed; the text says which option and what it takes.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The server's command line. What is not given leaves the stored setting in force.
+struct Options {
+  using Subnet = QPair<QHostAddress, int>;  // address and the bits of its network
+
+  bool headless = false;
+  bool help = false;
+  bool version = false;
+  bool debug = false;
+  bool open_serial = false;
+  bool dry_run_power = false;
+  QHostAddress listen_address{QHostAddress::Any};
+  QList<Subnet> allowed_clients;
+  std::optional<std::uint16_t> tcp_port;
+  std::optional<std::int32_t> serial_port;
+  std::optional<std::string> serial_device;
+  std::optional<std::string> serial_settings;
+  std::optional<std::int32_t> handshaking;
+  std::optional<std::string> asap_folder;
+  std::optional<std::string> korv_folder;
+  std::optional<std::string> diag_port;
+  std::optional<std::string> settings_file;
+  std::optional<std::string> install_record_file;
+};
+
+/// Reads the command line (program name first). Raises UsageError.
+Options ParseOptions(const QStringList& arguments);
+/// The text of --help.
+std::string HelpText();
+
+}  // namespace korval::apps

@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+#include "host/control/ServerControl.h"
+
+#include <string>
+#include <utility>
+
+#include "base/Failure.h"
+#include "base/NumberText.h"
+
+namespace korval::host {
+namespace {
+
+constexpr char kBanner[] = "Korval Asap server V" KORVAL_VERSION;
+
+std::int32_t HandshakingCode(const std::string& text) {
+  if (const auto code = base::ReadInteger(text)) return *code;
+  throw base::Failure("Handshaking '" + text + "' is no number: 0 none, 1 Xon/Xoff, 2 RTS, 3 Xon/RTS");
+}
+
+}  // namespace
+
+std::shared_ptr<ServerControl> ServerControl::Create(ControlParts parts) {
+  std::shared_ptr<ServerControl> control(new ServerControl(std::move(parts)));
+  control->Bind(control);
+  return control;
+}
+
+ServerControl::ServerControl(ControlParts parts)
+    : parts_(std::move(parts)),
+      console_(*parts_.terminal),
+      power_(*parts_.power, *parts_.message_box),
+      asap_files_(folders_),
+      diagnosis_(console_, parts_.create_session, [this] { DropCollections(); }),
+      script_(diagnosis_),
+      state_(*parts_.status),
+      dispatcher_(console_, state_, *this),
+      runner_(dispatcher_, state_, *this, console_, power_),
+      select_file_(console_, diagnosis_, asap_files_, *parts_.files,
+                   [this] { state_.Set(protocol::SessionState::State::kFileSelected); }),
+      set_acquisition_(console_, diagnosis_, asap_files_, asap_values_, acquisition_, *parts_.data),
+      online_values_(console_, diagnosis_, acquisition_, *parts_.data),
+      get_set_(console_, asap_files_, script_),
+      extended_(console_, diagnosis_, asap_files_, script_, runner_.PendingPowerRequest()),
+      clock_(*parts_.loop, *parts_.status),
+      tcp_path_(*parts_.tcp_server, runner_, state_, *this, console_),
+      serial_path_(*parts_.serial_port, runner_, tcp_path_, console_, *parts_.status, *parts_.loop,
+                   [this](bool open) { open ? clock_.Start() : clock_.Stop(); }) {
+  select_file_.AttachTo(dispatcher_);
+  set_acquisition_.AttachTo(dispatcher_);
+  online_values_.AttachTo(dispatcher_);
+  get_set_.AttachTo(dispatcher_);
+  extended_.AttachTo(dispatcher_);
+}
+
+ServerControl::~ServerControl() { Terminate(); }
+
+void ServerControl::Bind(const std::shared_ptr<ServerControl>& self) {
+  clock_.Bind(self);
+  tcp_path_.Bind(self);
+  serial_path_.Bind(self);
+}
+
+bool ServerControl::Initialise() {
+  console_.SetDebugTrace(false);
+  parts_.terminal->Select(0, parts_.terminal->Length());
+  parts_.terminal->ReplaceSelection("");
+  parts_.status->ShowConnected(false);
+  if (!ApplySettings()) return false;
+  state_.Set(protocol::SessionState::State::kIdle);
+  console_.Line(kBanner);
+  QORGetInstallationInformation();
+  return true;
+}
+
+bool ServerControl::ApplySettings() {
+  settings_ = ReadServerSettings(*parts_.settings, parts_.application_folder);
+  protocol::SerialPort& port = *parts_.serial_port;
+  try {
+    if (!settings_.serial_settings.empty()) port.SetSettings(settings_.serial_settings);
+    if (settings_.comm_port) port.SetPortNumber(*settings_.comm_port);
+    if (!settings_.handshaking.empty()) port.SetHandshaking(HandshakingCode(settings_.handshaking));
+  } catch (const base::Failure& failure) {
+    parts_.message_box->Show(failure.Description(), MessageStyle::kExclamation);
+    return false;
+  }
+  folders_ = {settings_.asap_folder, settings_.korv_folder};
+  tcp_path_.SetPort(parts_.tcp_port.value_or(settings_.tcp_port));
+  return true;
+}
+
+void ServerControl::Show() {
+  tcp_path_.StartListening();
+  OpenSerialPort();
+}
+
+void ServerControl::ResetAll() {
+  console_.Line("Reset All");
+  CloseTransports();
+  console_.Line("- Reinit diagnostique session");
+  EndSession();
+  console_.Line("- Open tcpip server");
+  tcp_path_.Reopen();
+  OpenSerialPort();
+}
+
+void ServerControl::Terminate() noexcept {
+  try {
+    serial_path_.Close();
+  } catch (const base::Failure&) {
+    // Nobody is left to tell, and the rest must still be closed.
+  }
+  tcp_path_.Close();
+  DropCollections();
+  diagnosis_.ReleaseDiagnosisObject();
+}
+
+void ServerControl::CloseTransports() {
+  console_.Line("- Close tcpip server");
+  try {
+    tcp_path_.Close();
+  } catch (const base::Failure& failure) {
+    console_.Line("     close tcpip server error : " + failure.Description());
+  }
+  console_.Line("- Close RS232 comm port");
+  try {
+    serial_path_.Close();
+  } catch (const base::Failure& failure) {
+    console_.Line("     close RS232 comm port error : " + failure.Description());
+  }
+}
+
+void ServerControl::OpenSerialPort() {
+  if (!settings_.open_serial_at_start) return;
+  console_.Line("- Open com port");
+  serial_path_.Toggle();
+}
+
+void ServerControl::QORGetInstallationInformation() {
+  installation_ = ReadInstallationInformation(*parts_.settings);
+  diagnosis_.SetServerFolder(installation_.install_location);
+}
+
+void ServerControl::DropCollections() {
+  acquisition_.Drop();
+  asap_files_.Clear();
+  asap_values_.Clear();
+}
+
+bool ServerControl::CreateDiagnosisObject(base::ByteBuffer& reply) {
+  return diagnosis_.CreateDiagnosisObject(reply);
+}
+
+void ServerControl::ClearAcquiredDataView() { parts_.data->Clear(); }
+
+void ServerControl::EndSession() {
+  parts_.data->Clear();
+  parts_.files->Clear();
+  DropCollections();
+  state_.Set(protocol::SessionState::State::kIdle);
+  diagnosis_.ReleaseDiagnosisObject();
+}
+
+bool ServerControl::ReleaseForPowerRequest(bool close_host_session) {
+  using HostSession = diag::DiagnosisObject::HostSession;
+  if (!diagnosis_.Session()) return false;
+  diagnosis_.ReleaseDiagnosisObject(close_host_session ? HostSession::kClose : HostSession::kKeepOpen);
+  return true;
+}
+
+}  // namespace korval::host

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "diag/DiagnosisObject.h"
+#include "diag/WindowsScript.h"
+#include "host/control/ConnectionClock.h"
+#include "host/control/ControlParts.h"
+#include "host/power/PowerControl.h"
+#include "host/settings/HostSettings.h"
+#include "host/settings/InstallationInformation.h"
+#include "host/settings/ServerSettings.h"
+#include "host/trace/TraceConsole.h"
+#include "model/Acquisition.h"
+#include "model/Folders.h"
+#include "model/KorvAsapFiles.h"
+#include "model/KorvAsapValues.h"
+#include "model/OnlineValues.h"
+#include "model/SelectFile.h"
+#include "model/SetAcquisition.h"
+#include "parameters/ExtendedParameter.h"
+#include "parameters/GetSetParameter.h"
+#include "protocol/CommandRunner.h"
+#include "protocol/Dispatcher.h"
+#include "protocol/SerialPath.h"
+#include "protocol/SessionState.h"
+#include "protocol/TcpPath.h"
+
+namespace korval::host {
+
+/// The control's logic, without a window: start-up, show, reset and termination, and the wiring of
+/// everything below. Create it, then Initialise, then Show; Terminate before letting it go. It lives on
+/// the event loop's thread and may be let go inside any of its own events.
+class ServerControl : private protocol::SessionServices {
+ public:
+  static std::shared_ptr<ServerControl> Create(ControlParts parts);
+  ~ServerControl() override;
+  ServerControl(const ServerControl&) = delete;
+  ServerControl& operator=(const ServerControl&) = delete;
+
+  /// Reads the settings and traces the banner. False when the serial port refuses its settings; the
+  /// person at the console has then been told, and the start ends there.
+  bool Initialise();
+  /// Opens the transports. Raises Failure when the TCP port cannot be opened.
+  void Show();
+  /// Closes and reopens both transports and releases the diagnosis object.
+  void ResetAll();
+  /// Closes everything. Commands that wait end with a Failure and answer nobody.
+  void Terminate() noexcept;
+
+  TraceConsole& Console() { return console_; }
+  /// The diagnostic session; one that is set is used but never closed.
+  std::shared_ptr<viator3::Session> Session() const { return diagnosis_.Session(); }
+  void SetSession(std::shared_ptr<viator3::Session> session) { diagnosis_.SetSession(std::move(session)); }
+  /// Reads the host application's installation record again.
+  void QORGetInstallationInformation();
+
+ private:
+  explicit ServerControl(ControlParts parts);
+  void Bind(const std::shared_ptr<ServerControl>& self);
+  bool ApplySettings();
+  void CloseTransports();
+  void OpenSerialPort();
+  void DropCollections();
+
+  bool CreateDiagnosisObject(base::ByteBuffer& reply) override;
+  void ClearAcquiredDataView() override;
+  void EndSession() override;
+  bool ReleaseForPowerRequest(bool close_host_session) override;
+
+  ControlParts parts_;
+  TraceConsole console_;
+  ServerSettings settings_;
+  InstallationInformation installation_;
+  PowerControl power_;
+  model::Folders folders_;
+  model::KorvAsapFiles asap_files_;
+  model::KorvAsapValues asap_values_;
+  model::Acquisition acquisition_;
+  diag::DiagnosisObject diagnosis_;
+  diag::WindowsScript script_;
+  protocol::SessionState state_;
+  protocol::Dispatcher dispatcher_;
+  protocol::CommandRunner runner_;
+  model::SelectFile select_file_;
+  model::SetAcquisition set_acquisition_;
+  model::OnlineValues online_values_;
+  parameters::GetSetParameter get_set_;
+  parameters::ExtendedParameter extended_;
+  ConnectionClock clock_;
+  protocol::TcpPath tcp_path_;
+  protocol::SerialPath serial_path_;
+};
+
+}  // namespace korval::host

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#include "platform/QtEventLoop.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include <QCoreApplication>
+#include <QTimer>
+
+namespace korval::platform {
+namespace {
+
+// Qt counts whole milliseconds in an int; rounding up never fires early.
+std::chrono::milliseconds QtInterval(base::TimePoint span) {
+  using std::chrono::milliseconds;
+  return std::clamp(std::chrono::ceil<milliseconds>(span), milliseconds(0),
+                    milliseconds(std::numeric_limits<int>::max()));
+}
+
+class QtTimer : public base::Timer {
+ public:
+  explicit QtTimer(std::function<void()> fire) {
+    timer_.setSingleShot(true);
+    timer_.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&timer_, &QTimer::timeout, [fire = std::move(fire)] {
+      const std::function<void()> held = fire;  // firing may destroy the timer
+      held();
+    });
+  }
+
+  void Start(std::chrono::microseconds delay) override { timer_.start(QtInterval(delay)); }
+  void Stop() override { timer_.stop(); }
+
+ private:
+  QTimer timer_;
+};
+
+}  // namespace
+
+base::TimePoint QtEventLoop::Now() const { return std::chrono::steady_clock::now().time_since_epoch(); }
+
+std::unique_ptr<base::Timer> QtEventLoop::CreateTimer(std::function<void()> fire) {
+  return std::make_unique<QtTimer>(std::move(fire));
+}
+
+bool QtEventLoop::RunUntil(base::TimePoint deadline, const std::function<bool()>& done) {
+  QTimer wake_up;  // ends the last wait for an event
+  wake_up.setTimerType(Qt::PreciseTimer);
+  while (!done()) {
+    const base::TimePoint left = deadline - Now();
+    if (left <= base::TimePoint::zero()) return false;
+    if (!wake_up.isActive()) wake_up.start(QtInterval(left));
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+  }
+  return true;
+}
+
+}  // namespace korval::platform

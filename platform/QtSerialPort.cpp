@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: MIT
+#include "platform/QtSerialPort.h"
+
+#include <utility>
+
+#include <QSerialPort>
+
+#ifdef Q_OS_WIN
+#include <windows.h>
+#else
+#include <poll.h>
+#include <termios.h>
+#endif
+
+#include "base/Failure.h"
+
+namespace korval::platform {
+namespace {
+
+constexpr std::chrono::milliseconds kLineCheckInterval{100};
+constexpr std::int32_t kNoHandshaking = 0;
+constexpr std::int32_t kXonXoff = 1;
+constexpr std::int32_t kXonXoffAndRts = 3;
+constexpr qint64 kReceiveLimit = 1024 * 1024;
+constexpr qint64 kTransmitLimit = 1024 * 1024;
+
+QSerialPort::Parity QtParity(base::SerialSettings::Parity parity) {
+  switch (parity) {
+    case base::SerialSettings::Parity::kEven:
+      return QSerialPort::EvenParity;
+    case base::SerialSettings::Parity::kOdd:
+      return QSerialPort::OddParity;
+    case base::SerialSettings::Parity::kMark:
+      return QSerialPort::MarkParity;
+    case base::SerialSettings::Parity::kSpace:
+      return QSerialPort::SpaceParity;
+    case base::SerialSettings::Parity::kNone:
+      break;
+  }
+  return QSerialPort::NoParity;
+}
+
+QSerialPort::StopBits QtStopBits(const base::SerialSettings& settings) {
+  switch (settings.stop_bits) {
+    case base::SerialSettings::StopBits::kTwo:
+      return QSerialPort::TwoStop;
+    case base::SerialSettings::StopBits::kOneAndHalf:
+#ifdef Q_OS_WIN
+      return QSerialPort::OneAndHalfStop;
+#else
+      // The hardware sends 1.5 for "two stop bits" with five data bits, and knows no 1.5 otherwise.
+      if (settings.data_bits == 5) return QSerialPort::TwoStop;
+      throw base::Failure("1.5 stop bits go with 5 data bits only on this system");
+#endif
+    case base::SerialSettings::StopBits::kOne:
+      break;
+  }
+  return QSerialPort::OneStop;
+}
+
+QSerialPort::DataBits QtDataBits(std::int32_t bits) {
+  if (bits < 5) throw base::Failure("this system's serial ports have no 4 data bits, choose 5 to 8");
+  return static_cast<QSerialPort::DataBits>(bits);
+}
+
+QSerialPort::FlowControl QtFlowControl(std::int32_t handshaking) {
+  if (handshaking == kNoHandshaking) return QSerialPort::NoFlowControl;
+  return handshaking == kXonXoff ? QSerialPort::SoftwareControl : QSerialPort::HardwareControl;
+}
+
+// Qt has either kind of handshaking, not both.
+bool AddXonXoff(const QSerialPort& port) {
+#ifdef Q_OS_WIN
+  DCB control = {};
+  if (!::GetCommState(port.handle(), &control)) return false;
+  control.fInX = control.fOutX = TRUE;
+  return ::SetCommState(port.handle(), &control) != 0;
+#else
+  termios control = {};
+  if (::tcgetattr(port.handle(), &control) != 0) return false;
+  control.c_iflag |= IXON | IXOFF;
+  return ::tcsetattr(port.handle(), TCSANOW, &control) == 0;
+#endif
+}
+
+// A device that was unplugged reads as an endless stream of nothing.
+bool HasHungUp(const QSerialPort& port) {
+#ifdef Q_OS_WIN
+  return false;  // QSerialPort sees it by itself
+#else
+  pollfd state = {port.handle(), POLLIN, 0};
+  return ::poll(&state, 1, 0) == 1 && (state.revents & (POLLHUP | POLLERR)) != 0;
+#endif
+}
+
+std::string WhatToDo(QSerialPort::SerialPortError error) {
+  switch (error) {
+    case QSerialPort::DeviceNotFoundError:
+      return "plug the adapter in, or name the device (--serial-device)";
+    case QSerialPort::PermissionError:
+      return "close the program that uses it, or join the group that owns it (dialout)";
+    default:
+      return "check the device and the settings";
+  }
+}
+
+}  // namespace
+
+QtSerialPort::QtSerialPort(Report report)
+    : report_(std::move(report)),
+      on_comm_(std::make_shared<const OnComm>()),
+      port_(std::make_unique<QSerialPort>()) {
+  connect(port_.get(), &QSerialPort::readyRead, this, &QtSerialPort::OnReadyRead);
+  connect(port_.get(), &QSerialPort::errorOccurred, this, [this](QSerialPort::SerialPortError error) {
+    if (error == QSerialPort::ResourceError) QueueLoss();
+  });
+  connect(&line_check_, &QTimer::timeout, this, &QtSerialPort::CheckLine);
+}
+
+QtSerialPort::~QtSerialPort() {
+  port_->disconnect();
+  port_->close();
+}
+
+void QtSerialPort::SetDevice(std::int32_t number, const std::string& path) {
+  device_number_ = number;
+  device_ = path;
+}
+
+std::string QtSerialPort::Device() const {
+  if (!device_.empty() && device_number_ == port_number_) return device_;
+#ifdef Q_OS_WIN
+  return "COM" + std::to_string(port_number_);
+#else
+  return "/dev/ttyS" + std::to_string(port_number_ - 1);
+#endif
+}
+
+void QtSerialPort::SetSettings(const std::string& settings) {
+  const base::SerialSettings read = base::ReadSerialSettings(settings);
+  if (IsOpen()) Apply(read);
+  settings_ = settings;
+}
+
+void QtSerialPort::SetHandshaking(std::int32_t code) {
+  if (code < kNoHandshaking || code > kXonXoffAndRts) {
+    throw base::Failure("Handshaking " + std::to_string(code) +
+                        " is unknown: 0 none, 1 Xon/Xoff, 2 RTS, 3 Xon/RTS");
+  }
+  handshaking_ = code;
+  if (IsOpen()) Apply(base::ReadSerialSettings(settings_));
+}
+
+bool QtSerialPort::IsOpen() const { return port_->isOpen(); }
+
+void QtSerialPort::Apply(const base::SerialSettings& settings) {
+  const bool applied =
+      port_->setBaudRate(settings.speed) && port_->setDataBits(QtDataBits(settings.data_bits)) &&
+      port_->setParity(QtParity(settings.parity)) && port_->setStopBits(QtStopBits(settings)) &&
+      port_->setFlowControl(QtFlowControl(handshaking_)) &&
+      (handshaking_ != kXonXoffAndRts || AddXonXoff(*port_));
+  if (!applied) throw base::Failure("the driver refuses the settings: " + port_->errorString().toStdString());
+}
+
+void QtSerialPort::Open() {
+  if (IsOpen()) return;
+  const std::string device = Device();
+  const auto refuse = [&](const std::string& why) {
+    port_->close();
+    throw base::Failure("Serial port COM" + std::to_string(port_number_) + " (" + device +
+                        ") cannot be opened: " + why);
+  };
+  port_->setPortName(QString::fromStdString(device));
+  port_->setReadBufferSize(kReceiveLimit);
+  if (!port_->open(QIODevice::ReadWrite)) {
+    refuse(port_->errorString().toStdString() + "; " + WhatToDo(port_->error()));
+  }
+  try {
+    Apply(base::ReadSerialSettings(settings_));
+  } catch (const base::Failure& failure) {
+    refuse(failure.Description());
+  }
+  ++opening_;
+  LineErrors::Counters counters;
+  if (LineErrors::Query(static_cast<int>(port_->handle()), counters)) {
+    line_errors_.Start(counters);
+    line_check_.start(kLineCheckInterval);
+  }
+}
+
+void QtSerialPort::Close() {
+  line_check_.stop();
+  receive_queued_ = false;
+  if (port_->isOpen()) port_->close();
+}
+
+base::ByteBuffer QtSerialPort::Read() {
+  const QByteArray bytes = port_->isOpen() ? port_->readAll() : QByteArray();
+  return base::ByteBuffer(base::ByteView(reinterpret_cast<const std::uint8_t*>(bytes.constData()),
+                                         static_cast<std::size_t>(bytes.size())));
+}
+
+void QtSerialPort::Write(base::ByteView bytes) {
+  if (!port_->isOpen()) return;
+  if (port_->bytesToWrite() > kTransmitLimit) {
+    Raise(protocol::CommEvent::kTransmitBufferFull);
+    return;
+  }
+  port_->write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
+  port_->flush();
+}
+
+// Qt announces no new bytes from inside its own read handler, so the event is queued: a handler that waits
+// must not hide what comes next.
+void QtSerialPort::OnReadyRead() {
+  if (HasHungUp(*port_)) {
+    QueueLoss();
+    return;
+  }
+  if (std::exchange(receive_queued_, true)) return;
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        if (std::exchange(receive_queued_, false)) Raise(protocol::CommEvent::kReceive);
+      },
+      Qt::QueuedConnection);
+}
+
+void QtSerialPort::QueueLoss() {
+  QMetaObject::invokeMethod(
+      this,
+      [this, opening = opening_] {
+        if (opening == opening_) LoseDevice();
+      },
+      Qt::QueuedConnection);
+}
+
+void QtSerialPort::LoseDevice() {
+  if (!port_->isOpen()) return;
+  Close();
+  report_("Serial device " + Device() + " was lost: plug it in again, then open the port");
+  Raise(protocol::CommEvent::kDcbError);
+}
+
+void QtSerialPort::CheckLine() {
+  LineErrors::Counters counters;
+  if (!port_->isOpen() || !LineErrors::Query(static_cast<int>(port_->handle()), counters)) return;
+  for (const protocol::CommEvent event : line_errors_.Since(counters)) Raise(event);
+}
+
+void QtSerialPort::Raise(protocol::CommEvent event) {
+  const auto on_comm = on_comm_;  // the handler may be replaced inside itself
+  if (*on_comm) (*on_comm)(event);
+}
+
+}  // namespace korval::platform

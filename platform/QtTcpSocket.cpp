@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: MIT
+#include "platform/QtTcpSocket.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include <QHostInfo>
+#include <QNetworkInterface>
+#include <QTcpServer>
+#include <QTimer>
+
+#include "base/Failure.h"
+
+namespace korval::platform {
+namespace {
+
+constexpr std::chrono::seconds kAcceptPause{1};
+
+class Listener : public QTcpServer {
+ public:
+  explicit Listener(std::function<void(qintptr)> on_incoming) : on_incoming_(std::move(on_incoming)) {}
+
+ protected:
+  void incomingConnection(qintptr descriptor) override { on_incoming_(descriptor); }
+
+ private:
+  std::function<void(qintptr)> on_incoming_;
+};
+
+// A socket for both families sees IPv4 clients in IPv6 clothes.
+QHostAddress Plain(const QHostAddress& address) {
+  bool is_ipv4 = false;
+  const QHostAddress ipv4(address.toIPv4Address(&is_ipv4));
+  return is_ipv4 ? ipv4 : address;
+}
+
+std::string AddressText(const QHostAddress& address) { return Plain(address).toString().toStdString(); }
+
+bool IsEveryAddress(const QHostAddress& address) {
+  return address == QHostAddress(QHostAddress::Any) || address == QHostAddress(QHostAddress::AnyIPv4) ||
+         address == QHostAddress(QHostAddress::AnyIPv6);
+}
+
+std::string FirstOwnAddress() {
+  for (const QHostAddress& address : QNetworkInterface::allAddresses()) {
+    if (!address.isLoopback() && address.protocol() == QAbstractSocket::IPv4Protocol)
+      return AddressText(address);
+  }
+  return "127.0.0.1";
+}
+
+std::string WhatToDo(QAbstractSocket::SocketError error) {
+  switch (error) {
+    case QAbstractSocket::AddressInUseError:
+      return "stop the program that uses it, or choose another port (--tcp-port)";
+    case QAbstractSocket::SocketAccessError:
+      return "ports below 1024 need special rights; choose a higher one (--tcp-port)";
+    case QAbstractSocket::SocketAddressNotAvailableError:
+      return "choose an address of this machine (--listen)";
+    default:
+      return "check the address and the port (--listen, --tcp-port)";
+  }
+}
+
+}  // namespace
+
+QtTcpSocket::QtTcpSocket(QHostAddress address, Subnets allowed, Report report)
+    : address_(std::move(address)),
+      allowed_(std::move(allowed)),
+      report_(std::move(report)),
+      events_(std::make_shared<const Events>()),
+      server_(std::make_unique<Listener>([this](qintptr descriptor) { OnIncoming(descriptor); })) {
+  // Qt stops accepting for good when the process has no descriptor left for a moment.
+  connect(server_.get(), &QTcpServer::acceptError, this, [this] {
+    QTimer::singleShot(kAcceptPause, server_.get(), [this] { server_->resumeAccepting(); });
+  });
+}
+
+QtTcpSocket::~QtTcpSocket() = default;
+
+void QtTcpSocket::SetLocalPort(std::uint16_t port) {
+  if (port != port_) kept_port_ = 0;
+  port_ = port;
+}
+
+void QtTcpSocket::Listen() {
+  const std::uint16_t port = port_ == 0 ? kept_port_ : port_;
+  if (server_->isListening() && server_->serverPort() == port) return;
+  server_->close();
+  if (!server_->listen(address_, port)) {
+    throw base::Failure("TCP port " + std::to_string(port) + " on " +
+                        (IsEveryAddress(address_) ? "all addresses" : AddressText(address_)) +
+                        " cannot be opened: " + server_->errorString().toStdString() + "; " +
+                        WhatToDo(server_->serverError()));
+  }
+  if (port_ == 0) kept_port_ = server_->serverPort();
+}
+
+bool QtTcpSocket::IsAllowed(const QHostAddress& client) const {
+  return allowed_.isEmpty() || std::any_of(allowed_.begin(), allowed_.end(),
+                                           [&](const auto& subnet) { return client.isInSubnet(subnet); });
+}
+
+void QtTcpSocket::OnIncoming(qintptr descriptor) {
+  auto connection = std::make_unique<TcpConnection>(descriptor);
+  const QHostAddress client = Plain(connection->RemoteAddress());
+  if (!IsAllowed(client)) {
+    Tell("Client " + AddressText(client) + " refused, it is not allowed (--allow)");
+    return;
+  }
+  if (requests_.size() >= kRequestLimit) return;
+  const RequestId request = ++last_request_;
+  requests_[request] = std::move(connection);
+  // Announced from the event loop, for a handler that waits must not hold up the accepting of others.
+  QMetaObject::invokeMethod(
+      this, [this, request] { Announce(request); }, Qt::QueuedConnection);
+}
+
+void QtTcpSocket::Announce(RequestId request) {
+  if (!requests_.contains(request)) return;
+  const auto events = events_;
+  if (events->on_connection_request) events->on_connection_request(request);
+}
+
+bool QtTcpSocket::Accept(RequestId request) {
+  auto found = requests_.extract(request);
+  if (found.empty() || found.mapped()->HasLeft()) return false;
+  DropClient();
+  client_ = std::move(found.mapped());
+  client_->Watch([this] { OnReadable(); });
+  return true;
+}
+
+void QtTcpSocket::OnReadable() {
+  if (client_->Read(received_) == TcpConnection::End::kClosed) {
+    CloseByEvent();
+    return;
+  }
+  if (received_.Length() > kReceiveQueueLimit) {
+    Tell("Client " + RemoteHostIp() + " dropped, it sends without waiting for answers");
+    CloseByEvent();
+    return;
+  }
+  if (received_.Empty()) return;
+  const auto events = events_;
+  if (events->on_data_arrival) events->on_data_arrival();
+}
+
+void QtTcpSocket::Send(base::ByteView bytes) {
+  if (!client_ || client_->Write(bytes, kSendQueueLimit)) return;
+  Tell("Client " + RemoteHostIp() + " dropped, it does not read its answers");
+  DropClient();
+  close_owed_ = true;
+  // Whoever sends does not expect an event meanwhile.
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        if (close_owed_) CloseByEvent();
+      },
+      Qt::QueuedConnection);
+}
+
+void QtTcpSocket::CloseByEvent() {
+  DropClient();
+  const auto events = events_;
+  if (events->on_close) events->on_close();
+}
+
+void QtTcpSocket::DropClient() {
+  client_.reset();
+  received_.Clear();
+  close_owed_ = false;
+}
+
+void QtTcpSocket::Disconnect() { DropClient(); }
+
+void QtTcpSocket::Close() {
+  DropClient();
+  server_->close();
+  requests_.clear();
+}
+
+void QtTcpSocket::Tell(const std::string& text) const {
+  if (report_) report_(text);
+}
+
+protocol::TcpSocket::State QtTcpSocket::CurrentState() const {
+  if (client_) return State::kConnected;
+  return server_->isListening() ? State::kListening : State::kClosed;
+}
+
+std::string QtTcpSocket::LocalHostName() const { return QHostInfo::localHostName().toStdString(); }
+
+std::string QtTcpSocket::LocalIp() const {
+  if (client_) return AddressText(client_->LocalAddress());
+  return IsEveryAddress(address_) ? FirstOwnAddress() : AddressText(address_);
+}
+
+std::uint16_t QtTcpSocket::LocalPort() const {
+  return server_->isListening() ? server_->serverPort() : kept_port_;
+}
+
+std::string QtTcpSocket::RemoteHostIp() const {
+  return client_ ? AddressText(client_->RemoteAddress()) : std::string();
+}
+
+std::uint16_t QtTcpSocket::RemotePort() const { return client_ ? client_->RemotePort() : std::uint16_t{0}; }
+
+}  // namespace korval::platform

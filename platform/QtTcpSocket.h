@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <QHostAddress>
+#include <QList>
+#include <QObject>
+#include <QPair>
+
+#include "platform/TcpConnection.h"
+#include "protocol/TcpSocket.h"
+
+class QTcpServer;
+
+namespace korval::platform {
+
+/// The server socket: listens with Qt Network and serves the client on its bare descriptor. It may be
+/// destroyed inside any of its own events.
+class QtTcpSocket : public QObject, public protocol::TcpSocket {
+ public:
+  using Subnets = QList<QPair<QHostAddress, int>>;
+  using Report = std::function<void(const std::string&)>;
+
+  /// Replies that a client leaves unread: above this many bytes it is dropped with a close event.
+  static constexpr std::size_t kSendQueueLimit = 1024 * 1024;
+  /// Clients that wait to be announced: above this many, newcomers are turned away.
+  static constexpr std::size_t kRequestLimit = 64;
+
+  /// Listens on `address`. Only clients of `allowed` are let in, when it is not empty; `report` is told of
+  /// each that is turned away or dropped for its behaviour.
+  explicit QtTcpSocket(QHostAddress address, Subnets allowed = {}, Report report = {});
+  ~QtTcpSocket() override;
+
+  void SetEvents(Events events) override { events_ = std::make_shared<const Events>(std::move(events)); }
+  void SetLocalPort(std::uint16_t port) override;
+  void Listen() override;
+  bool Accept(RequestId request) override;
+  void Disconnect() override;
+  void Close() override;
+  State CurrentState() const override;
+  base::ByteBuffer Receive() override { return std::exchange(received_, {}); }
+  void Send(base::ByteView bytes) override;
+
+  std::string Name() const override { return "tcpServer"; }
+  std::string LocalHostName() const override;
+  /// The client's end of it when there is one, else the address listened on.
+  std::string LocalIp() const override;
+  std::uint16_t LocalPort() const override;
+  /// Always empty: looking the name up could hold up the test bench.
+  std::string RemoteHost() const override { return {}; }
+  std::string RemoteHostIp() const override;
+  std::uint16_t RemotePort() const override;
+
+ private:
+  void OnIncoming(qintptr descriptor);
+  bool IsAllowed(const QHostAddress& client) const;
+  void Announce(RequestId request);
+  void OnReadable();
+  void CloseByEvent();
+  void DropClient();
+  void Tell(const std::string& text) const;
+
+  QHostAddress address_;
+  Subnets allowed_;
+  Report report_;
+  std::shared_ptr<const Events> events_;  // held by whoever is inside one
+  std::unique_ptr<QTcpServer> server_;
+  std::uint16_t port_ = 0;
+  std::uint16_t kept_port_ = 0;  // the one that port 0 has found
+  RequestId last_request_ = 0;
+  std::map<RequestId, std::unique_ptr<TcpConnection>> requests_;  // not yet accepted
+  std::unique_ptr<TcpConnection> client_;
+  base::ByteBuffer received_;
+  bool close_owed_ = false;  // the client was dropped, and its close event is under way
+};
+
+}  // namespace korval::platform

@@ -1,0 +1,252 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/Failure.h"
+#include "host/control/ServerControl.h"
+#include "host/trace/TextTerminal.h"
+#include "tests/support/FakePower.h"
+#include "tests/support/FakeSerialPort.h"
+#include "tests/support/FakeSession.h"
+#include "tests/support/FakeStatusView.h"
+#include "tests/support/FakeTcpSocket.h"
+#include "tests/support/ManualEventLoop.h"
+#include "tests/support/MemorySettings.h"
+#include "tests/support/RecordingListView.h"
+
+namespace korval::host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using tests::CallLog;
+
+constexpr char kBanner[] = "Korval Asap server V1.3.0.5\r\n";
+
+// Refuses every settings string and handshaking code.
+class RefusingSerialPort : public tests::FakeSerialPort {
+ public:
+  using FakeSerialPort::FakeSerialPort;
+  void SetSettings(const std::string& settings) override { throw base::Failure("bad settings " + settings); }
+};
+
+class ServerControlTest : public ::testing::Test {
+ protected:
+  ServerControlTest() {
+    parts.loop = std::make_shared<tests::ManualEventLoop>();
+    parts.terminal = terminal;
+    parts.status = status;
+    parts.files = files;
+    parts.data = data;
+    parts.message_box = std::make_shared<tests::FakeMessageBox>(log);
+    parts.settings = settings;
+    parts.power = std::make_shared<tests::FakePower>(log);
+    parts.tcp_server = tcp;
+    parts.serial_port = serial;
+    parts.create_session = [this] { return session; };
+    parts.application_folder = "/opt/korval";
+  }
+
+  std::shared_ptr<ServerControl> Started() {
+    auto control = ServerControl::Create(parts);
+    EXPECT_TRUE(control->Initialise());
+    control->Show();
+    return control;
+  }
+
+  std::string Trace() const { return terminal->Text(); }
+
+  CallLog log;
+  ControlParts parts;
+  std::shared_ptr<TextTerminal> terminal = std::make_shared<TextTerminal>();
+  std::shared_ptr<tests::FakeStatusView> status = std::make_shared<tests::FakeStatusView>();
+  std::shared_ptr<tests::RecordingListView> files = std::make_shared<tests::RecordingListView>();
+  std::shared_ptr<tests::RecordingListView> data = std::make_shared<tests::RecordingListView>();
+  std::shared_ptr<tests::MemorySettings> settings = std::make_shared<tests::MemorySettings>();
+  std::shared_ptr<tests::FakeTcpSocket> tcp = std::make_shared<tests::FakeTcpSocket>(log);
+  std::shared_ptr<tests::FakeSerialPort> serial = std::make_shared<tests::FakeSerialPort>(log);
+  std::shared_ptr<tests::FakeSession> session = std::make_shared<tests::FakeSession>();
+};
+
+const base::ByteBuffer kInit{0x00, 0x06, 0x00, 0x02, 0x00, 0x08};
+const base::ByteBuffer kExit{0x00, 0x06, 0x00, 0x32, 0x00, 0x38};
+
+TEST_F(ServerControlTest, InitialiseEmptiesTheTerminalAndTracesTheBannerFirst) {
+  terminal->ReplaceSelection("left over");
+  const auto control = ServerControl::Create(parts);
+  EXPECT_TRUE(control->Initialise());
+  EXPECT_EQ(Trace(), kBanner);
+  EXPECT_EQ(status->session_status, "Status: Idle");
+  EXPECT_EQ(status->panels["Status"], "Wait init");
+  EXPECT_FALSE(control->Console().DebugTrace());
+  EXPECT_THAT(log, Not(::testing::Contains("listen")));
+}
+
+TEST_F(ServerControlTest, InitialiseAppliesTheStoredSettings) {
+  settings->user = {{"KorvalAsapServer/Properties/Settings", "19200,e,7,2"},
+                    {"KorvalAsapServer/Properties/CommPort", "4"},
+                    {"KorvalAsapServer/Properties/Handshaking", "2"},
+                    {"KorvalAsapServer/Properties/tcpipPort", "2345"}};
+  const auto control = Started();
+  EXPECT_EQ(serial->Settings(), "19200,e,7,2");
+  EXPECT_EQ(serial->PortNumber(), 4);
+  EXPECT_EQ(serial->Handshaking(), 2);
+  EXPECT_THAT(Trace(), HasSubstr("Init WinSock : port=2345\r\n"));
+}
+
+TEST_F(ServerControlTest, WithoutSettingsThePortIsTwoAndTcpIs1001) {
+  const auto control = Started();
+  EXPECT_EQ(serial->PortNumber(), 2);
+  EXPECT_EQ(serial->Settings(), "9600,n,8,1");
+  EXPECT_THAT(Trace(), HasSubstr("Init WinSock : port=1001\r\n"));
+  EXPECT_FALSE(serial->IsOpen());
+}
+
+TEST_F(ServerControlTest, ACommPortThatIsNoNumberLeavesThePortAsItIs) {
+  settings->user["KorvalAsapServer/Properties/CommPort"] = "two";
+  const auto control = Started();
+  EXPECT_EQ(serial->PortNumber(), 1);
+}
+
+TEST_F(ServerControlTest, RefusedSerialSettingsEndTheStartWithAMessageBoxAndNoBanner) {
+  settings->user["KorvalAsapServer/Properties/Settings"] = "nonsense";
+  parts.serial_port = std::make_shared<RefusingSerialPort>(log);
+  const auto control = ServerControl::Create(parts);
+  EXPECT_FALSE(control->Initialise());
+  EXPECT_THAT(log, ElementsAre("box bad settings nonsense"));
+  EXPECT_EQ(Trace(), "");
+}
+
+TEST_F(ServerControlTest, AHandshakingThatIsNoNumberEndsTheStart) {
+  settings->user["KorvalAsapServer/Properties/Handshaking"] = "RTS";
+  const auto control = ServerControl::Create(parts);
+  EXPECT_FALSE(control->Initialise());
+  ASSERT_EQ(log.size(), 1U);
+  EXPECT_THAT(log[0], HasSubstr("Handshaking 'RTS'"));
+}
+
+TEST_F(ServerControlTest, ShowOpensTheSerialPortWhenAutoOpenIsSet) {
+  settings->user["KorvalAsapServer/Properties/comAutoStart"] = "-1";
+  const auto control = Started();
+  EXPECT_TRUE(serial->IsOpen());
+  EXPECT_THAT(Trace(), HasSubstr("- Open com port\r\n"));
+  EXPECT_TRUE(status->connected);
+  EXPECT_EQ(status->panels["ConnectTime"], "00:00:00 ");
+  EXPECT_EQ(status->panels["Settings"], "COM2 Settings: 9600,n,8,1");
+}
+
+TEST_F(ServerControlTest, ShowRaisesWhenTheTcpPortCannotBeOpened) {
+  tcp->listen_failure = "port in use";
+  const auto control = ServerControl::Create(parts);
+  EXPECT_TRUE(control->Initialise());
+  EXPECT_THROW(control->Show(), base::Failure);
+}
+
+TEST_F(ServerControlTest, InitOpensTheSessionAndExitClosesIt) {
+  const auto control = Started();
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  EXPECT_EQ(control->Session(), session);
+  EXPECT_THAT(session->log, ElementsAre("Language=en", HasSubstr("errors.xml"), "Port=COM7"));
+  EXPECT_EQ(status->session_status, "Status: Init");
+  session->log.clear();
+  tcp->Arrive(kExit);
+  EXPECT_EQ(control->Session(), nullptr);
+  EXPECT_THAT(session->log, ElementsAre("Close", "Port="));
+  EXPECT_EQ(status->session_status, "Status: Idle");
+}
+
+TEST_F(ServerControlTest, TheServerFolderIsTheInstallLocation) {
+  settings->machine = {{"QOR/DoNotUseWeb", "1"}, {"QOR/InstallFolder", "/opt/host"}};
+  const auto control = Started();
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  EXPECT_THAT(Trace(), HasSubstr("Create diagnosis object\r\n  Server = /opt/host\r\n"));
+  EXPECT_THAT(session->log, ::testing::Contains("ErrorsFile=/opt/host/errors.xml"));
+}
+
+TEST_F(ServerControlTest, ResetAllTracesItsStepsAndReopensBothTransports) {
+  settings->user["KorvalAsapServer/Properties/comAutoStart"] = "1";
+  const auto control = Started();
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  session->log.clear();
+  log.clear();
+  terminal->DropFirst(terminal->Length());
+  control->ResetAll();
+  EXPECT_EQ(
+      Trace(),
+      "Reset All\r\n- Close tcpip server\r\n- Close RS232 comm port\r\n- Reinit diagnostique session\r\n"
+      "- Open tcpip server\r\nInit WinSock : port=1001\r\n          > LocalHostName=bench\r\n"
+      "          > LocalIP=127.0.0.1\r\n          > LocalPort=1001\r\n- Open com port\r\n");
+  EXPECT_THAT(log, ElementsAre("close", "close", "listen", "open", "raw bytes"));
+  EXPECT_THAT(session->log, ElementsAre("Close", "Port="));
+  EXPECT_EQ(status->session_status, "Status: Idle");
+}
+
+TEST_F(ServerControlTest, ResetAllGoesOnWhenATransportCannotBeClosed) {
+  const auto control = Started();
+  tcp->close_failure = "socket stuck";
+  serial->close_failure = "port stuck";
+  control->ResetAll();
+  EXPECT_THAT(Trace(),
+              HasSubstr("- Close tcpip server\r\n     close tcpip server error : socket stuck\r\n"
+                        "- Close RS232 comm port\r\n     close RS232 comm port error : port stuck\r\n"
+                        "- Reinit diagnostique session\r\n- Open tcpip server\r\n"));
+  tcp->close_failure.clear();
+  serial->close_failure.clear();
+}
+
+TEST_F(ServerControlTest, ResetAllTracesAPortThatCannotBeReopened) {
+  const auto control = Started();
+  tcp->listen_failure = "port in use";
+  control->ResetAll();
+  EXPECT_THAT(Trace(), HasSubstr("- Open tcpip server\r\nInit WinSock error : port in use\r\n"));
+}
+
+TEST_F(ServerControlTest, AHostSessionIsUsedAndNeverClosed) {
+  const auto control = Started();
+  const auto host_session = std::make_shared<tests::FakeSession>();
+  control->SetSession(host_session);
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  EXPECT_EQ(control->Session(), host_session);
+  tcp->Arrive(kExit);
+  control->SetSession(host_session);
+  control->ResetAll();
+  control->SetSession(host_session);
+  control->Terminate();
+  EXPECT_EQ(control->Session(), nullptr);
+  EXPECT_TRUE(host_session->log.empty());
+}
+
+TEST_F(ServerControlTest, TerminateClosesEverythingInOrder) {
+  const auto control = Started();
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  log.clear();
+  session->log.clear();
+  control->Terminate();
+  EXPECT_THAT(log, ElementsAre("close", "close"));
+  EXPECT_FALSE(tcp->IsListening());
+  EXPECT_THAT(session->log, ElementsAre("Close", "Port="));
+}
+
+TEST_F(ServerControlTest, MayBeLetGoInsideOneOfItsOwnEvents) {
+  auto control = Started();
+  tcp->Connect();
+  const std::weak_ptr<ServerControl> watch = control;
+  session->on_set_port = [&](const std::string& port) {
+    if (port != "COM7") return;
+    control->Terminate();
+    control.reset();
+    EXPECT_FALSE(watch.expired()) << "the event under way holds it";
+  };
+  tcp->Arrive(kInit);
+  EXPECT_TRUE(watch.expired());
+  EXPECT_TRUE(tcp->TakeSent().empty());
+}
+
+}  // namespace
+}  // namespace korval::host

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "QtTest.h"
+#include "base/Failure.h"
+#include "platform/QSettingsStore.h"
+#include "tests/support/TempFolder.h"
+
+namespace korval::platform {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+std::string Rest(std::istream& stream) { return {std::istreambuf_iterator<char>(stream), {}}; }
+
+class QSettingsStoreTest : public QtTest {
+ protected:
+  std::unique_ptr<QSettingsStore> Open(const std::string& user = "user.ini") {
+    return std::make_unique<QSettingsStore>(QString::fromStdString(folder_.Path(user)),
+                                            QString::fromStdString(folder_.Path("machine.ini")),
+                                            [this](const std::string& text) { reports_.push_back(text); });
+  }
+  std::string Content(const std::string& name) const {
+    std::ifstream file(folder_.Path(name), std::ios::binary);
+    return Rest(file);
+  }
+
+  tests::TempFolder folder_;
+  std::vector<std::string> reports_;
+};
+
+TEST_F(QSettingsStoreTest, HasNothingWhenThereAreNoFiles) {
+  const auto store = Open();
+  EXPECT_EQ(store->Read("KorvalAsapServer/Properties/tcpipPort"), std::nullopt);
+  EXPECT_EQ(store->ReadMachineWide("QOR/DoNotUseWeb"), std::nullopt);
+  EXPECT_THAT(reports_, IsEmpty());
+  EXPECT_FALSE(std::filesystem::exists(folder_.Path("user.ini")));
+}
+
+TEST_F(QSettingsStoreTest, ReadsWhatWasWrittenByHand) {
+  folder_.Write("user.ini",
+                "; the bench in hall 3\n"
+                "[KorvalAsapServer]\nProperties\\Settings=9600,n,8,1\nProperties\\tcpipPort = 1002\n"
+                "Properties\\AsapFolder=/srv/pr\xC3\xBC"
+                "fstand\n[QOR]\nGeneral\\CommPort=CAN:socketcan:can0\n"
+                "Hardware\\InstanceName=\n");
+  folder_.Write("machine.ini", "[QOR]\nDoNotUseWeb=\"1 \"\nInstallFolder=/opt/qor\n");
+  const auto store = Open();
+  EXPECT_EQ(store->Read("KorvalAsapServer/Properties/Settings"), "9600,n,8,1");
+  EXPECT_EQ(store->Read("KorvalAsapServer/Properties/tcpipPort"), "1002");
+  EXPECT_EQ(store->Read("KorvalAsapServer/Properties/AsapFolder"),
+            "/srv/pr\xC3\xBC"
+            "fstand");
+  EXPECT_EQ(store->Read("QOR/General/CommPort"), "CAN:socketcan:can0");
+  EXPECT_EQ(store->Read("QOR/Hardware/InstanceName"), "");
+  EXPECT_EQ(store->ReadMachineWide("QOR/DoNotUseWeb"), "1 ");
+  EXPECT_EQ(store->ReadMachineWide("QOR/InstallFolder"), "/opt/qor");
+  EXPECT_EQ(store->ReadMachineWide("QOR/General/CommPort"), std::nullopt);
+  EXPECT_THAT(reports_, IsEmpty());
+}
+
+TEST_F(QSettingsStoreTest, WritesTheKeysThatPeopleKnow) {
+  Open()->Write("KorvalAsapServer/Properties/tcpipPort", "1002");
+  Open()->Write("QOR/General/CommPort", "SIM");
+  EXPECT_EQ(Content("user.ini"),
+            "[KorvalAsapServer]\nProperties\\tcpipPort=1002\n\n[QOR]\nGeneral\\CommPort=SIM\n");
+}
+
+TEST_F(QSettingsStoreTest, GivesEveryTextBackAsItWasWritten) {
+  for (const char* text : {"9600,E,8,1", "", " blanks ", "C:\\bench\\asap", "a;b#c", "\"quoted\"",
+                           "@Invalid()", "@x", "\xE2\x82\xAC", "100%", "[section]", "a=b"}) {
+    Open()->Write("KorvalAsapServer/Properties/AsapFolder", text);
+    EXPECT_EQ(Open()->Read("KorvalAsapServer/Properties/AsapFolder"), text);
+  }
+}
+
+TEST_F(QSettingsStoreTest, KeepsWhatElseStandsInTheFile) {
+  folder_.Write("user.ini", "[Other]\nKey=value\n");
+  Open()->Write("QOR/General/CommPort", "SIM");
+  EXPECT_THAT(Content("user.ini"), HasSubstr("[Other]\nKey=value\n"));
+}
+
+TEST_F(QSettingsStoreTest, ReplacesTheFileAsAWhole) {
+  folder_.Write("user.ini", "[QOR]\nGeneral\\CommPort=COM3\n");
+  std::ifstream reader(folder_.Path("user.ini"), std::ios::binary);
+  Open()->Write("QOR/General/CommPort", "COM4");
+  EXPECT_EQ(Rest(reader), "[QOR]\nGeneral\\CommPort=COM3\n") << "whoever reads sees the old file to its end";
+  EXPECT_EQ(Content("user.ini"), "[QOR]\nGeneral\\CommPort=COM4\n");
+}
+
+TEST_F(QSettingsStoreTest, RunsOnDefaultsWithADamagedFileAndLeavesItAlone) {
+  const std::string damaged = "[QOR]\nGeneral\\CommPort=COM3\nno key and no value\n";
+  folder_.Write("user.ini", damaged);
+  const auto store = Open();
+  EXPECT_EQ(store->Read("QOR/General/CommPort"), std::nullopt);
+  EXPECT_THROW(store->Write("QOR/General/CommPort", "SIM"), base::Failure);
+  EXPECT_EQ(Content("user.ini"), damaged);
+  ASSERT_EQ(reports_.size(), 1U);
+  EXPECT_THAT(reports_[0], HasSubstr(folder_.Path("user.ini") + " is damaged"));
+}
+
+TEST_F(QSettingsStoreTest, ReportsADamagedMachineWideRecord) {
+  folder_.Write("machine.ini", "DoNotUseWeb\n");
+  EXPECT_EQ(Open()->ReadMachineWide("QOR/DoNotUseWeb"), std::nullopt);
+  ASSERT_EQ(reports_.size(), 1U);
+  EXPECT_THAT(reports_[0], HasSubstr(folder_.Path("machine.ini") + " is damaged"));
+}
+
+TEST_F(QSettingsStoreTest, TakesAnyBytesForASettingsFile) {
+  std::string bytes;
+  for (int i = 0; i < 4096; ++i) bytes.push_back(static_cast<char>(i * 7919 >> 3));
+  folder_.Write("user.ini", bytes);
+  folder_.Write("machine.ini", "[" + bytes);
+  const auto store = Open();
+  EXPECT_EQ(store->Read("QOR/General/CommPort"), std::nullopt);
+  EXPECT_EQ(store->ReadMachineWide("QOR/DoNotUseWeb"), std::nullopt);
+}
+
+TEST_F(QSettingsStoreTest, ReportsAFileThatCannotBeWrittenOnce) {
+  folder_.Write("file", "");
+  const auto store = Open("file/user.ini");
+  EXPECT_THROW(store->Write("QOR/General/CommPort", "SIM"), base::Failure);
+  EXPECT_THROW(store->Write("QOR/General/CommPort", "SIM"), base::Failure);
+  EXPECT_EQ(store->Read("QOR/General/CommPort"), "SIM") << "holds for this run";
+  ASSERT_EQ(reports_.size(), 1U);
+  EXPECT_THAT(reports_[0], HasSubstr(folder_.Path("file/user.ini") + " cannot be read or written"));
+}
+
+TEST_F(QSettingsStoreTest, WritesAgainOnceTheFileCanBeWritten) {
+  folder_.Write("file", "");
+  const auto store = Open("file/user.ini");
+  EXPECT_THROW(store->Write("QOR/General/CommPort", "COM3"), base::Failure);
+  std::filesystem::remove(folder_.Path("file"));
+  EXPECT_NO_THROW(store->Write("QOR/General/CommPort", "COM4"));
+  EXPECT_EQ(Content("file/user.ini"), "[QOR]\nGeneral\\CommPort=COM4\n");
+}
+
+TEST_F(QSettingsStoreTest, KeepsTheSettingsOfAPersonBelowTheConfigurationFolder) {
+  qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(folder_.Path("config")));
+  const std::string machine = folder_.Path("machine.ini");
+  QSettingsStore store({}, QString::fromStdString(machine), [](const std::string&) {});
+  store.Write("QOR/General/CommPort", "SIM");
+  qunsetenv("XDG_CONFIG_HOME");
+  EXPECT_EQ(Content("config/Korval/Korval.ini"), "[QOR]\nGeneral\\CommPort=SIM\n");
+}
+
+}  // namespace
+}  // namespace korval::platform
