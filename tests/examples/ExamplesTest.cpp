@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: MIT
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/XmlFile.h"
+#include "ecu/session/Session.h"
+#include "model/KorvAsapFile.h"
+#include "tests/support/ManualEventLoop.h"
+
+namespace korval::tests {
+namespace {
+
+using std::chrono::milliseconds;
+using ::testing::Contains;
+using ::testing::HasSubstr;
+
+constexpr char kDescriptions[] = KORVAL_EXAMPLES "/asap";
+constexpr char kEcuFiles[] = KORVAL_EXAMPLES "/ecu";
+
+struct SelectedSection {
+  std::string file;
+  std::string section;
+};
+
+void PrintTo(const SelectedSection& selected, std::ostream* out) {
+  *out << selected.file << " " << selected.section;
+}
+
+/// The examples on the simulated ECU, with a clock that the test turns.
+class ExamplesTest : public ::testing::Test {
+ protected:
+  std::shared_ptr<viator3::Ecu> Select(const std::string& description, const std::string& section) {
+    file_ = std::make_unique<model::KorvAsapFile>(model::Folders{kDescriptions, kEcuFiles}, description,
+                                                  section, 0, 1);
+    file_->ReadDescriptionFile();
+    session_->OfferEcuFile(file_->KorvFileName(), file_->TakeEcuDocument());
+    if (const std::string messaging = file_->GetAutoCanFile(); !messaging.empty()) {
+      session_->EcuByFunction("CAN")->LoadMessaging(messaging);
+    }
+    return session_->EcuByFunction(file_->KorvFunction());
+  }
+  std::shared_ptr<viator3::InstanceObject> ByName(const std::shared_ptr<viator3::Ecu>& ecu) {
+    auto instance = session_->CreateInstance("qor4inst." + file_->BinaryFile());
+    instance->SetProtocol(ecu);
+    instance->SetNameResolver([this](const std::string& name) { return file_->KorvDataName(name); });
+    return instance;
+  }
+  std::vector<std::string> ShortNames() const {
+    const base::XmlDocument description =
+        base::LoadXmlFile(std::string(kDescriptions) + "/" + file_->DescriptionFile());
+    std::vector<std::string> names;
+    for (const pugi::xml_node& section : description->child("xml").children("ecu")) {
+      if (section.attribute("name").value() != file_->BinaryFile()) continue;
+      for (const pugi::xml_node& data : section.children("data"))
+        names.emplace_back(data.attribute("shortname").value());
+    }
+    return names;
+  }
+  double Number(viator3::InstanceObject& instance, const std::string& name) {
+    return instance.Get(name).ToDouble().value();
+  }
+
+  ManualEventLoop loop_;
+  std::shared_ptr<viator3::Session> session_ = MakeSession(loop_);
+  std::unique_ptr<model::KorvAsapFile> file_;
+};
+
+class SectionTest : public ExamplesTest, public ::testing::WithParamInterface<SelectedSection> {};
+
+TEST_P(SectionTest, EveryShortNameLeadsToAnItemOfTheEcuFile) {
+  Select(GetParam().file, GetParam().section);
+  const std::vector<std::string> names = ShortNames();
+  EXPECT_FALSE(names.empty());
+  for (const std::string& name : names) EXPECT_TRUE(file_->IsDataExist(name)) << name;
+}
+
+TEST_P(SectionTest, EveryItemOfEveryAnswerHasAValue) {
+  const auto ecu = Select(GetParam().file, GetParam().section);
+  for (const auto& request : ecu->RequestList()) {
+    request->Execute();
+    for (const auto& item : request->Data()) EXPECT_FALSE(item->Value().IsEmpty()) << item->Name();
+  }
+}
+
+TEST_P(SectionTest, EveryShortNameIsReadByName) {
+  const auto instance = ByName(Select(GetParam().file, GetParam().section));
+  for (const std::string& name : ShortNames()) EXPECT_FALSE(instance->Get(name).IsEmpty()) << name;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SectionTest,
+                         ::testing::Values(SelectedSection{"engine.xml", "ENGINE"},
+                                           SelectedSection{"engine.xml", "ENGINE_SHORT"},
+                                           SelectedSection{"abs.xml", "ABS"}));
+
+TEST_F(ExamplesTest, TheEngineHasTheNamesThatTheDocumentsUse) {
+  Select("engine.xml", "ENGINE");
+  for (const char* name : {"Speed", "Coolant", "Throttle", "Battery", "Torque", "Lambda", "IdleSpeed"})
+    EXPECT_TRUE(file_->IsDataExist(name)) << name;
+}
+
+TEST_F(ExamplesTest, EngineValuesStayPlausibleForAMinute) {
+  struct Range {
+    const char* name;
+    double least;
+    double most;
+  };
+  const auto instance = ByName(Select("engine.xml", "ENGINE"));
+  for (int step = 0; step < 120; ++step) {
+    for (const Range& range : std::vector<Range>{{"Speed", 850, 4200},
+                                                 {"Coolant", 88, 93},
+                                                 {"Throttle", 2, 96},
+                                                 {"Battery", 13.7, 13.9},
+                                                 {"Torque", -18, 240},
+                                                 {"Lambda", 0.969, 1.031}}) {
+      const double value = Number(*instance, range.name);
+      EXPECT_GE(value, range.least) << range.name;
+      EXPECT_LE(value, range.most) << range.name;
+    }
+    loop_.Advance(milliseconds(500));
+  }
+}
+
+TEST_F(ExamplesTest, EngineSpeedRisesAndFalls) {
+  const auto instance = ByName(Select("engine.xml", "ENGINE"));
+  std::vector<double> speeds;
+  for (int step = 0; step < 24; ++step) {
+    speeds.push_back(Number(*instance, "Speed"));
+    loop_.Advance(milliseconds(500));
+  }
+  bool rises = false;
+  bool falls = false;
+  for (std::size_t i = 1; i < speeds.size(); ++i) {
+    rises = rises || speeds[i] > speeds[i - 1];
+    falls = falls || speeds[i] < speeds[i - 1];
+  }
+  EXPECT_TRUE(rises);
+  EXPECT_TRUE(falls);
+}
+
+TEST_F(ExamplesTest, WhatIsWrittenIsReadBack) {
+  const auto instance = ByName(Select("engine.xml", "ENGINE"));
+  EXPECT_EQ(Number(*instance, "IdleSpeed"), 850);
+  instance->Set("IdleSpeed", 900.0F);
+  instance->Set("SpeedLimit", 120.0F);
+  instance->Set("TorqueCorr", -7.5F);
+  instance->Set("Limiter", 1.0F);
+  instance->Set("Workshop", "AB-12");
+  instance->Set("FanTest", 2.0F);
+  EXPECT_EQ(Number(*instance, "IdleSpeed"), 900);
+  EXPECT_EQ(Number(*instance, "SpeedLimit"), 120);
+  EXPECT_EQ(Number(*instance, "TorqueCorr"), -7.5);
+  EXPECT_EQ(instance->Get("Limiter"), base::Variant(true));
+  EXPECT_EQ(instance->Get("Workshop"), base::Variant("AB-12"));
+  EXPECT_EQ(Number(*instance, "FanTest"), 2);
+}
+
+TEST_F(ExamplesTest, AnIdleSpeedOutOfRangeIsRefused) {
+  const auto instance = ByName(Select("engine.xml", "ENGINE"));
+  for (const float speed : {590.0F, 1240.0F}) {
+    try {
+      instance->Set("IdleSpeed", speed);
+      ADD_FAILURE() << speed;
+    } catch (const base::Failure& failure) {
+      EXPECT_EQ(failure.Number(), 2012);
+    }
+  }
+}
+
+TEST_F(ExamplesTest, IdentificationAnswersHoldTheirTexts) {
+  const auto instance = ByName(Select("engine.xml", "ENGINE"));
+  EXPECT_EQ(instance->Get("PartNumber"), base::Variant("04E906023A"));
+  EXPECT_EQ(instance->Get("SoftwareDate"), base::Variant(std::int32_t{20251107}));
+  EXPECT_EQ(instance->Get("Calibration"), base::Variant("A517C042"));
+  EXPECT_EQ(instance->Get("Vin"), base::Variant("ZZZKORV0000000001"));
+}
+
+TEST_F(ExamplesTest, UnitsOfTheAnsiFileAreReadAsCharacters) {
+  const auto ecu = Select("engine.xml", "ENGINE");
+  EXPECT_EQ(ecu->FindAnswerItem("CoolantTemp")->Unit(), "°C");
+  EXPECT_EQ(ecu->FindAnswerItem("InjectionTime")->Unit(), "µs");
+  EXPECT_EQ(ecu->FindAnswerItem("InjectedQuantity")->Unit(), "mm³");
+  EXPECT_EQ(ecu->FindAnswerItem("EngineTorque")->Unit(), "N·m");
+  EXPECT_EQ(ecu->FindAnswerItem("AlcoholContent")->Unit(), "‰");
+}
+
+TEST_F(ExamplesTest, TheEngineFileIsStoredInAnsi) {
+  std::ifstream file(std::string(kEcuFiles) + "/engine.xml", std::ios::binary);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_THAT(text, HasSubstr("encoding=\"windows-1252\""));
+  EXPECT_THAT(text, HasSubstr("Unit=\"\xB0"
+                              "C\""));
+}
+
+TEST_F(ExamplesTest, FiveTroubleCodesComeInTwoAnswers) {
+  const auto ecu = Select("engine.xml", "ENGINE");
+  base::ByteBuffer answer;
+  ecu->Send(base::ByteBuffer::FromHex("17FF00"), answer);
+  EXPECT_EQ(answer.ToHex(),
+            "5705"
+            "011660"
+            "0171A0"
+            "030020");
+  ecu->Send(base::ByteBuffer::FromHex("17FFFF"), answer);
+  EXPECT_EQ(answer.ToHex(),
+            "5705"
+            "042024"
+            "1602E0");
+}
+
+TEST_F(ExamplesTest, TheBrakeFileLoadsItsCanMessaging) {
+  const auto ecu = Select("abs.xml", "ABS");
+  EXPECT_TRUE(session_->MessagingLoaded());
+  EXPECT_EQ(ecu->Protocol(), "DiagOnCAN");
+  EXPECT_EQ(ByName(ecu)->Get("SerialNumber"), base::Variant("ABS00017"));
+}
+
+}  // namespace
+}  // namespace korval::tests
