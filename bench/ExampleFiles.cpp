@@ -44,7 +44,7 @@ std::string DescriptionFile(int items) {
   return text + "  </ecu>\n</xml>\n";
 }
 
-std::string EcuFile(int items, int per_request) {
+std::string EcuFile(int items, int per_request, int moving) {
   std::string text =
       "<?xml version=\"1.0\"?>\n<xml xmlns:qor=\"urn:korval:ecu\">\n  <qor:Target>\n"
       "  <Function Name=\"BENCH\" Ecu=\"Bench\" Protocol=\"KWP2000\"/>\n  <Requests>\n";
@@ -53,7 +53,7 @@ std::string EcuFile(int items, int per_request) {
   text +=
       "  </Requests>\n  </qor:Target>\n  <Simulation>\n    <Answer Request=\"2180\" "
       "Response=\"6180414243\"/>\n";
-  for (int i = 0; i < items; i += 10)
+  for (int i = 0; i < items; i += items / moving)
     text += "    <Signal Item=\"" + ItemName(i) +
             "\" Wave=\"sine\" Min=\"0\" Max=\"9000\" PeriodMs=\"10000\"/>\n";
   return text + "  </Simulation>\n</xml>\n";

@@ -23,6 +23,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int kRounds = 30;
 constexpr int kItems = 50000;
 constexpr int kItemsARequest = 100;
+constexpr int kMovingItems = 50;
 constexpr int kDescribedItems = 100;
 constexpr double kLimit = 2.0;
 
@@ -49,7 +50,7 @@ double SelectOnce(const bench::AsapClient& client) {
 int Main() {
   const tests::TempFolder folder;
   folder.Write("description.xml", bench::DescriptionFile(kDescribedItems));
-  folder.Write("bench.xml", bench::EcuFile(kItems, kItemsARequest));
+  folder.Write("bench.xml", bench::EcuFile(kItems, kItemsARequest, kMovingItems));
   const std::string path = folder.Path("bench.xml");
   const bench::BenchServer server(folder.Path(), folder.Path());
   const bench::AsapClient client(server.Port());

@@ -158,14 +158,17 @@ class Runner {
     const std::vector<TroubleCode> codes = ReadTroubleCodes(client_, lun_);
     if (!options_.json)
       std::cout << (codes.empty() ? "no trouble codes" : "code   hex   status") << std::endl;
-    for (const TroubleCode& code : codes) {
-      const base::ByteBuffer bytes{static_cast<std::uint8_t>(code.code >> 8),
-                                   static_cast<std::uint8_t>(code.code)};
-      const std::string hex = bytes.ToHex();
-      const std::string status = base::ByteBuffer{code.status}.ToHex();
-      Print(CodeText(code.code) + "  " + hex + "  " + status,
-            JsonLine().Add("code", CodeText(code.code)).Add("hex", hex).Add("status", status));
-    }
+    for (const TroubleCode& code : codes) PrintTroubleCode(code);
+  }
+
+  void PrintTroubleCode(const TroubleCode& code) const {
+    const std::string hex =
+        base::ByteBuffer{static_cast<std::uint8_t>(code.code >> 8), static_cast<std::uint8_t>(code.code)}
+            .ToHex();
+    const std::string status = base::ByteBuffer{code.status}.ToHex();
+    std::string text = CodeText(code.code);
+    text.append("  ").append(hex).append("  ").append(status);
+    Print(text, JsonLine().Add("code", CodeText(code.code)).Add("hex", hex).Add("status", status));
   }
 
   void RawRequest() {

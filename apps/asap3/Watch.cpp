@@ -24,19 +24,25 @@ using std::chrono::milliseconds;
 /// Waits until a moment, or until somebody stops it for good.
 class Pause {
  public:
+  Pause() {
+    timer_.setSingleShot(true);
+    timer_.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&timer_, &QTimer::timeout, &loop_, &QEventLoop::quit);
+  }
   void Stop() {
     stopped_ = true;
     loop_.quit();
   }
   bool IsStopped() const { return stopped_; }
   void Until(Clock::time_point moment) {
-    const auto left = std::chrono::ceil<milliseconds>(moment - Clock::now());
-    QTimer::singleShot(std::max(left, milliseconds(0)), Qt::PreciseTimer, &loop_, &QEventLoop::quit);
-    if (!stopped_) loop_.exec();
+    if (stopped_) return;
+    timer_.start(std::max(std::chrono::ceil<milliseconds>(moment - Clock::now()), milliseconds(0)));
+    loop_.exec();
   }
 
  private:
   QEventLoop loop_;
+  QTimer timer_;
   bool stopped_ = false;
 };
 

@@ -60,16 +60,18 @@ bool IsPossible(const ItemDescription& item) {
 // The fraction of whole numbers with the smallest power of ten that gives exactly this step.
 void SetStep(ItemDescription& item, double step) {
   static constexpr double kWholeNumbersEnd = 9007199254740992;  // 2^53
-  for (double denominator = 1; denominator <= 1E15; denominator *= 10) {
+  static constexpr int kMostDecimals = 15;
+  item.numerator = step;
+  double denominator = 1;
+  for (int decimals = 0; decimals <= kMostDecimals; ++decimals) {
     const double numerator = std::round(step * denominator);
-    if (std::abs(numerator) >= kWholeNumbersEnd) break;
-    if (numerator / denominator == step) {
+    if (std::abs(numerator) < kWholeNumbersEnd && numerator / denominator == step) {
       item.numerator = numerator;
       item.denominator = denominator;
       return;
     }
+    denominator *= 10;
   }
-  item.numerator = step;
 }
 
 std::vector<ItemDescription::NamedValue> ReadTexts(const pugi::xml_node& node) {
@@ -121,7 +123,8 @@ std::optional<base::ByteBuffer> BytesAttribute(const pugi::xml_node& node, const
   }
 }
 
-// A wrong number would show wrong values, so an item with one is left out, and only an absent one has a default.
+// A wrong number would show wrong values, so an item with one is left out, and only an absent one has a
+// default.
 std::optional<ItemDescription> ReadDataItem(const pugi::xml_node& node) {
   const auto coding = CodingOf(node.attribute("Coding").value());
   const auto little_endian = IsLittleEndian(node.attribute("ByteOrder").value());
@@ -130,7 +133,8 @@ std::optional<ItemDescription> ReadDataItem(const pugi::xml_node& node) {
   const auto bits = PlaceAttribute(node, "BitsCount", 8, kLongestMessage * 8);
   const auto step = ScaleAttribute(node, "Step", 1);
   const auto offset = ScaleAttribute(node, "Offset", 0);
-  if (!coding || !little_endian || !first_byte || !bit_offset || !bits || !step || !offset) return std::nullopt;
+  if (!coding || !little_endian || !first_byte || !bit_offset || !bits || !step || !offset)
+    return std::nullopt;
   ItemDescription item;
   item.name = node.attribute("Name").value();
   if (item.name.empty() || *first_byte == 0 || *step == 0) return std::nullopt;

@@ -97,8 +97,9 @@ SimulationDescription ReadSimulation(const pugi::xml_node& node) {
   for (const pugi::xml_node& signal : node.children("Signal"))
     simulation.signals.push_back(ReadSignal(signal));
   for (const pugi::xml_node& dtc : node.children("Dtc")) {
-    simulation.dtcs.push_back(
-        {static_cast<std::uint16_t>(HexAttribute(dtc, "Code").value_or(0)), ByteAttribute(dtc, "Status", 0)});
+    const auto code = HexAttribute(dtc, "Code");
+    if (!code || *code > 0xFFFF) continue;
+    simulation.dtcs.push_back({static_cast<std::uint16_t>(*code), ByteAttribute(dtc, "Status", 0)});
   }
   for (const pugi::xml_node& answer : node.children("Answer")) {
     auto request = BytesAttribute(answer, "Request");

@@ -131,7 +131,10 @@ struct Range {
 Range RawRange(const ItemDescription& item) {
   const auto bits = static_cast<int>(item.bits);
   if (item.coding == Coding::kSigned) return {-std::ldexp(1.0, bits - 1), std::ldexp(1.0, bits - 1) - 1};
-  if (item.coding == Coding::kBcd) return {0, std::pow(10.0, std::ceil(bits / 4.0)) - 1};
+  if (item.coding == Coding::kBcd) {
+    const double first_digit = std::min(9.0, std::ldexp(1.0, bits % 4) - 1);  // the one that is cut
+    return {0, (first_digit + 1) * std::pow(10.0, bits / 4) - 1};
+  }
   return {0, std::ldexp(1.0, bits) - 1};
 }
 
@@ -150,12 +153,12 @@ std::uint64_t RawBits(const ItemDescription& item, double raw) {
 }
 
 void EncodeFloat(const ItemDescription& item, double value, base::ByteBuffer& message, bool clamp) {
+  const double largest = item.bits == 32 ? static_cast<double>(std::numeric_limits<float>::max())
+                                         : std::numeric_limits<double>::max();
+  if (clamp) value = std::clamp(value, -largest, largest);
+  if (!(std::abs(value) <= largest)) Refuse(item, "too large for its float");
   if (item.bits == 64) return SetBitsOf(item, std::bit_cast<std::uint64_t>(value), message);
-  static constexpr double kLargest = std::numeric_limits<float>::max();
-  if (clamp) value = std::clamp(value, -kLargest, kLargest);
-  const auto single = Variant(value).ToSingle();
-  if (!single) Refuse(item, "too large for a float of 32 bits");
-  SetBitsOf(item, std::bit_cast<std::uint32_t>(*single), message);
+  SetBitsOf(item, std::bit_cast<std::uint32_t>(static_cast<float>(value)), message);
 }
 
 void EncodeNumber(const ItemDescription& item, double value, base::ByteBuffer& message, bool clamp) {

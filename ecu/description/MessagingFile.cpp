@@ -45,7 +45,8 @@ void ReadFrame(const pugi::xml_node& node, MessagingFile& file) {
 
 MessagingFile LoadMessagingFile(const std::string& path) {
   if (std::filesystem::path(path).extension() == ".dbc") {
-    throw base::Failure("CAN messaging file " + path + ": DBC files cannot be read yet, give an XML messaging file");
+    throw base::Failure("CAN messaging file " + path +
+                        ": DBC files cannot be read yet, give an XML messaging file");
   }
   const base::XmlDocument document = base::LoadXmlFile(path);
   const pugi::xml_node messaging = document->child("xml").child("messaging");

@@ -8,7 +8,7 @@ namespace korval::ecu {
 
 using Milliseconds = std::chrono::milliseconds;
 
-/// Timing of the link, ISO 14230-2 clause 5.
+/// Timing of the link, ISO 14230-2 clause 4.4.
 struct Timing {
   Milliseconds p2{50};          ///< P2: longest wait for an answer, 1 to 60000
   Milliseconds p3{55};          ///< P3: shortest silence before the next request, 0 to 60000

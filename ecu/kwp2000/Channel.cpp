@@ -26,10 +26,10 @@ ExchangeTiming TimingOf(const FunctionDescription& function, Milliseconds latenc
 
 // After these nothing is known of the ECU's state: it has to be initialised anew.
 bool IsLinkLost(std::int32_t number) {
-  static constexpr std::array numbers{kLinkLost,           kCanNetworkError,
-                                      kNoAnswer,           kInitialisationRefused,
-                                      kCommunicationEnded, kTesterPresentUnanswered};
-  return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+  static constexpr std::array kNumbers{kLinkLost,           kCanNetworkError,
+                                       kNoAnswer,           kInitialisationRefused,
+                                       kCommunicationEnded, kTesterPresentUnanswered};
+  return std::find(kNumbers.begin(), kNumbers.end(), number) != kNumbers.end();
 }
 
 std::chrono::microseconds DelayUntil(base::TimePoint due, base::TimePoint now) {
@@ -105,7 +105,7 @@ void Channel::Close() {
 std::shared_ptr<Channel::Pending> Channel::Start(base::ByteView request,
                                                  std::function<void(Pending&)> on_done) {
   const base::TimePoint now = loop_->Now();
-  const auto pending = std::make_shared<Pending>(
+  auto pending = std::make_shared<Pending>(
       Pending{Exchange(request, TimingOf(function_, link_->Latency()), now), std::move(on_done), {}, false});
   current_ = pending;
   last_exchange_ = now;

@@ -9,7 +9,7 @@ namespace {
 constexpr std::uint8_t kResponsePending = 0x78;
 constexpr std::size_t kNegativeLength = 3;
 
-// How many bytes behind the service the positive answer repeats, by ISO 14230-3 clauses 7.1 to 7.5 and 8.
+// How many bytes behind the service the positive answer repeats (ISO 14230-3 clauses 7 and 9).
 std::size_t RepeatedBytes(std::uint8_t service) {
   switch (service) {
     case 0x21:  // local identifier

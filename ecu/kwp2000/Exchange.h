@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// One request and its answer, ISO 14230-3 clause 4 at message level. A pure state machine: messages and the
-// time go in, the outcome and a deadline come out.
+// One request and its answer as ISO 14230-3 has them, at message level. A pure state machine: messages and
+// the time go in, the outcome and a deadline come out.
 #pragma once
 
 #include <array>

@@ -16,7 +16,7 @@ constexpr std::string_view kInstancePrefix = "qor4inst.";
 
 }  // namespace
 
-Session::Session(SessionEnvironment environment)
+Session::Session(const SessionEnvironment& environment)
     : host_(std::make_shared<LinkHost>(environment)),
       files_(environment.ecu_folder),
       can_(std::make_shared<CanEcu>(host_->SharedErrors())) {}

@@ -18,7 +18,7 @@ namespace korval::ecu {
 /// an ECU fails with 1000.
 class Session : public viator3::Session {
  public:
-  explicit Session(SessionEnvironment environment);
+  explicit Session(const SessionEnvironment& environment);
   ~Session() override;
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "ecu/session/SessionFactory.h"
 
-#include <utility>
-
 #include "ecu/session/Session.h"
 
 namespace korval::ecu {
 
-std::shared_ptr<viator3::Session> CreateSession(SessionEnvironment environment) {
-  return std::make_shared<Session>(std::move(environment));
+std::shared_ptr<viator3::Session> CreateSession(const SessionEnvironment& environment) {
+  return std::make_shared<Session>(environment);
 }
 
 }  // namespace korval::ecu

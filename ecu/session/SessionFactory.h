@@ -26,6 +26,6 @@ struct SessionEnvironment {
 };
 
 /// A session with no link open yet. Destroying it closes it.
-std::shared_ptr<viator3::Session> CreateSession(SessionEnvironment environment);
+std::shared_ptr<viator3::Session> CreateSession(const SessionEnvironment& environment);
 
 }  // namespace korval::ecu

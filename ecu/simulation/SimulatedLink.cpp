@@ -4,29 +4,23 @@
 #include <utility>
 
 namespace korval::ecu {
-namespace {
-
-constexpr char kDemanded[] = "the simulation was told to fail";
-
-}  // namespace
-
 SimulatedLink::SimulatedLink(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<SimulatedEcu> ecu)
     : loop_(std::move(loop)), ecu_(std::move(ecu)) {}
 
 void SimulatedLink::Connect() {
-  if (const auto fault = ecu_->TakeInitFault()) return events_.on_failure(*fault, kDemanded);
+  if (const auto fault = ecu_->TakeInitFault()) return events_.on_failure(*fault, "");
   events_.on_connected();
 }
 
 void SimulatedLink::Send(base::ByteView message) {
   const SimulatedEcu::Reaction reaction = ecu_->React(message, loop_->Now());
   if (ecu_->Latency().count() == 0) {
-    if (reaction.fault) return events_.on_failure(*reaction.fault, kDemanded);
+    if (reaction.fault) return events_.on_failure(*reaction.fault, "");
     if (!reaction.answer.empty()) events_.on_message(reaction.answer);
     return;
   }
   Deliver([this, fault = reaction.fault, answer = base::ByteBuffer(reaction.answer)] {
-    if (fault) return events_.on_failure(*fault, kDemanded);
+    if (fault) return events_.on_failure(*fault, "");
     if (!answer.Empty()) events_.on_message(answer.View());
   });
 }

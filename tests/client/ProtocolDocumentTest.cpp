@@ -79,7 +79,8 @@ TEST_F(ProtocolDocumentTest, EveryCommandHasARequestAndAReply) {
   for (const Example& example : examples_) {
     (example.is_reply ? replies : requests).insert(ByteBuffer::FromHex(example.hex).Word(2));
   }
-  for (const std::uint16_t command : {2, 3, 12, 13, 14, 15, 19, 20, 50, 114, 115}) {
+  for (const int number : {2, 3, 12, 13, 14, 15, 19, 20, 50, 114, 115}) {
+    const auto command = static_cast<std::uint16_t>(number);
     EXPECT_TRUE(requests.contains(command)) << command;
     EXPECT_TRUE(replies.contains(command)) << command;
   }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -8,8 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/Failure.h"
 #include "base/XmlFile.h"
-#include "ecu/session/Session.h"
+#include "ecu/session/SessionFactory.h"
 #include "model/KorvAsapFile.h"
 #include "tests/support/ManualEventLoop.h"
 
@@ -17,7 +19,6 @@ namespace korval::tests {
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::Contains;
 using ::testing::HasSubstr;
 
 constexpr char kDescriptions[] = KORVAL_EXAMPLES "/asap";
@@ -30,6 +31,15 @@ struct SelectedSection {
 
 void PrintTo(const SelectedSection& selected, std::ostream* out) {
   *out << selected.file << " " << selected.section;
+}
+
+std::shared_ptr<viator3::Session> OpenSession(const std::shared_ptr<base::EventLoop>& loop) {
+  ecu::SessionEnvironment environment;
+  environment.loop = loop;
+  environment.port = "SIM";
+  auto session = ecu::CreateSession(environment);
+  session->SetPort(session->Port());
+  return session;
 }
 
 /// The examples on the simulated ECU, with a clock that the test turns.
@@ -66,8 +76,8 @@ class ExamplesTest : public ::testing::Test {
     return instance.Get(name).ToDouble().value();
   }
 
-  ManualEventLoop loop_;
-  std::shared_ptr<viator3::Session> session_ = MakeSession(loop_);
+  std::shared_ptr<ManualEventLoop> loop_ = std::make_shared<ManualEventLoop>();
+  std::shared_ptr<viator3::Session> session_ = OpenSession(loop_);
   std::unique_ptr<model::KorvAsapFile> file_;
 };
 
@@ -122,7 +132,7 @@ TEST_F(ExamplesTest, EngineValuesStayPlausibleForAMinute) {
       EXPECT_GE(value, range.least) << range.name;
       EXPECT_LE(value, range.most) << range.name;
     }
-    loop_.Advance(milliseconds(500));
+    loop_->Advance(milliseconds(500));
   }
 }
 
@@ -131,7 +141,7 @@ TEST_F(ExamplesTest, EngineSpeedRisesAndFalls) {
   std::vector<double> speeds;
   for (int step = 0; step < 24; ++step) {
     speeds.push_back(Number(*instance, "Speed"));
-    loop_.Advance(milliseconds(500));
+    loop_->Advance(milliseconds(500));
   }
   bool rises = false;
   bool falls = false;

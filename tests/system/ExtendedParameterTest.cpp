@@ -366,6 +366,9 @@ TEST_F(ExtendedParameterTest, ARawRequestThatFailsLeavesNoAnswer) {
   const std::string nothing =
       GetFailure("kwprequest", 1, "Unable to get value, Set parameter before to get value");
   EXPECT_EQ(Set(client, "kwprequest", "2102"), Done());
+  EXPECT_EQ(Set(client, "kwprequest", "1A8"), SetFailure("kwprequest", 1, "Invalid request"));
+  EXPECT_EQ(Get(client, "kwprequest"), nothing);
+  EXPECT_EQ(Set(client, "kwprequest", "2102"), Done());
   EXPECT_EQ(Set(client, "kwprequest", "ZZ"), SetFailure("kwprequest", 1, "Invalid request"));
   EXPECT_EQ(Get(client, "kwprequest"), nothing);
   EXPECT_EQ(Set(client, "kwprequest", "2102"), Done());

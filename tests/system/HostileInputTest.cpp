@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <random>
 
+#include <sys/stat.h>
+
 #include "tests/system/ServerBench.h"
 
 namespace korval::tests {
@@ -258,6 +260,45 @@ TEST_F(HostileInputTest, UrlsThatLeadOutOfTheirFolder) {
     ExpectSelectError(client, "urls.xml", "S" + std::to_string(index));
   ExpectSelectError(client, "can.xml", "MAP");
   ExpectGoodSession(client);
+}
+
+TEST_F(HostileInputTest, WhatIsNoFileIsNotWaitedFor) {
+  ASSERT_EQ(mkfifo(folder_.Path("asap/pipe.xml").c_str(), 0600), 0);
+  ASSERT_EQ(mkfifo(folder_.Path("korv/pipe_ecu.xml").c_str(), 0600), 0);
+  std::filesystem::create_directory(folder_.Path("asap/folder.xml"));
+  WriteDescription("to_pipe.xml", DescriptionFile(Section("MAP", "pipe_ecu.xml", kEngineData)));
+  Start();
+  const RawClient client = Connect();
+  Identify(client);
+  for (const std::string file : {"pipe.xml", "folder.xml", "to_pipe.xml"})
+    ExpectSelectError(client, file, "MAP");
+  ExpectGoodSession(client);
+}
+
+TEST_F(HostileInputTest, AHugeFileIsLoadedAndLetGo) {
+  DataNames data;
+  std::string items;
+  for (int index = 0; index < 50000; ++index) {
+    const std::string name = "Value" + std::to_string(index);
+    data.emplace_back(name, name);
+    items.append("<DataItem Ref=\"1\" FirstByte=\"3\" Name=\"").append(name).append("\"/>");
+  }
+  WritePair("huge",
+            EcuFile("Name=\"HUGE\"",
+                    "<Request Name=\"R\"><Sent Bytes=\"2101\"/><Received MinBytes=\"3\">" + items +
+                        "</Received></Request>",
+                    "<Answer Request=\"2101\" Response=\"61012A\"/>"),
+            data);
+  Start();
+  const RawClient client = Connect();
+  for (int count = 0; count < 3; ++count) {
+    OpenPair(client, "huge");
+    EXPECT_EQ(Hex(client.Ask(GetRequest(1, "Value49999"))),
+              Hex(Reply(kGetParameter, kSuccess, FourReals(42))));
+    Succeed(client, Request(kExit));
+  }
+  ExpectGoodSession(client);
+  StopInOrder();
 }
 
 struct HostileFile {

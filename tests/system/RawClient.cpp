@@ -10,6 +10,7 @@
 #include <arpa/inet.h>
 #include <linux/sockios.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -41,6 +42,9 @@ RawClient::RawClient(const char* own_address, int port)
   const timeval deadline{kDeadline.count(), 0};
   setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &deadline, sizeof deadline);
   setsockopt(socket_, SOL_SOCKET, SO_SNDTIMEO, &deadline, sizeof deadline);
+  // Without it a frame after an unanswered one would wait for the delayed acknowledgement.
+  const int at_once = 1;
+  setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &at_once, sizeof at_once);
   const sockaddr_in own = Address(own_address, 0);
   const sockaddr_in server = Address("127.0.0.1", port);
   if (bind(socket_, reinterpret_cast<const sockaddr*>(&own), sizeof own) == 0 &&

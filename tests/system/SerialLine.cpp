@@ -3,11 +3,14 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -22,20 +25,24 @@ constexpr int kDeadlineMs = 20000;
 
 }  // namespace
 
-SerialLine::SerialLine() : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+SerialLine::SerialLine() : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)), slave_(-1) {
   std::array<char, 128> name{};
   if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0 ||
       ::ptsname_r(master_, name.data(), name.size()) != 0) {
     Fail("no pseudo terminal");
   }
   device_ = name.data();
+  slave_ = ::open(device_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
   termios line{};
-  ::tcgetattr(master_, &line);
+  ::tcgetattr(slave_, &line);
   ::cfmakeraw(&line);
-  ::tcsetattr(master_, TCSANOW, &line);
+  ::tcsetattr(slave_, TCSANOW, &line);
 }
 
-SerialLine::~SerialLine() { Unplug(); }
+SerialLine::~SerialLine() {
+  Unplug();
+  ::close(slave_);
+}
 
 void SerialLine::Unplug() {
   if (master_ >= 0) ::close(master_);
@@ -47,6 +54,16 @@ void SerialLine::Send(std::string_view bytes) const {
     const ssize_t written = ::write(master_, bytes.data(), bytes.size());
     if (written <= 0) Fail("nothing can be sent");
     bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+void SerialLine::WaitUntilTaken() const {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kDeadlineMs);
+  int waiting = 1;
+  while (waiting > 0) {
+    if (::ioctl(slave_, FIONREAD, &waiting) != 0) Fail("the device cannot be asked");
+    if (std::chrono::steady_clock::now() > deadline) Fail("the server does not read");
+    std::this_thread::yield();
   }
 }
 

@@ -23,6 +23,8 @@ class SerialLine {
   /// Exactly one frame, by its length word.
   std::string Receive() const;
   std::string Ask(std::string_view request) const;
+  /// Waits until the server has taken everything that was sent.
+  void WaitUntilTaken() const;
   /// Whether bytes have come that nobody has received.
   bool HasInput() const;
   /// Pulls the cable: the server's device is gone.
@@ -32,6 +34,7 @@ class SerialLine {
   std::string ReceiveBytes(std::size_t count) const;
 
   int master_;
+  int slave_;  // open for a look at what the server has not taken yet
   std::string device_;
 };
 

@@ -22,13 +22,14 @@ class SerialSessionTest : public ServerBench {
     server_->WaitFor("close WinSock");
   }
 
-  // What was sent on the line before has been taken by the server once it answers this.
+  // Once the server answers this its start is complete, the line open, and what it read there dealt with.
   void Settle() const {
     const RawClient client = Connect();
     EXPECT_EQ(StatusOf(client.Ask(HarmlessRequest())), kSuccess);
   }
 
-  // The same without a frame: the frame buffer is shared, and one over TCP destroys what the line brought.
+  // Gives the server time for what the line brought, without a frame: the buffer is shared, and a frame over
+  // TCP would destroy the first half of one on the line.
   void SettleWithoutFrame() {
     Connect().Close();
     server_->WaitFor("close WinSock");
@@ -105,7 +106,8 @@ TEST_F(SerialSessionTest, GarbageBeforeAFrameCostsThatFrameAndNotTheNext) {
 TEST_F(SerialSessionTest, ALengthOfZeroEmptiesTheBufferAtOnce) {
   StartOnLine();
   line_.Send(FromHex("00 00"));
-  Settle();
+  line_.WaitUntilTaken();
+  Settle();  // a frame that came with the two bytes would be dropped with them
   ExpectAnswer();
   StopInOrder();
 }

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/description/EcuDescription.h"
-
 #include <string>
 
 #include <gmock/gmock.h>
@@ -8,6 +6,7 @@
 
 #include "base/Failure.h"
 #include "base/XmlFile.h"
+#include "ecu/description/EcuDescription.h"
 #include "ecu/description/ErrorNumbers.h"
 
 namespace korval::ecu {
@@ -19,10 +18,12 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 std::shared_ptr<const EcuDescription> Load(const std::string& content) {
-  return EcuDescription::Load(base::LoadXmlText("<xml xmlns:qor='urn:korval:ecu'>" + content + "</xml>", "ecu"));
+  return EcuDescription::Load(
+      base::LoadXmlText("<xml xmlns:qor='urn:korval:ecu'>" + content + "</xml>", "ecu"));
 }
 
-std::shared_ptr<const EcuDescription> LoadTarget(const std::string& function, const std::string& requests = "") {
+std::shared_ptr<const EcuDescription> LoadTarget(const std::string& function,
+                                                 const std::string& requests = "") {
   return Load("<qor:Target>" + function + "<Requests>" + requests + "</Requests></qor:Target>");
 }
 
@@ -62,7 +63,7 @@ TEST(EcuDescriptionTest, FunctionByDefaultAndWithUnusableAttributes) {
        {"<Function Name='ENGINE'/>",
         "<Function Name='ENGINE' Address='100' Tester='XY' Init='?' Baud='0' RequestId='' Session='1FF' "
         "KeepAliveMs='-1' P2Ms='0' P3Ms='x' P4Ms='99999' StMinMs='128' BlockSize='256'/>"}) {
-    const FunctionDescription& function = LoadTarget(element)->Function();
+    const FunctionDescription function = LoadTarget(element)->Function();
     EXPECT_EQ(function.ecu, "ENGINE") << element;
     EXPECT_EQ(function.protocol, "KWP2000") << element;
     EXPECT_EQ(function.address, 0x10) << element;
@@ -92,11 +93,12 @@ TEST(EcuDescriptionTest, FileWithoutFunctionIsRefused) {
 }
 
 TEST(EcuDescriptionTest, RequestsInTheOrderOfTheFile) {
-  const auto ecu = LoadTarget("<Function Name='F'/>",
-                              "<Request Name='READ'><Sent Bytes='21 01'/><Received MinBytes='7'>"
-                              "<DataItem Name='A' FirstByte='3'/><DataItem Name='B' FirstByte='4' Unit='V'/></Received>"
-                              "</Request><Request Name='WRITE'><Sent Bytes='3b1000'><DataItem Name='C' FirstByte='3'/>"
-                              "</Sent></Request>");
+  const auto ecu =
+      LoadTarget("<Function Name='F'/>",
+                 "<Request Name='READ'><Sent Bytes='21 01'/><Received MinBytes='7'>"
+                 "<DataItem Name='A' FirstByte='3'/><DataItem Name='B' FirstByte='4' Unit='V'/></Received>"
+                 "</Request><Request Name='WRITE'><Sent Bytes='3b1000'><DataItem Name='C' FirstByte='3'/>"
+                 "</Sent></Request>");
   ASSERT_THAT(ecu->Requests(), SizeIs(2));
   const RequestDescription& read = ecu->Requests()[0];
   EXPECT_EQ(read.name, "READ");
@@ -124,24 +126,26 @@ TEST(EcuDescriptionTest, SecondTargetAddsItsRequestsAndTheFirstFunctionServes) {
 class UnusableItemTest : public testing::TestWithParam<const char*> {};
 
 TEST_P(UnusableItemTest, IsLeftOut) {
-  const auto ecu = LoadTarget("<Function Name='F'/>", "<Request Name='R'><Sent Bytes='2101'/><Received><DataItem " +
-                                                          std::string(GetParam()) +
-                                                          "/><DataItem Name='Good' FirstByte='3'/></Received></Request>");
+  const auto ecu =
+      LoadTarget("<Function Name='F'/>", "<Request Name='R'><Sent Bytes='2101'/><Received><DataItem " +
+                                             std::string(GetParam()) +
+                                             "/><DataItem Name='Good' FirstByte='3'/></Received></Request>");
   EXPECT_THAT(Names(ecu->Requests().at(0).Received()), ElementsAre("Good"));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, UnusableItemTest,
     testing::Values("FirstByte='3'", "Name='' FirstByte='3'", "Name='X'", "Name='X' FirstByte='0'",
-                    "Name='X' FirstByte='-1'", "Name='X' FirstByte='4096'", "Name='X' FirstByte='99999999999999999999'",
-                    "Name='X' FirstByte='three'", "Name='X' FirstByte='3' BitsCount='0'",
-                    "Name='X' FirstByte='3' BitsCount='-8'", "Name='X' FirstByte='3' BitsCount='65'",
-                    "Name='X' FirstByte='3' BitsCount='1000000000'",
+                    "Name='X' FirstByte='-1'", "Name='X' FirstByte='4096'",
+                    "Name='X' FirstByte='99999999999999999999'", "Name='X' FirstByte='three'",
+                    "Name='X' FirstByte='3' BitsCount='0'", "Name='X' FirstByte='3' BitsCount='-8'",
+                    "Name='X' FirstByte='3' BitsCount='65'", "Name='X' FirstByte='3' BitsCount='1000000000'",
                     "Name='X' FirstByte='3' BitsCount='1000000000' Coding='bytes'",
                     "Name='X' FirstByte='4095' BitsCount='16'", "Name='X' FirstByte='3' BitsCount='eight'",
                     "Name='X' FirstByte='3' BitOffset='8'", "Name='X' FirstByte='3' BitOffset='-1'",
                     "Name='X' FirstByte='3' Step='wide'", "Name='X' FirstByte='3' Offset=''",
-                    "Name='X' FirstByte='3' ByteOrder='middle'", "Name='X' FirstByte='3' Step='0'", "Name='X' FirstByte='3' Coding='gray'",
+                    "Name='X' FirstByte='3' ByteOrder='middle'", "Name='X' FirstByte='3' Step='0'",
+                    "Name='X' FirstByte='3' Coding='gray'",
                     "Name='X' FirstByte='3' BitsCount='24' Coding='float'",
                     "Name='X' FirstByte='3' BitsCount='12' Coding='ascii'",
                     "Name='X' FirstByte='3' BitOffset='4' BitsCount='16' Coding='bytes'",
@@ -150,39 +154,44 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(EcuDescriptionTest, LengthOfAnAnswerThatIsNoNumberAsksForOneByte) {
   for (const char* length : {"many", "-1", "0", "4096", "1000000000"}) {
-    const auto ecu = LoadTarget("<Function Name='F'/>", "<Request Name='R'><Sent Bytes='2101'/><Received MinBytes='" +
-                                                            std::string(length) + "'/></Request>");
+    const auto ecu =
+        LoadTarget("<Function Name='F'/>", "<Request Name='R'><Sent Bytes='2101'/><Received MinBytes='" +
+                                               std::string(length) + "'/></Request>");
     EXPECT_EQ(ecu->Requests().at(0).min_bytes, 1U) << length;
   }
 }
 
 TEST(EcuDescriptionTest, TextWithoutANumberIsLeftOut) {
-  const auto ecu = LoadTarget("<Function Name='F'/>",
-                              "<Request Name='R'><Received><DataItem Name='A' FirstByte='3'><Text Value='x'>bad</Text>"
-                              "<Text>bad</Text><Text Value='7'>seven</Text></DataItem></Received></Request>");
+  const auto ecu =
+      LoadTarget("<Function Name='F'/>",
+                 "<Request Name='R'><Received><DataItem Name='A' FirstByte='3'><Text Value='x'>bad</Text>"
+                 "<Text>bad</Text><Text Value='7'>seven</Text></DataItem></Received></Request>");
   const auto& texts = ecu->Requests().at(0).Received().at(0).texts;
   EXPECT_THAT(texts, ElementsAre(Field(&ItemDescription::NamedValue::text, "seven")));
 }
 
 TEST(EcuDescriptionTest, RequestWithoutUsableBytesSendsNothingAndOneWithoutNameIsLeftOut) {
-  const auto ecu = LoadTarget("<Function Name='F'/>",
-                              "<Request Name='A'><Sent Bytes='2'/></Request><Request Name='B'><Sent Bytes='ZZ'/></Request>"
-                              "<Request Name='C'/><Request><Sent Bytes='2101'/></Request>");
+  const auto ecu =
+      LoadTarget("<Function Name='F'/>",
+                 "<Request Name='A'><Sent Bytes='2'/></Request><Request Name='B'><Sent Bytes='ZZ'/></Request>"
+                 "<Request Name='C'/><Request><Sent Bytes='2101'/></Request>");
   ASSERT_THAT(ecu->Requests(), SizeIs(3));
   for (const auto& request : ecu->Requests()) EXPECT_TRUE(request.sent.Empty()) << request.name;
 }
 
 TEST(EcuDescriptionTest, BytesThatTheFileLeavesOutAreZeroUpToAKLineMessage) {
-  const auto ecu = LoadTarget("<Function Name='F'/>",
-                              "<Request Name='R'><Sent Bytes='3B10'><DataItem Name='A' FirstByte='3' BitsCount='16'/>"
-                              "<DataItem Name='Far' FirstByte='4000'/></Sent></Request>");
+  const auto ecu =
+      LoadTarget("<Function Name='F'/>",
+                 "<Request Name='R'><Sent Bytes='3B10'><DataItem Name='A' FirstByte='3' BitsCount='16'/>"
+                 "<DataItem Name='Far' FirstByte='4000'/></Sent></Request>");
   EXPECT_EQ(ecu->Requests().at(0).sent.ToHex(), "3B100000");
   EXPECT_THAT(Names(ecu->Requests().at(0).sent_items), ElementsAre("A"));
 }
 
 TEST(EcuDescriptionTest, ReferenceDataInTheOrderOfTheFile) {
   const auto ecu = Load(
-      "<qor:Target><Function Name='F'/><ReferenceData><Item Name='B' Value='1'/><Item Name='A'/></ReferenceData>"
+      "<qor:Target><Function Name='F'/><ReferenceData><Item Name='B' Value='1'/><Item "
+      "Name='A'/></ReferenceData>"
       "</qor:Target>");
   EXPECT_THAT(ecu->ReferenceData(), ElementsAre("B", "A"));
   EXPECT_THAT(LoadTarget("<Function Name='F'/>")->ReferenceData(), IsEmpty());
@@ -191,8 +200,10 @@ TEST(EcuDescriptionTest, ReferenceDataInTheOrderOfTheFile) {
 TEST(EcuDescriptionTest, SimulationAsGiven) {
   const auto ecu = Load(
       "<qor:Target><Function Name='F'/></qor:Target><Simulation LatencyMs='20' DtcPerAnswer='3'>"
-      "<Signal Item='S' Wave='sine' Min='-1.5' Max='2' PeriodMs='100'/><Signal Item='C' Wave='constant' Value='90'/>"
-      "<Dtc Code='1234' Status='A0'/><Answer Request='21 80' Response='6180'/><Answer Request='2181' Response=''/>"
+      "<Signal Item='S' Wave='sine' Min='-1.5' Max='2' PeriodMs='100'/><Signal Item='C' Wave='constant' "
+      "Value='90'/>"
+      "<Dtc Code='1234' Status='A0'/><Answer Request='21 80' Response='6180'/><Answer Request='2181' "
+      "Response=''/>"
       "<Fault Request='READ' Number='2042' Times='2'/><Fault Init='1' Number='1015'/></Simulation>");
   const SimulationDescription& simulation = ecu->Simulation();
   EXPECT_EQ(simulation.latency, Milliseconds(20));

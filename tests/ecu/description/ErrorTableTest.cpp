@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/description/ErrorTable.h"
-
 #include <array>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "ecu/description/ErrorTable.h"
 #include "tests/support/TempFolder.h"
 
 namespace korval::ecu {
@@ -33,8 +32,10 @@ TEST(ErrorTableTest, FileThatComesWithTheServerSaysWhatIsBuiltIn) {
 TEST(ErrorTableTest, TextsOfTheLanguageTakeThePlaceOfTheBuiltInOnes) {
   const tests::TempFolder folder;
   folder.Write("errors.xml",
-               "<errors><error number='2000'><text lang='de'>Keine Antwort</text><text lang='en'>Silence</text></error>"
-               "<error number='2044'><text lang='de'>Neu</text></error><error number='x'><text lang='de'>?</text></error>"
+               "<errors><error number='2000'><text lang='de'>Keine Antwort</text><text "
+               "lang='en'>Silence</text></error>"
+               "<error number='2044'><text lang='de'>Neu</text></error><error number='x'><text "
+               "lang='de'>?</text></error>"
                "<error number='2001'><text lang='en'>No</text></error></errors>");
   ErrorTable table;
   table.SetLanguage("de");

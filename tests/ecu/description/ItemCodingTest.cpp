@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/description/ItemCoding.h"
-
 #include <cstdint>
 #include <limits>
 #include <ostream>
@@ -13,6 +11,7 @@
 #include "base/XmlFile.h"
 #include "ecu/description/AttributeReader.h"
 #include "ecu/description/ErrorNumbers.h"
+#include "ecu/description/ItemCoding.h"
 
 namespace korval::ecu {
 namespace {
@@ -91,18 +90,21 @@ INSTANTIATE_TEST_SUITE_P(
             std::int32_t{0x1234}, "4660"},
         Row{"24 bits, little endian", "FirstByte='1' BitsCount='24' ByteOrder='little'", "563412",
             std::int32_t{0x123456}, "1193046"},
-        Row{"12 bits from a byte's start", "FirstByte='1' BitsCount='12'", "ABC0", std::int32_t{0xABC}, "2748"},
-        Row{"12 bits from a nibble", "FirstByte='1' BitOffset='4' BitsCount='12'", "0ABC", std::int32_t{0xABC},
+        Row{"12 bits from a byte's start", "FirstByte='1' BitsCount='12'", "ABC0", std::int32_t{0xABC},
             "2748"},
+        Row{"12 bits from a nibble", "FirstByte='1' BitOffset='4' BitsCount='12'", "0ABC",
+            std::int32_t{0xABC}, "2748"},
         Row{"3 bits inside a byte", "FirstByte='1' BitOffset='2' BitsCount='3'", "28", std::int32_t{5}, "5"},
         Row{"10 bits over three bytes", "FirstByte='1' BitOffset='7' BitsCount='10'", "01FF80",
             std::int32_t{1023}, "1023"},
-        Row{"largest Int32", "FirstByte='1' BitsCount='32'", "7FFFFFFF", std::int32_t{2147483647}, "2147483647"},
+        Row{"largest Int32", "FirstByte='1' BitsCount='32'", "7FFFFFFF", std::int32_t{2147483647},
+            "2147483647"},
         Row{"one more than Int32", "FirstByte='1' BitsCount='32'", "80000000", 2147483648.0, "2147483648"},
         Row{"64 bits over nine bytes", "FirstByte='1' BitOffset='4' BitsCount='64'", "080000000000000000",
             9223372036854775808.0, "9.223372036854776E+18"},
         Row{"signed byte", "FirstByte='1' Coding='signed'", "FF", std::int32_t{-1}, "-1"},
-        Row{"signed 12 bits", "FirstByte='1' BitsCount='12' Coding='signed'", "8000", std::int32_t{-2048}, "-2048"},
+        Row{"signed 12 bits", "FirstByte='1' BitsCount='12' Coding='signed'", "8000", std::int32_t{-2048},
+            "-2048"},
         Row{"signed word, little endian", "FirstByte='1' BitsCount='16' Coding='signed' ByteOrder='little'",
             "9CFF", std::int32_t{-100}, "-100"},
         Row{"smallest Int32", "FirstByte='1' BitsCount='32' Coding='signed'", "80000000",
@@ -113,13 +115,15 @@ INSTANTIATE_TEST_SUITE_P(
             -9223372036854775808.0, "-9.223372036854776E+18"},
         Row{"scaled", "FirstByte='1' BitsCount='16' Step='0.25'", "0C80", 800.0, "800"},
         Row{"with an offset alone", "FirstByte='1' Offset='-40'", "82", 90.0, "90"},
-        Row{"a step without a binary fraction", "FirstByte='1' BitsCount='16' Step='0.01'", "0562", 13.78, "13.78"},
+        Row{"a step without a binary fraction", "FirstByte='1' BitsCount='16' Step='0.01'", "0562", 13.78,
+            "13.78"},
         Row{"a step above 1", "FirstByte='1' Step='10' Offset='600'", "19", 850.0, "850"},
         Row{"a negative step", "FirstByte='1' Step='-0.5'", "03", -1.5, "-1.5"},
-        Row{"signed and scaled", "FirstByte='1' BitsCount='16' Coding='signed' Step='0.1'", "FF9C", -10.0, "-10"},
+        Row{"signed and scaled", "FirstByte='1' BitsCount='16' Coding='signed' Step='0.1'", "FF9C", -10.0,
+            "-10"},
         Row{"float", "FirstByte='1' BitsCount='32' Coding='float'", "3FC00000", 1.5F, "1.5"},
-        Row{"float, little endian", "FirstByte='1' BitsCount='32' Coding='float' ByteOrder='little'", "0000C03F",
-            1.5F, "1.5"},
+        Row{"float, little endian", "FirstByte='1' BitsCount='32' Coding='float' ByteOrder='little'",
+            "0000C03F", 1.5F, "1.5"},
         Row{"float off the byte's start", "FirstByte='1' BitOffset='4' BitsCount='32' Coding='float'",
             "03FC000000", 1.5F, "1.5"},
         Row{"scaled float", "FirstByte='1' BitsCount='32' Coding='float' Step='2'", "3FC00000", 3.0, "3"},
@@ -129,11 +133,13 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"boolean true", "FirstByte='1' BitOffset='7' BitsCount='1' Coding='boolean'", "01", true, "True"},
         Row{"boolean false", "FirstByte='1' BitsCount='1' Coding='boolean'", "00", false, "False"},
         Row{"ascii", "FirstByte='2' BitsCount='24' Coding='ascii'", "00414243", "ABC", "ABC"},
-        Row{"ascii outside ASCII", "FirstByte='1' BitsCount='16' Coding='ascii'", "B043", "\u00B0C", "\u00B0C"},
+        Row{"ascii outside ASCII", "FirstByte='1' BitsCount='16' Coding='ascii'", "B043", "\u00B0C",
+            "\u00B0C"},
         Row{"bytes", "FirstByte='1' BitsCount='32' Coding='bytes'", "A517C042", "A517C042", "A517C042"},
         Row{"more than 64 bits of bytes", "FirstByte='1' BitsCount='72' Coding='bytes'", "010203040506070809",
             "010203040506070809", "010203040506070809"},
-        Row{"bcd", "FirstByte='1' BitsCount='32' Coding='bcd'", "20260315", std::int32_t{20260315}, "20260315"},
+        Row{"bcd", "FirstByte='1' BitsCount='32' Coding='bcd'", "20260315", std::int32_t{20260315},
+            "20260315"},
         Row{"bcd, little endian", "FirstByte='1' BitsCount='16' Coding='bcd' ByteOrder='little'", "3412",
             std::int32_t{1234}, "1234"},
         Row{"scaled bcd", "FirstByte='1' BitsCount='16' Coding='bcd' Step='0.1'", "1234", 123.4, "123.4"}));
@@ -243,11 +249,15 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"more than the bcd digits", "FirstByte='1' Coding='bcd'", 100},
         Refusal{"more than a cut bcd digit", "FirstByte='1' BitOffset='1' BitsCount='7' Coding='bcd'", 80},
         Refusal{"above 64 bits", "FirstByte='1' BitsCount='64'", 1.9E19},
-        Refusal{"text for a number", "FirstByte='1'", "fast"}, Refusal{"empty text for a number", "FirstByte='1'", ""},
-        Refusal{"no value", "FirstByte='1'", Variant()}, Refusal{"null for ascii", "FirstByte='1' Coding='ascii'", base::Null{}},
+        Refusal{"text for a number", "FirstByte='1'", "fast"},
+        Refusal{"empty text for a number", "FirstByte='1'", ""},
+        Refusal{"no value", "FirstByte='1'", Variant()},
+        Refusal{"null for ascii", "FirstByte='1' Coding='ascii'", base::Null{}},
         Refusal{"not a number", "FirstByte='1'", std::numeric_limits<double>::quiet_NaN()},
-        Refusal{"not a number for a boolean", "FirstByte='1' Coding='boolean'", std::numeric_limits<double>::quiet_NaN()},
-        Refusal{"infinity", "FirstByte='1' BitsCount='64' Coding='float'", std::numeric_limits<double>::infinity()},
+        Refusal{"not a number for a boolean", "FirstByte='1' Coding='boolean'",
+                std::numeric_limits<double>::quiet_NaN()},
+        Refusal{"infinity", "FirstByte='1' BitsCount='64' Coding='float'",
+                std::numeric_limits<double>::infinity()},
         Refusal{"too large for a float", "FirstByte='1' BitsCount='32' Coding='float'", 1E39},
         Refusal{"overflow of the step", "FirstByte='1' BitsCount='64' Coding='float' Step='1E-10'", 1E305},
         Refusal{"text too long", "FirstByte='1' BitsCount='16' Coding='ascii'", "ABC"},

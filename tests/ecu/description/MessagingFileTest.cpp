@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/description/MessagingFile.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "base/Failure.h"
+#include "ecu/description/MessagingFile.h"
 #include "tests/support/TempFolder.h"
 
 namespace korval::ecu {
@@ -18,9 +17,11 @@ MessagingFile Load(const std::string& content, const std::string& name = "messag
 
 TEST(MessagingFileTest, DiagnosticsAndFramesAsGiven) {
   const MessagingFile file = Load(
-      "<xml><messaging Bitrate='250000'><Diagnostic Function='ABS' RequestId='740' ResponseId='760' BlockSize='8' "
+      "<xml><messaging Bitrate='250000'><Diagnostic Function='ABS' RequestId='740' ResponseId='760' "
+      "BlockSize='8' "
       "StMinMs='10' Padding='AA'/><Frame Id='18FEF100' Name='Wheel' CycleMs='10'>"
-      "<DataItem Name='WheelSpeed' FirstByte='1' BitsCount='16' Step='0.01' Unit='km/h'/></Frame></messaging></xml>");
+      "<DataItem Name='WheelSpeed' FirstByte='1' BitsCount='16' Step='0.01' "
+      "Unit='km/h'/></Frame></messaging></xml>");
   EXPECT_EQ(file.bitrate, 250000);
   ASSERT_EQ(file.diagnostics.size(), 1U);
   EXPECT_EQ(file.diagnostics[0].function, "ABS");

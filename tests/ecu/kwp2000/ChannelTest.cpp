@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/kwp2000/Channel.h"
-
 #include <chrono>
 #include <map>
 #include <memory>
@@ -12,6 +10,7 @@
 
 #include "base/Failure.h"
 #include "ecu/description/ErrorNumbers.h"
+#include "ecu/kwp2000/Channel.h"
 #include "tests/support/ManualEventLoop.h"
 
 namespace korval::ecu {
@@ -69,7 +68,8 @@ class ChannelTest : public testing::Test {
   std::shared_ptr<Channel> Open() {
     auto owned = std::make_unique<ScriptedLink>(log);
     link = owned.get();
-    channel = std::make_shared<Channel>(loop, std::move(owned), function, std::make_shared<const ErrorTable>());
+    channel =
+        std::make_shared<Channel>(loop, std::move(owned), function, std::make_shared<const ErrorTable>());
     return channel;
   }
 
@@ -119,7 +119,9 @@ TEST_F(ChannelTest, ReconnectClosesTheLinkFirst) {
 
 TEST_F(ChannelTest, AnswerMayComeLaterAndEventsRunMeanwhile) {
   Open();
-  link->on_send = [this](const std::string&) { loop->At(milliseconds(49), [this] { link->Arrive("6101CD"); }); };
+  link->on_send = [this](const std::string&) {
+    loop->At(milliseconds(49), [this] { link->Arrive("6101CD"); });
+  };
   bool event = false;
   loop->At(milliseconds(10), [&] { event = true; });
   EXPECT_EQ(Request(), 0);
@@ -180,7 +182,8 @@ TEST_F(ChannelTest, PendingKeepsTheWaitOpen) {
 TEST_F(ChannelTest, EcuThatIsForeverPendingIsGivenUp) {
   Open();
   link->on_send = [this](const std::string&) {
-    for (int second = 1; second < 100; ++second) loop->At(seconds(second), [this] { link->Arrive("7F2178"); });
+    for (int second = 1; second < 100; ++second)
+      loop->At(seconds(second), [this] { link->Arrive("7F2178"); });
     link->Arrive("7F2178");
   };
   EXPECT_EQ(Request(), kNoAnswer);
@@ -260,7 +263,8 @@ TEST_F(ChannelTest, RefusedSessionIs2042AndUnansweredOne2000) {
   Open();
   link->answers["1081"] = "7F1012";
   EXPECT_EQ(Request(), kInitialisationRefused);
-  EXPECT_THAT(description, HasSubstr("startDiagnosticSession (10): subFunctionNotSupported-invalidFormat (12)"));
+  EXPECT_THAT(description,
+              HasSubstr("startDiagnosticSession (10): subFunctionNotSupported-invalidFormat (12)"));
   link->answers.erase("1081");
   EXPECT_EQ(Request(), kNoAnswer);
   EXPECT_FALSE(channel->IsConnected());

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/kwp2000/Exchange.h"
-
 #include <chrono>
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "ecu/kwp2000/Exchange.h"
 
 namespace korval::ecu {
 namespace {
@@ -72,8 +72,9 @@ TEST_P(ForeignTest, IsDiscardedWithoutMoreTime) {
 INSTANTIATE_TEST_SUITE_P(Rows, ForeignTest,
                          testing::Values(Row{"2101", "7E"}, Row{"2101", "6102AB"}, Row{"2101", "7F2231"},
                                          Row{"2101", "7F21"}, Row{"2101", "7F"}, Row{"2101", "2101"},
-                                         Row{"3B1000", "7B11"}, Row{"30010700", "7002"}, Row{"22F190", "62F191"},
-                                         Row{"2EF19000", "6EF090"}, Row{"2F1122", "6F1133"}));
+                                         Row{"3B1000", "7B11"}, Row{"30010700", "7002"},
+                                         Row{"22F190", "62F191"}, Row{"2EF19000", "6EF090"},
+                                         Row{"2F1122", "6F1133"}));
 
 TEST(ExchangeTest, OwnAnswerBehindAForeignOneIsTaken) {
   Exchange exchange = Begin("2101");

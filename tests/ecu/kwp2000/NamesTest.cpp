@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/kwp2000/Names.h"
-
 #include <gtest/gtest.h>
+
+#include "ecu/kwp2000/Names.h"
 
 namespace korval::ecu {
 namespace {
