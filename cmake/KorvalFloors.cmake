@@ -10,10 +10,6 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 sees overlaps in optimised string concatenations that are none (its bug 105651).
   target_compile_options(korval_build_flags INTERFACE -Wno-restrict)
 endif()
-if(KORVAL_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # The sanitizers' own code makes GCC see uninitialised values in std::regex; the release build still checks.
-  target_compile_options(korval_build_flags INTERFACE -Wno-maybe-uninitialized)
-endif()
 if(KORVAL_SANITIZE)
   target_compile_options(korval_build_flags INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -2,7 +2,6 @@
 #include "model/KorvAsapFile.h"
 
 #include <utility>
-#include <vector>
 
 #include "base/Failure.h"
 #include "base/FolderPath.h"
@@ -29,25 +28,37 @@ pugi::xml_attribute FunctionName(const pugi::xml_document& ecu_file) {
   return {};
 }
 
-void CollectReferencedItems(const pugi::xml_node& request, std::vector<std::string_view>& names) {
+using NameSet = std::unordered_set<std::string_view>;
+
+// The data items that a section names; a few, where the ECU file may have tens of thousands.
+NameSet NamesOf(const pugi::xml_node& section) {
+  NameSet names;
+  for (const pugi::xml_node& data : section.children("data")) {
+    if (const pugi::xml_attribute name = data.attribute("name")) names.insert(name.value());
+  }
+  return names;
+}
+
+void KeepReferenced(const pugi::xml_node& request, const NameSet& wanted, NameSet& found) {
   for (const pugi::xml_node& received : request.children("Received")) {
     for (const pugi::xml_node& item : received.children("DataItem")) {
       if (std::string_view(item.attribute("Ref").value()) != "1") continue;
-      if (const pugi::xml_attribute name = item.attribute("Name")) names.emplace_back(name.value());
+      const auto name = wanted.find(item.attribute("Name").value());
+      if (name != wanted.end()) found.insert(*name);
     }
   }
 }
 
-// One pass over a file of perhaps 50,000 items; the names stay in the document.
-std::vector<std::string_view> ReferencedItems(const pugi::xml_document& ecu_file) {
-  std::vector<std::string_view> names;
+// Those of the wanted names that stand for a referenced item of an answer.
+NameSet ReferencedItems(const pugi::xml_document& ecu_file, const NameSet& wanted) {
+  NameSet found;
   for (const pugi::xml_node& target : ecu_file.child("xml").children("qor:Target")) {
     for (const pugi::xml_node& requests : target.children("Requests")) {
       for (const pugi::xml_node& request : requests.children("Request"))
-        CollectReferencedItems(request, names);
+        KeepReferenced(request, wanted, found);
     }
   }
-  return names;
+  return found;
 }
 
 }  // namespace
@@ -68,23 +79,20 @@ void KorvAsapFile::ReadDescriptionFile() {
   if (!url) {
     throw base::Failure("Korval file URL not found in the binary file '" + binary_file_ + "' section");
   }
-  ReadShortNames(section, readKorvalEcuFile(url.value()));
+  ReadShortNames(section, readKorvalEcuFile(url.value(), NamesOf(section)));
   description_ = std::move(document);
 }
 
-KorvAsapFile::Names KorvAsapFile::readKorvalEcuFile(const std::string& ecu_file_name) {
+KorvAsapFile::Names KorvAsapFile::readKorvalEcuFile(const std::string& ecu_file_name, const Names& wanted) {
   const std::filesystem::path path = base::PathInFolder(folders_.korv, ecu_file_name);
   base::XmlDocument document = base::LoadXmlFile(path);
   const pugi::xml_attribute function = FunctionName(*document);
   if (!function) throw base::Failure("Bad Ecu XML file 'ecuFileName', unable to load Ecu description");
-  const std::vector<std::string_view> items = ReferencedItems(*document);
-  Names names;
-  names.reserve(items.size());
-  names.insert(items.begin(), items.end());
+  Names found = ReferencedItems(*document, wanted);
   korv_function_ = function.value();
   korv_file_name_ = path.string();
   ecu_document_ = std::move(document);
-  return names;
+  return found;
 }
 
 void KorvAsapFile::ReadShortNames(const pugi::xml_node& section, const Names& data_items) {

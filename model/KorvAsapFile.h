@@ -74,7 +74,8 @@ class KorvAsapFile : public diag::ScriptFile {
  private:
   using Names = std::unordered_set<std::string_view>;
 
-  Names readKorvalEcuFile(const std::string& ecu_file_name);
+  /// Returns those of the wanted names that the ECU file has.
+  Names readKorvalEcuFile(const std::string& ecu_file_name, const Names& wanted);
   void ReadShortNames(const pugi::xml_node& section, const Names& data_items);
 
   Folders folders_;

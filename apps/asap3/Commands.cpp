@@ -8,6 +8,7 @@
 #include "apps/asap3/JsonLine.h"
 #include "apps/asap3/TroubleCodes.h"
 #include "apps/asap3/Watch.h"
+#include "base/Failure.h"
 #include "base/NumberText.h"
 #include "client/ClientErrors.h"
 #include "client/ReplyReader.h"
@@ -45,10 +46,9 @@ class Runner {
 
   void Run() {
     if (options_.command == Command::kSend) return Send();
+    client_.Init();
     try {
       RunInSession();
-    } catch (const client::LinkError&) {
-      throw;  // nobody would hear the exit
     } catch (const base::Failure&) {
       ExitQuietly();
       throw;
@@ -58,7 +58,6 @@ class Runner {
 
  private:
   void RunInSession() {
-    client_.Init();
     const client::ServerIdentity identity = client_.Identify(kProtocolVersion, "asap3");
     if (options_.command == Command::kIdentify) return Identify(identity);
     lun_ = client_.SelectFile(options_.description_file, options_.section, options_.address);

@@ -37,7 +37,7 @@ How
   --count N                 watch: ends after N readings
   --interval MS             watch: time from reading to reading (default 1000)
   --csv FILE                watch: writes the readings to FILE too
-  --json                    one JSON object a line instead of text; a failure is an object too
+  --json                    one JSON object a line instead of text, also for exit statuses 1 and 3
   --                        what follows is no option
   --help, -h                this text
   --version                 the version
@@ -50,7 +50,7 @@ Examples
   asap3 xget --file engine.xml --section ENGINE Vin "qortext(READ_STATES;Gear)"
   asap3 xset --file engine.xml --section ENGINE --type string kwprequest 2180
   asap3 dtc --file engine.xml --section ENGINE
-  asap3 raw --file engine.xml --section ENGINE 1A80
+  asap3 raw --file engine.xml --section ENGINE 2180
   asap3 can --file engine.xml --section ENGINE "0000012301020304;000007DF"
   asap3 --serial /dev/ttyUSB0 --serial-settings 19200,e,8,1 identify
   asap3 send 000600020008

@@ -197,7 +197,7 @@ client::ExtendedValue ValueOf(const Options& options, const std::string& text) {
 
 base::ByteBuffer BytesOf(const std::string& text) {
   try {
-    const base::ByteBuffer bytes = base::ByteBuffer::FromHex(text);
+    base::ByteBuffer bytes = base::ByteBuffer::FromHex(text);
     if (!bytes.Empty()) return bytes;
   } catch (const base::Failure&) {  // said below in terms of the command line
   }

@@ -72,8 +72,8 @@ class CsvFile {
 ValueTable::Values Read(client::Asap3Client& client, std::size_t count) {
   ValueTable::Values values = client.OnlineValues();
   if (values.size() == count) return values;
-  throw client::LinkError("The server answered " + std::to_string(values.size()) + " values where " +
-                          std::to_string(count) + " were chosen");
+  throw client::LinkError("The server answered " + std::to_string(values.size()) + " values, not the " +
+                          std::to_string(count) + " chosen: an earlier session was not ended; try again");
 }
 
 }  // namespace

@@ -39,9 +39,10 @@ const std::string kExited = "000800320000003A";
 const std::string kSpeed = "0018000E0000444B1000444B1000444B100000000000FD07";  // 812.25
 const std::string kExtendedSet = "000800730000007B";
 const std::string kUnknownData =
-    "0038000EFFFF0001002C47657420706172616D6574657228312C4E6F706529203A204572726F72203D206E6F2073756368206461"
-    "7"
-    "461F233";
+    "0038000EFFFF0001002C"
+    "47657420706172616D6574657228312C4E6F706529"  // Get parameter(1,Nope)
+    "203A204572726F72203D206E6F20737563682064617461"
+    "F233";
 const std::string kUnanswered;
 
 struct Outcome {
@@ -284,7 +285,10 @@ TEST(CommandLineTest, AnInterruptEndsTheWatchInOrder) {
 TEST(CommandLineTest, AnotherNumberOfValuesThanChosenIsRefused) {
   const Outcome outcome = RunOnFile({"watch", "--count", "1", "Speed"}, {kChosen, kOnlineValues});
   EXPECT_EQ(outcome.status, 3);
-  EXPECT_EQ(outcome.errors, "asap3: The server answered 2 values where 1 were chosen\n");
+  EXPECT_EQ(
+      outcome.errors,
+      "asap3: The server answered 2 values, not the 1 chosen: an earlier session was not ended; try again\n");
+  EXPECT_EQ(outcome.requests.back(), kExit);
 }
 
 TEST(CommandLineTest, SendPassesOneFrameWithoutASession) {
@@ -330,23 +334,25 @@ TEST(CommandLineTest, ARefusalIsPrintedWithItsStatus) {
   EXPECT_THAT(outcome.requests, ElementsAre(kInit, kIdentify, kExit));
 }
 
-TEST(CommandLineTest, AFailedInitIsPrintedWithTheNumberOfTheLibrary) {
-  const Outcome outcome = RunWith({"identify"}, {"00140002FFFF03E900076E6F206C696E6B00674E", kExited});
+TEST(CommandLineTest, AFailedInitIsPrintedWithTheNumberOfTheLibraryAndOpensNoSession) {
+  const Outcome outcome = RunWith({"identify"}, {"00140002FFFF03E900076E6F206C696E6B00674E"});
   EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.requests, ElementsAre(kInit));
   EXPECT_EQ(outcome.errors, "asap3: error 1001: no link\n");
 }
 
-TEST(CommandLineTest, NoAnswerInTimeIsStatus3AndNothingMoreIsSent) {
+TEST(CommandLineTest, NoAnswerInTimeIsStatus3AndTheSessionEnded) {
   const Outcome outcome = RunWith({"--timeout", "50", "identify"}, {kInitDone, kUnanswered});
   EXPECT_EQ(outcome.status, 3);
   EXPECT_EQ(outcome.errors, "asap3: No answer from the server within 50 ms\n");
-  EXPECT_THAT(outcome.requests, ElementsAre(kInit, kIdentify));
+  EXPECT_THAT(outcome.requests, ElementsAre(kInit, kIdentify, kExit));
 }
 
-TEST(CommandLineTest, ADamagedAnswerIsStatus3) {
-  const Outcome outcome = RunWith({"identify"}, {"000800020000000B"});
+TEST(CommandLineTest, ADamagedAnswerIsStatus3AndTheSessionEnded) {
+  const Outcome outcome = RunOnFile({"get", "Speed"}, {"0008000E00000017"});
   EXPECT_EQ(outcome.status, 3);
-  EXPECT_THAT(outcome.errors, HasSubstr("000800020000000B is damaged"));
+  EXPECT_THAT(outcome.errors, HasSubstr("0008000E00000017 is damaged"));
+  EXPECT_THAT(outcome.requests, IsSession({kGetSpeed}));
 }
 
 TEST(CommandLineTest, AServerThatClosesIsStatus3) {
