@@ -112,7 +112,8 @@ QtSerialPort::QtSerialPort(Report report)
       port_(std::make_unique<QSerialPort>()) {
   connect(port_.get(), &QSerialPort::readyRead, this, &QtSerialPort::OnReadyRead);
   connect(port_.get(), &QSerialPort::errorOccurred, this, [this](QSerialPort::SerialPortError error) {
-    if (error == QSerialPort::ResourceError) QueueLoss();
+    // A line that hangs up may end reads with nothing, which Qt reports as any error but this one.
+    if (error == QSerialPort::ResourceError || HasHungUp(*port_)) QueueLoss();
   });
   connect(&line_check_, &QTimer::timeout, this, &QtSerialPort::CheckLine);
 }
