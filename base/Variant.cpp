@@ -8,16 +8,6 @@
 #include "base/NumberText.h"
 
 namespace korval::base {
-namespace {
-
-std::optional<float> Narrowed(double number) {
-  const auto single = static_cast<float>(number);
-  if (std::isinf(single) && !std::isinf(number)) return std::nullopt;
-  return single;
-}
-
-}  // namespace
-
 std::optional<double> Variant::ToDouble() const {
   return std::visit(
       [](const auto& value) -> std::optional<double> {
@@ -37,13 +27,6 @@ std::optional<double> Variant::ToDouble() const {
         }
       },
       storage_);
-}
-
-std::optional<float> Variant::ToSingle() const {
-  if (const float* single = As<float>()) return *single;
-  if (const double* number = As<double>()) return Narrowed(*number);  // the common type, a hot path
-  const std::optional<double> number = ToDouble();
-  return number ? Narrowed(*number) : std::nullopt;
 }
 
 std::string Variant::ToText() const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cmath>
 #include <concepts>
 #include <cstdint>
 #include <memory>
@@ -84,7 +85,13 @@ class Variant {
   /// their number; none for the rest.
   std::optional<double> ToDouble() const;
   /// As ToDouble, in single precision; none too when the magnitude does not fit.
-  std::optional<float> ToSingle() const;
+  std::optional<float> ToSingle() const {
+    // Inline for online values: an optional that is returned in memory costs more than the conversion.
+    if (const double* number = As<double>()) return Narrowed(*number);
+    if (const float* single = As<float>()) return *single;
+    const std::optional<double> number = ToDouble();
+    return number ? Narrowed(*number) : std::nullopt;
+  }
   /// Default text form: numbers as in NumberText, booleans True and False, a string itself, "" for what
   /// has no text.
   std::string ToText() const;
@@ -92,6 +99,12 @@ class Variant {
   friend bool operator==(const Variant&, const Variant&) = default;
 
  private:
+  static std::optional<float> Narrowed(double number) {
+    const auto single = static_cast<float>(number);
+    if (std::isinf(single) && !std::isinf(number)) return std::nullopt;
+    return single;
+  }
+
   Storage storage_;
 };
 
