@@ -21,8 +21,8 @@ constexpr std::chrono::milliseconds kLineCheckInterval{100};
 constexpr std::int32_t kNoHandshaking = 0;
 constexpr std::int32_t kXonXoff = 1;
 constexpr std::int32_t kXonXoffAndRts = 3;
-constexpr qint64 kReceiveLimit = 1024 * 1024;
-constexpr qint64 kTransmitLimit = 1024 * 1024;
+constexpr qint64 kReceiveLimit = qint64{1024} * 1024;
+constexpr qint64 kTransmitLimit = qint64{1024} * 1024;
 
 QSerialPort::Parity QtParity(base::SerialSettings::Parity parity) {
   switch (parity) {

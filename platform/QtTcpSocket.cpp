@@ -65,8 +65,8 @@ std::string WhatToDo(QAbstractSocket::SocketError error) {
 
 }  // namespace
 
-QtTcpSocket::QtTcpSocket(QHostAddress address, Subnets allowed, Report report)
-    : address_(std::move(address)),
+QtTcpSocket::QtTcpSocket(const QHostAddress& address, Subnets allowed, Report report)
+    : address_(address),
       allowed_(std::move(allowed)),
       report_(std::move(report)),
       events_(std::make_shared<const Events>()),

@@ -27,13 +27,13 @@ class QtTcpSocket : public QObject, public protocol::TcpSocket {
   using Report = std::function<void(const std::string&)>;
 
   /// Replies that a client leaves unread: above this many bytes it is dropped with a close event.
-  static constexpr std::size_t kSendQueueLimit = 1024 * 1024;
+  static constexpr std::size_t kSendQueueLimit = std::size_t{1024} * 1024;
   /// Clients that wait to be announced: above this many, newcomers are turned away.
   static constexpr std::size_t kRequestLimit = 64;
 
   /// Listens on `address`. Only clients of `allowed` are let in, when it is not empty; `report` is told of
   /// each that is turned away or dropped for its behaviour.
-  explicit QtTcpSocket(QHostAddress address, Subnets allowed = {}, Report report = {});
+  explicit QtTcpSocket(const QHostAddress& address, Subnets allowed = {}, Report report = {});
   ~QtTcpSocket() override;
 
   void SetEvents(Events events) override { events_ = std::make_shared<const Events>(std::move(events)); }

@@ -13,7 +13,7 @@
 namespace korval::platform {
 namespace {
 
-constexpr std::size_t kReadSize = 64 * 1024;
+constexpr std::size_t kReadSize = std::size_t{64} * 1024;
 
 bool IsOnlyBusy(int error) { return error == EAGAIN || error == EWOULDBLOCK || error == EINTR; }
 

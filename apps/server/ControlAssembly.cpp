@@ -83,7 +83,7 @@ diag::DiagnosisObject::SessionFactory SessionFactory(const host::ControlParts& p
     environment.on_can_frame = [trace](std::int32_t identifier, base::ByteView data) {
       trace("CAN frame sent : " + EightDigits(identifier) + " " + base::HexText(data));
     };
-    return ecu::CreateSession(std::move(environment));
+    return ecu::CreateSession(environment);
   };
 }
 

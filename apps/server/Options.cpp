@@ -80,7 +80,7 @@ QHostAddress ListenAddress(const QString& text) {
 }
 
 Options::Subnet Subnet(const QString& text) {
-  const Options::Subnet subnet = QHostAddress::parseSubnet(text);
+  Options::Subnet subnet = QHostAddress::parseSubnet(text);
   if (subnet.second < 0)
     Refuse("allow", text, "an IP address, or one with the bits of its network (10.0.0.0/8)");
   return subnet;

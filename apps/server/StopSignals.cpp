@@ -29,7 +29,7 @@ void SetHandler(void (*handler)(int)) {
 
 }  // namespace
 
-StopSignals::StopSignals(std::function<void()> on_stop) {
+StopSignals::StopSignals(const std::function<void()>& on_stop) {
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signal_pair.data()) != 0) {
     throw std::system_error(errno, std::generic_category(), "no descriptors left for the stop signals");
   }

@@ -11,7 +11,7 @@ namespace korval::apps {
 /// Turns SIGINT and SIGTERM into an event of the event loop. One object at a time.
 class StopSignals {
  public:
-  explicit StopSignals(std::function<void()> on_stop);
+  explicit StopSignals(const std::function<void()>& on_stop);
   ~StopSignals();
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;
