@@ -42,9 +42,9 @@ NameSet NamesOf(const pugi::xml_node& section) {
 void KeepReferenced(const pugi::xml_node& request, const NameSet& wanted, NameSet& found) {
   for (const pugi::xml_node& received : request.children("Received")) {
     for (const pugi::xml_node& item : received.children("DataItem")) {
-      if (std::string_view(item.attribute("Ref").value()) != "1") continue;
-      const auto name = wanted.find(item.attribute("Name").value());
-      if (name != wanted.end()) found.insert(*name);
+      const pugi::xml_attribute name = item.attribute("Name");
+      if (!name || std::string_view(item.attribute("Ref").value()) != "1") continue;
+      if (const auto known = wanted.find(name.value()); known != wanted.end()) found.insert(*known);
     }
   }
 }
