@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include "client/ClientErrors.h"
+#include "platform/serial/ApplySettings.h"
 
 namespace korval::client {
 namespace {
@@ -77,35 +78,6 @@ class DeviceChannel : public Channel {
   base::ByteBuffer received_;
 };
 
-QSerialPort::Parity QtParity(base::SerialSettings::Parity parity) {
-  switch (parity) {
-    case base::SerialSettings::Parity::kEven:
-      return QSerialPort::EvenParity;
-    case base::SerialSettings::Parity::kOdd:
-      return QSerialPort::OddParity;
-    case base::SerialSettings::Parity::kMark:
-      return QSerialPort::MarkParity;
-    case base::SerialSettings::Parity::kSpace:
-      return QSerialPort::SpaceParity;
-    case base::SerialSettings::Parity::kNone:
-      break;
-  }
-  return QSerialPort::NoParity;
-}
-
-bool Apply(const base::SerialSettings& settings, QSerialPort& port) {
-  // Drivers know 1.5 stop bits as what two stop bits are at 5 data bits, and fewer than 5 data bits not at
-  // all.
-  const bool is_known =
-      settings.data_bits >= 5 &&
-      (settings.stop_bits != base::SerialSettings::StopBits::kOneAndHalf || settings.data_bits == 5);
-  const auto stop_bits = settings.stop_bits == base::SerialSettings::StopBits::kOne ? QSerialPort::OneStop
-                                                                                    : QSerialPort::TwoStop;
-  return is_known && port.setBaudRate(settings.speed) && port.setParity(QtParity(settings.parity)) &&
-         port.setDataBits(static_cast<QSerialPort::DataBits>(settings.data_bits)) &&
-         port.setStopBits(stop_bits);
-}
-
 }  // namespace
 
 std::unique_ptr<Channel> ConnectTcp(const std::string& host, std::uint16_t port,
@@ -135,8 +107,12 @@ std::unique_ptr<Channel> OpenSerial(const std::string& device, const base::Seria
     throw LinkError("Serial device " + device + " cannot be opened: " + port->errorString().toStdString() +
                     "; is it plugged in and free?");
   }
-  if (!Apply(settings, *port))
-    throw LinkError("Serial device " + device + " does not know these settings; try 9600,n,8,1");
+  try {
+    platform::ApplySettings(settings, *port);
+  } catch (const base::Failure& failure) {
+    throw LinkError("Serial device " + device + " does not know these settings: " + failure.Description() +
+                    "; try 9600,n,8,1");
+  }
   return std::make_unique<DeviceChannel<QSerialPort>>(std::move(port));
 }
 

@@ -15,9 +15,9 @@ constexpr std::size_t kValueColumn = 2;
 constexpr std::array<std::uint8_t, 4> kNoValue{0xFF, 0x00, 0x00, 0x00};
 
 bool IsLinkLost(const base::Failure& failure) {
-  static constexpr std::array numbers{diag::kSessionLost, diag::kNoAnswer, diag::kInitialisationLost,
-                                      diag::kCommunicationEnded, diag::kTesterPresentUnanswered};
-  return std::find(numbers.begin(), numbers.end(), failure.Number()) != numbers.end();
+  static constexpr std::array kNumbers{diag::kSessionLost, diag::kNoAnswer, diag::kInitialisationLost,
+                                       diag::kCommunicationEnded, diag::kTesterPresentUnanswered};
+  return std::find(kNumbers.begin(), kNumbers.end(), failure.Number()) != kNumbers.end();
 }
 
 void AppendError(base::ByteBuffer& reply, const base::Failure& failure) {

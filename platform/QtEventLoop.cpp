@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-#include <QCoreApplication>
+#include <QAbstractEventDispatcher>
 #include <QTimer>
 
 namespace korval::platform {
@@ -45,13 +45,17 @@ std::unique_ptr<base::Timer> QtEventLoop::CreateTimer(std::function<void()> fire
 }
 
 bool QtEventLoop::RunUntil(base::TimePoint deadline, const std::function<bool()>& done) {
+  QAbstractEventDispatcher& dispatcher = *QAbstractEventDispatcher::instance();
   QTimer wake_up;  // ends the last wait for an event
+  wake_up.setSingleShot(true);
   wake_up.setTimerType(Qt::PreciseTimer);
   while (!done()) {
     const base::TimePoint left = deadline - Now();
     if (left <= base::TimePoint::zero()) return false;
+    // Some dispatchers deliver posted events and then wait all the same, so these are delivered first.
+    if (dispatcher.processEvents(QEventLoop::AllEvents) || done()) continue;
     if (!wake_up.isActive()) wake_up.start(QtInterval(left));
-    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    dispatcher.processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
   }
   return true;
 }

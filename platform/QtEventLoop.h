@@ -6,7 +6,7 @@
 namespace korval::platform {
 
 /// Qt's event loop of the calling thread. A wait runs nested event processing and goes on to its end even
-/// when the application was told to quit meanwhile.
+/// when the application was told to quit meanwhile. The application object exists while one is used.
 class QtEventLoop : public base::EventLoop {
  public:
   base::TimePoint Now() const override;

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include <QPointer>
 #include <QSerialPort>
 
 #ifdef Q_OS_WIN
@@ -13,6 +14,7 @@
 #endif
 
 #include "base/Failure.h"
+#include "platform/serial/ApplySettings.h"
 
 namespace korval::platform {
 namespace {
@@ -23,45 +25,6 @@ constexpr std::int32_t kXonXoff = 1;
 constexpr std::int32_t kXonXoffAndRts = 3;
 constexpr qint64 kReceiveLimit = qint64{1024} * 1024;
 constexpr qint64 kTransmitLimit = qint64{1024} * 1024;
-
-QSerialPort::Parity QtParity(base::SerialSettings::Parity parity) {
-  switch (parity) {
-    case base::SerialSettings::Parity::kEven:
-      return QSerialPort::EvenParity;
-    case base::SerialSettings::Parity::kOdd:
-      return QSerialPort::OddParity;
-    case base::SerialSettings::Parity::kMark:
-      return QSerialPort::MarkParity;
-    case base::SerialSettings::Parity::kSpace:
-      return QSerialPort::SpaceParity;
-    case base::SerialSettings::Parity::kNone:
-      break;
-  }
-  return QSerialPort::NoParity;
-}
-
-QSerialPort::StopBits QtStopBits(const base::SerialSettings& settings) {
-  switch (settings.stop_bits) {
-    case base::SerialSettings::StopBits::kTwo:
-      return QSerialPort::TwoStop;
-    case base::SerialSettings::StopBits::kOneAndHalf:
-#ifdef Q_OS_WIN
-      return QSerialPort::OneAndHalfStop;
-#else
-      // The hardware sends 1.5 for "two stop bits" with five data bits, and knows no 1.5 otherwise.
-      if (settings.data_bits == 5) return QSerialPort::TwoStop;
-      throw base::Failure("1.5 stop bits go with 5 data bits only on this system");
-#endif
-    case base::SerialSettings::StopBits::kOne:
-      break;
-  }
-  return QSerialPort::OneStop;
-}
-
-QSerialPort::DataBits QtDataBits(std::int32_t bits) {
-  if (bits < 5) throw base::Failure("this system's serial ports have no 4 data bits, choose 5 to 8");
-  return static_cast<QSerialPort::DataBits>(bits);
-}
 
 QSerialPort::FlowControl QtFlowControl(std::int32_t handshaking) {
   if (handshaking == kNoHandshaking) return QSerialPort::NoFlowControl;
@@ -155,12 +118,11 @@ void QtSerialPort::SetHandshaking(std::int32_t code) {
 bool QtSerialPort::IsOpen() const { return port_->isOpen(); }
 
 void QtSerialPort::Apply(const base::SerialSettings& settings) {
-  const bool applied =
-      port_->setBaudRate(settings.speed) && port_->setDataBits(QtDataBits(settings.data_bits)) &&
-      port_->setParity(QtParity(settings.parity)) && port_->setStopBits(QtStopBits(settings)) &&
-      port_->setFlowControl(QtFlowControl(handshaking_)) &&
-      (handshaking_ != kXonXoffAndRts || AddXonXoff(*port_));
-  if (!applied) throw base::Failure("the driver refuses the settings: " + port_->errorString().toStdString());
+  ApplySettings(settings, *port_);
+  const bool applied = port_->setFlowControl(QtFlowControl(handshaking_)) &&
+                       (handshaking_ != kXonXoffAndRts || AddXonXoff(*port_));
+  if (!applied)
+    throw base::Failure("the driver refuses the handshaking: " + port_->errorString().toStdString());
 }
 
 void QtSerialPort::Open() {
@@ -214,10 +176,6 @@ void QtSerialPort::Write(base::ByteView bytes) {
 // Qt announces no new bytes from inside its own read handler, so the event is queued: a handler that waits
 // must not hide what comes next.
 void QtSerialPort::OnReadyRead() {
-  if (HasHungUp(*port_)) {
-    QueueLoss();
-    return;
-  }
   if (std::exchange(receive_queued_, true)) return;
   QMetaObject::invokeMethod(
       this,
@@ -246,7 +204,10 @@ void QtSerialPort::LoseDevice() {
 void QtSerialPort::CheckLine() {
   LineErrors::Counters counters;
   if (!port_->isOpen() || !LineErrors::Query(static_cast<int>(port_->handle()), counters)) return;
-  for (const protocol::CommEvent event : line_errors_.Since(counters)) Raise(event);
+  const QPointer<QtSerialPort> self(this);  // a handler may destroy the port
+  for (const protocol::CommEvent event : line_errors_.Since(counters)) {
+    if (self) Raise(event);
+  }
 }
 
 void QtSerialPort::Raise(protocol::CommEvent event) {

@@ -14,7 +14,7 @@ namespace {
 using Type = Variant::Type;
 
 Variant AnObject() { return Object{std::make_shared<int>(1)}; }
-Variant AnArray() { return Array{std::shared_ptr<const Variant[]>(new Variant[2])}; }
+Variant AnArray() { return Array{std::make_shared<Variant[]>(2)}; }
 
 TEST(Variant, CarriesTheTypeItWasMadeWith) {
   EXPECT_EQ(Variant().TypeOf(), Type::kEmpty);

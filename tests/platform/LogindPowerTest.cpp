@@ -52,7 +52,7 @@ class LogindPowerTest : public QtTest {
     server_.moveToThread(&thread_);
     thread_.start();
   }
-  ~LogindPowerTest() override {
+  void TearDown() override {
     QDBusConnection::disconnectFromPeer("private");
     thread_.quit();
     thread_.wait();

@@ -15,7 +15,6 @@
 namespace korval::platform {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 

@@ -211,7 +211,7 @@ TEST_F(QtSerialPortTest, MayBeOpenedTwice) {
 
 TEST_F(QtSerialPortTest, ReportsWhenTheFarEndTakesNothingAnyMore) {
   ByteBuffer much;
-  much.SetLength(64 * 1024);
+  much.SetLength(65536);
   port_->Open();
   for (int i = 0; i < 100 && events_.empty(); ++i) port_->Write(much.View());
   EXPECT_THAT(events_, ElementsAre(CommEvent::kTransmitBufferFull));

@@ -13,6 +13,12 @@ namespace korval::platform {
 
 /// A test with Qt's event loop. Waits end with what they wait for; the deadline only ends a broken test.
 class QtTest : public testing::Test {
+ public:
+  ~QtTest() override {
+    // Deletes what was to be deleted later, for there is no later.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+
  protected:
   bool RunUntil(const std::function<bool()>& done) { return loop_.RunUntil(loop_.Now() + kDeadline, done); }
   /// Runs until an event that is queued now has been delivered, and with it all that were queued before.
