@@ -4,15 +4,13 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
-#include <stdexcept>
 #include <string>
 #include <vector>
-
-#include <sched.h>
 
 #include "bench/AsapClient.h"
 #include "bench/BenchServer.h"
 #include "bench/Connection.h"
+#include "bench/Cores.h"
 #include "bench/EchoProcess.h"
 #include "bench/ExampleFiles.h"
 #include "bench/Table.h"
@@ -146,16 +144,8 @@ void CopyExamples(const tests::TempFolder& folder) {
   }
 }
 
-// Processes that are started later inherit the core.
-void RunOnCore(int core) {
-  cpu_set_t cores;
-  CPU_ZERO(&cores);
-  CPU_SET(static_cast<unsigned>(core), &cores);
-  if (sched_setaffinity(0, sizeof cores, &cores) != 0) throw std::runtime_error("a core cannot be chosen");
-}
-
 bool Compare(const Placement& placement) {
-  RunOnCore(placement.server_core);
+  bench::RunOnCore(placement.server_core);
   const bench::EchoProcess qt(bench::EchoProcess::Kind::kQt);
   const bench::EchoProcess plain(bench::EchoProcess::Kind::kPlain);
   const tests::TempFolder folder;
@@ -163,7 +153,7 @@ bool Compare(const Placement& placement) {
   folder.Write("asap/bench_description.xml", bench::DescriptionFile(kMostItems));
   folder.Write("ecu/bench.xml", bench::EcuFile(kMostItems, kItemsARequest, kMovingItems));
   const bench::BenchServer server(folder.Path("asap"), folder.Path("ecu"));
-  RunOnCore(placement.client_core);
+  bench::RunOnCore(placement.client_core);
   const bench::AsapClient client(server.Port());
 
   std::vector<Case> cases{GetParameter(client)};
@@ -177,12 +167,7 @@ bool Compare(const Placement& placement) {
 }
 
 int Main() {
-  cpu_set_t cores;
-  sched_getaffinity(0, sizeof cores, &cores);
-  std::vector<int> usable;
-  for (int core = 0; core < CPU_SETSIZE; ++core) {
-    if (CPU_ISSET(static_cast<unsigned>(core), &cores)) usable.push_back(core);
-  }
+  const std::vector<int> usable = bench::UsableCores();
   bool kept = Compare({"client and server on one core", usable.front(), usable.front()});
   if (usable.size() > 1) {
     kept = Compare({"client and server on two cores", usable.front(), usable.back()}) && kept;

@@ -6,7 +6,7 @@
 
 #include "base/Failure.h"
 #include "diag/LinkErrors.h"
-#include "protocol/FieldCodec.h"
+#include "protocol/Reply.h"
 
 namespace korval::diag {
 namespace {
@@ -49,8 +49,7 @@ bool DiagnosisObject::CreateDiagnosisObject(base::ByteBuffer& reply) {
     return true;
   } catch (const base::Failure& failure) {
     console_.Line("Open Diagnostic Session error : " + failure.Description());
-    protocol::AppendWord(reply, failure.Number());
-    protocol::AppendString(reply, failure.Description());
+    protocol::AppendErrorRecord(reply, failure.Description(), failure.Number());
     return false;
   }
 }

@@ -7,6 +7,7 @@ namespace korval::diag {
 
 /// Numbers of the diagnostic-session library on which the server acts.
 inline constexpr std::int32_t kSessionLost = 1000;
+inline constexpr std::int32_t kNoInterface = 1001;
 inline constexpr std::int32_t kCanNetworkError = 1015;
 inline constexpr std::int32_t kNoAnswer = 2000;
 inline constexpr std::int32_t kNegativeAnswer = 2001;

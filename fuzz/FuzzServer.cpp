@@ -6,13 +6,12 @@
 #include <utility>
 
 #include "ecu/session/SessionFactory.h"
+#include "fuzz/CheckedTerminal.h"
 #include "fuzz/MemorySettings.h"
 #include "fuzz/Require.h"
-#include "host/trace/TextTerminal.h"
 #include "protocol/FieldCodec.h"
 #include "protocol/Frame.h"
 #include "tests/support/FakePower.h"
-#include "tests/support/FakeStatusView.h"
 #include "tests/support/RecordingListView.h"
 #include "tests/support/TempFolder.h"
 
@@ -21,7 +20,7 @@ namespace {
 
 constexpr std::chrono::seconds kLongerThanAnyWait{10};
 // Select file, success, file number 1.
-constexpr char kFirstFileReply[] = "000A000300000001000E";
+const base::ByteBuffer kFirstFileReply{0x00, 0x0A, 0x00, 0x03, 0x00, 0x00, 0x00, 0x01, 0x00, 0x0E};
 constexpr std::size_t kLongestParameters = 65534 - protocol::kShortestFrame;
 
 constexpr char kDescription[] = R"(<?xml version="1.0"?>
@@ -85,15 +84,15 @@ void WriteFiles() {
   Files().Write(
       "faulty.xml",
       EngineFile("FAULTY", std::string("<Simulation><Fault Request=\"READ\" Number=\"2042\" Times=\"2\"/>"
-                                       "<Fault Init=\"1\" Number=\"1015\" Times=\"1\"/>") +
+                                       "<Fault Request=\"VIN\" Number=\"2046\" Times=\"1000000\"/>"
+                                       "<Fault Init=\"1\" Number=\"1015\" Times=\"3\"/>") +
                                kAnswers));
 }
 
 host::ControlParts Parts(tests::CallLog& log, const std::shared_ptr<tests::ManualEventLoop>& loop) {
   host::ControlParts parts;
   parts.loop = loop;
-  parts.terminal = std::make_shared<host::TextTerminal>();
-  parts.status = std::make_shared<tests::FakeStatusView>();
+  parts.terminal = std::make_shared<CheckedTerminal>();
   parts.files = std::make_shared<tests::RecordingListView>();
   parts.data = std::make_shared<tests::RecordingListView>();
   parts.message_box = std::make_shared<tests::FakeMessageBox>(log);
@@ -105,11 +104,6 @@ host::ControlParts Parts(tests::CallLog& log, const std::shared_ptr<tests::Manua
                                          {"KorvalAsapServer/Properties/comAutoStart", "-1"}});
   parts.application_folder = FuzzFolder();
   return parts;
-}
-
-bool IsReply(const base::ByteBuffer& frame) {
-  return frame.Length() >= 8 && frame.Word(protocol::kLengthOffset) == frame.Length() &&
-         protocol::IsChecksumValid(frame);
 }
 
 }  // namespace
@@ -131,6 +125,7 @@ std::shared_ptr<viator3::Session> SimulatedSession(const std::shared_ptr<base::E
 
 FuzzServer::FuzzServer() {
   host::ControlParts parts = Parts(log_, loop_);
+  parts.status = status_;
   parts.tcp_server = socket_;
   parts.serial_port = serial_;
   parts.create_session = [loop = loop_] { return SimulatedSession(loop); };
@@ -198,21 +193,13 @@ void FuzzServer::Terminate() {
 
 void FuzzServer::RequireGoodSession() {
   loop_->Advance(kLongerThanAnyWait);
-  CheckReplies();
   if (!control_) return;
   ConnectClient();
+  socket_->TakeReplyCount();
   SendOverTcp(Framed(50, {}));
   Select("ENGINE");
-  const auto replies = socket_->TakeSent();
-  Require(replies.size() == 4, "a new client is answered");
-  Require(replies.back() == kFirstFileReply, "a new client can select a file");
-}
-
-void FuzzServer::CheckReplies() {
-  for (const std::string& reply : socket_->TakeSent())
-    Require(IsReply(base::ByteBuffer::FromHex(reply)), "a reply is one valid frame");
-  for (const std::string& reply : serial_->TakeWritten())
-    Require(IsReply(base::ByteBuffer::FromHex(reply)), "a serial reply is one valid frame");
+  Require(socket_->TakeReplyCount() == 4, "a new client is answered");
+  Require(socket_->LastReply() == kFirstFileReply, "a new client can select a file");
 }
 
 }  // namespace korval::fuzz

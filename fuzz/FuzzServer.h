@@ -7,10 +7,11 @@
 
 #include "base/ByteBuffer.h"
 #include "diag/viator3.h"
+#include "fuzz/CheckedSerialPort.h"
+#include "fuzz/CheckedTcpSocket.h"
+#include "fuzz/SessionStatus.h"
 #include "host/control/ServerControl.h"
 #include "tests/support/CallLog.h"
-#include "tests/support/FakeSerialPort.h"
-#include "tests/support/FakeTcpSocket.h"
 #include "tests/support/ManualEventLoop.h"
 
 namespace korval::fuzz {
@@ -37,6 +38,8 @@ class FuzzServer {
   void ConnectClient() { socket_->Connect(); }
   void LoseClient();
   void Reset();
+  /// Whether frames and commands are traced in full; on at first.
+  void SetDebugTrace(bool on) { control_->Console().SetDebugTrace(on); }
   /// Ends the server, also from inside a command's wait.
   void Terminate();
 
@@ -47,15 +50,17 @@ class FuzzServer {
     loop_->At(delay, std::move(event));
   }
 
-  /// Whatever came before, a new client gets a session. Also checks the replies so far.
+  /// Whether the client's session stands at "file selected".
+  bool IsFileSelected() const { return status_->IsFileSelected(); }
+  /// Whatever came before, a new client gets a session.
   void RequireGoodSession();
-  void CheckReplies();
 
  private:
   tests::CallLog log_;
   std::shared_ptr<tests::ManualEventLoop> loop_ = std::make_shared<tests::ManualEventLoop>();
-  std::shared_ptr<tests::FakeTcpSocket> socket_ = std::make_shared<tests::FakeTcpSocket>(log_);
-  std::shared_ptr<tests::FakeSerialPort> serial_ = std::make_shared<tests::FakeSerialPort>(log_);
+  std::shared_ptr<SessionStatus> status_ = std::make_shared<SessionStatus>();
+  std::shared_ptr<CheckedTcpSocket> socket_ = std::make_shared<CheckedTcpSocket>(log_);
+  std::shared_ptr<CheckedSerialPort> serial_ = std::make_shared<CheckedSerialPort>(log_);
   std::shared_ptr<host::ServerControl> control_;
 };
 
@@ -63,8 +68,8 @@ class FuzzServer {
 std::shared_ptr<viator3::Session> SimulatedSession(const std::shared_ptr<base::EventLoop>& loop);
 
 /// A folder that holds the description file "fuzz.xml" with the sections ENGINE, SLOW (answers take 50 ms of
-/// model time), FAULTY (requests and initialisation fail at first), ABS and AUTOCAN, and their ECU files.
-/// Made once for the process.
+/// model time), FAULTY (READ and the initialisation fail at first, VIN always), ABS and AUTOCAN, and their
+/// ECU files. Made once for the process.
 const std::string& FuzzFolder();
 
 }  // namespace korval::fuzz

@@ -14,6 +14,7 @@ namespace korval::fuzz {
 /// zero.
 class Input {
  public:
+  explicit Input(base::ByteView bytes) : bytes_(bytes) {}
   Input(const std::uint8_t* data, std::size_t size) : bytes_(data, size) {}
 
   bool Empty() const { return bytes_.empty(); }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdio>
-#include <cstdlib>
+#include <exception>
 
 namespace korval::fuzz {
 
@@ -10,7 +10,7 @@ namespace korval::fuzz {
 inline void Require(bool holds, const char* what) {
   if (holds) return;
   std::fprintf(stderr, "fuzz: does not hold: %s\n", what);
-  std::abort();
+  std::terminate();
 }
 
 }  // namespace korval::fuzz

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "fuzz/FuzzServer.h"
 #include "fuzz/Input.h"
+#include "fuzz/StandingServer.h"
 #include "protocol/FieldCodec.h"
 
 namespace {
@@ -13,7 +13,7 @@ namespace {
 using namespace korval;  // NOLINT(google-build-using-namespace): a program's own file
 
 // More of them are only slower.
-constexpr int kMostNames = 32;
+constexpr int kMostNames = 4;
 
 void AskFor(fuzz::FuzzServer& server, std::string_view line) {
   const std::size_t tab = line.find('\t');
@@ -29,17 +29,20 @@ void AskFor(fuzz::FuzzServer& server, std::string_view line) {
   server.SendOverTcp(fuzz::FuzzServer::Framed(115, area.View()));
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  fuzz::FuzzServer server;
-  server.Select("ENGINE");
-  std::string_view text(reinterpret_cast<const char*>(data), size);
+void AskForAll(fuzz::FuzzServer& server, fuzz::Input input) {
+  const std::string lines = fuzz::TextOf(input.Rest());
+  std::string_view text = lines;
   for (int names = 0; names < kMostNames && !text.empty(); ++names) {
     const std::size_t end = text.find('\n');
     AskFor(server, text.substr(0, end));
     text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
   }
-  server.RequireGoodSession();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static fuzz::StandingServer standing("ENGINE");
+  standing.Serve({data, size}, AskForAll);
   return 0;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "model/KorvAsapFile.h"
 
+#include <filesystem>
 #include <utility>
 
 #include "base/Failure.h"
@@ -113,7 +114,9 @@ std::string KorvAsapFile::KorvDataName(const std::string& asap_data_name) const 
 std::string KorvAsapFile::GetAutoCanFile() const {
   if (!description_) return {};
   const pugi::xml_attribute url = Section(*description_, kAutoCanSection).attribute("url");
-  return url ? base::PathInFolder(folders_.korv, url.value()).string() : std::string();
+  if (!url) return {};
+  if (*url.value() == '\0') return (std::filesystem::path(folders_.korv) / "").string();  // loading it fails
+  return base::PathInFolder(folders_.korv, url.value()).string();
 }
 
 }  // namespace korval::model

@@ -21,8 +21,7 @@ bool IsLinkLost(const base::Failure& failure) {
 }
 
 void AppendError(base::ByteBuffer& reply, const base::Failure& failure) {
-  protocol::AppendWord(reply, failure.Number());
-  protocol::AppendString(reply, failure.Description());
+  protocol::AppendErrorRecord(reply, failure.Description(), failure.Number());
 }
 
 }  // namespace
@@ -57,6 +56,7 @@ bool OnlineValues::GetOnlineValue(base::ByteBuffer& reply) {
     ExecuteAll(session, *requests);
   }
   AppendValues(*items, reply);
+  if (show_value_) ShowValues(items);
   return true;
 }
 
@@ -113,12 +113,10 @@ void OnlineValues::RequireCurrent(const Session& session) const {
 }
 
 void OnlineValues::AppendValues(const Acquisition::DataItems& items, base::ByteBuffer& reply) {
-  const bool show = console_.DebugTrace() || show_value_;
   reply.Reserve(reply.Length() + 2 + 4 * static_cast<std::size_t>(items.Count()));
   protocol::AppendWord(reply, items.Count());
-  std::size_t row = 0;
   for (const auto& item : items) {
-    if (show) Show(*item, row++);
+    if (console_.DebugTrace()) console_.Line("Data : " + item->Name() + " = " + item->Value().ToText());
     if (const std::optional<float> value = item->Value().ToSingle()) {
       protocol::AppendReal(reply, *value);
     } else {
@@ -127,9 +125,12 @@ void OnlineValues::AppendValues(const Acquisition::DataItems& items, base::ByteB
   }
 }
 
-void OnlineValues::Show(const viator3::DataItem& item, std::size_t row) {
-  if (console_.DebugTrace()) console_.Line("Data : " + item.Name() + " = " + item.Value().ToText());
-  if (show_value_) data_view_.SetCell(row, kValueColumn, item.Text());
+// A client reads far more often than a list is repainted, and the texts cost more than the values.
+void OnlineValues::ShowValues(const std::shared_ptr<const Acquisition::DataItems>& items) {
+  data_view_.SetCellsWhenShown([&view = data_view_, items] {
+    std::size_t row = 0;
+    for (const auto& item : *items) view.SetCell(row++, kValueColumn, item->Text());
+  });
 }
 
 }  // namespace korval::model

@@ -45,7 +45,7 @@ class OnlineValues {
   bool Reinitialise(const Session& session, base::ByteBuffer& reply);
   void RequireCurrent(const Session& session) const;
   void AppendValues(const Acquisition::DataItems& items, base::ByteBuffer& reply);
-  void Show(const viator3::DataItem& item, std::size_t row);
+  void ShowValues(const std::shared_ptr<const Acquisition::DataItems>& items);
 
   host::TraceConsole& console_;
   const diag::DiagnosisObject& diagnosis_;

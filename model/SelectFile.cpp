@@ -67,8 +67,7 @@ std::int32_t SelectFile::Handle(base::ByteView parameters, base::ByteBuffer& rep
   } catch (const base::Failure& failure) {
     console_.Line("   error when loading korval file : " + description_file);
     console_.Line("   error : " + failure.Description());
-    protocol::AppendWord(reply, base::kOwnFailure);
-    protocol::AppendString(reply, "select file error : " + failure.Description());
+    protocol::AppendErrorRecord(reply, "select file error : " + failure.Description(), base::kOwnFailure);
     return protocol::kError;
   }
   on_selected_();

@@ -63,8 +63,7 @@ std::int32_t SetAcquisition::Handle(base::ByteView parameters, base::ByteBuffer&
   if (!file) {
     const std::string message = head + "...) : Error unknown Emulator LUN";
     console_.Line(message);
-    protocol::AppendWord(reply, base::kOwnFailure);
-    protocol::AppendString(reply, message);
+    protocol::AppendErrorRecord(reply, message, base::kOwnFailure);
     return protocol::kError;
   }
   const std::int32_t status = Choose(*file, count, parameters.subspan(position), head, reply);
@@ -83,9 +82,9 @@ std::int32_t SetAcquisition::Choose(const KorvAsapFile& file, std::int32_t count
     for (std::int32_t i = 0; i < count; ++i) {
       const std::string name = protocol::ReadNamedField(
           kCommand, "name", "string", [&] { return protocol::ReadString(names, position); });
-      const std::string mark = ChooseValue(file, name);
       if (i > 0) traced += ",";
-      traced.append(name).append(mark);
+      traced += name;
+      traced += ChooseValue(file, name);
     }
   } catch (const base::Failure& failure) {
     trace_names();

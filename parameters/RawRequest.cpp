@@ -26,7 +26,7 @@ void SendAndTakeAnyAnswer(viator3::Ecu& ecu, Exchange& exchange) {
   try {
     ecu.Send(exchange.request, exchange.answer);
   } catch (const base::Failure& failure) {
-    if (failure.Number() != diag::kNegativeAnswer) throw;
+    if (failure.Number() != diag::kNegativeAnswer || exchange.answer.Empty()) throw;
   }
 }
 

@@ -9,12 +9,12 @@
 #ifdef Q_OS_WIN
 #include <windows.h>
 #else
-#include <poll.h>
 #include <termios.h>
 #endif
 
 #include "base/Failure.h"
 #include "platform/serial/ApplySettings.h"
+#include "platform/serial/SerialDevice.h"
 
 namespace korval::platform {
 namespace {
@@ -43,16 +43,6 @@ bool AddXonXoff(const QSerialPort& port) {
   if (::tcgetattr(port.handle(), &control) != 0) return false;
   control.c_iflag |= IXON | IXOFF;
   return ::tcsetattr(port.handle(), TCSANOW, &control) == 0;
-#endif
-}
-
-// A device that was unplugged reads as an endless stream of nothing.
-bool HasHungUp(const QSerialPort& port) {
-#ifdef Q_OS_WIN
-  return false;  // QSerialPort sees it by itself
-#else
-  pollfd state = {port.handle(), POLLIN, 0};
-  return ::poll(&state, 1, 0) == 1 && (state.revents & (POLLHUP | POLLERR)) != 0;
 #endif
 }
 
@@ -93,11 +83,7 @@ void QtSerialPort::SetDevice(std::int32_t number, const std::string& path) {
 
 std::string QtSerialPort::Device() const {
   if (!device_.empty() && device_number_ == port_number_) return device_;
-#ifdef Q_OS_WIN
-  return "COM" + std::to_string(port_number_);
-#else
-  return "/dev/ttyS" + std::to_string(port_number_ - 1);
-#endif
+  return SerialDevice(port_number_);
 }
 
 void QtSerialPort::SetSettings(const std::string& settings) {

@@ -125,15 +125,26 @@ void QtTcpSocket::Announce(RequestId request) {
 
 bool QtTcpSocket::Accept(RequestId request) {
   auto found = requests_.extract(request);
-  if (found.empty() || found.mapped()->HasLeft()) return false;
+  if (found.empty()) return false;
   DropClient();
   client_ = std::move(found.mapped());
   client_->Watch([this] { OnReadable(); });
   return true;
 }
 
+// One arrival is all that has come. The end of the stream behind new bytes is reported by the next event.
+bool QtTcpSocket::ReadArrival() {
+  const std::size_t held = received_.Length();
+  while (received_.Length() <= kReceiveQueueLimit) {
+    const std::size_t before = received_.Length();
+    if (client_->Read(received_) == TcpConnection::End::kClosed) return before > held;
+    if (received_.Length() - before < TcpConnection::kReadSize) return true;
+  }
+  return true;
+}
+
 void QtTcpSocket::OnReadable() {
-  if (client_->Read(received_) == TcpConnection::End::kClosed) {
+  if (!ReadArrival()) {
     CloseByEvent();
     return;
   }

@@ -60,6 +60,8 @@ class QtTcpSocket : public QObject, public protocol::TcpSocket {
   void OnIncoming(qintptr descriptor);
   bool IsAllowed(const QHostAddress& client) const;
   void Announce(RequestId request);
+  /// False at the end of the stream.
+  bool ReadArrival();
   void OnReadable();
   void CloseByEvent();
   void DropClient();

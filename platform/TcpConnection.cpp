@@ -13,8 +13,6 @@
 namespace korval::platform {
 namespace {
 
-constexpr std::size_t kReadSize = std::size_t{64} * 1024;
-
 bool IsOnlyBusy(int error) { return error == EAGAIN || error == EWOULDBLOCK || error == EINTR; }
 
 using NameCall = int (*)(int, sockaddr*, socklen_t*);
@@ -48,12 +46,6 @@ void TcpConnection::LetGo::operator()(QSocketNotifier* notifier) const {
   notifier->setEnabled(false);
   notifier->disconnect();
   notifier->deleteLater();
-}
-
-bool TcpConnection::HasLeft() const {
-  char byte = 0;
-  const auto count = ::recv(descriptor_, &byte, 1, MSG_PEEK | MSG_DONTWAIT);
-  return count == 0 || (count < 0 && !IsOnlyBusy(errno));
 }
 
 void TcpConnection::Watch(std::function<void()> on_readable) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -19,17 +20,16 @@ namespace korval::platform {
 class TcpConnection {
  public:
   enum class End { kOpen, kClosed };
+  static constexpr std::size_t kReadSize = std::size_t{64} * 1024;
 
   explicit TcpConnection(qintptr descriptor);
   ~TcpConnection();
   TcpConnection(const TcpConnection&) = delete;
   TcpConnection& operator=(const TcpConnection&) = delete;
 
-  /// Whether the client has left without a byte that is still to be read.
-  bool HasLeft() const;
   /// Starts watching: `on_readable` comes as long as there are bytes, or the end of the stream, to Read.
   void Watch(std::function<void()> on_readable);
-  /// Appends what has arrived, at most 64 KiB at a time. kClosed at the end of the stream.
+  /// Appends what has arrived, at most kReadSize bytes at a time. kClosed at the end of the stream.
   End Read(base::ByteBuffer& bytes);
   /// Sends at once what the system takes and keeps the rest, in order, until it takes more. False, with
   /// nothing kept, when more than `limit` bytes would have to wait.

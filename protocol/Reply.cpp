@@ -22,13 +22,17 @@ std::string_view Clipped(std::string_view text, std::size_t count) {
 
 }  // namespace
 
-std::int32_t ReplyError(host::TraceConsole& console, base::ByteBuffer& reply, const std::string& message,
-                        std::int32_t code) {
+void AppendErrorRecord(base::ByteBuffer& reply, const std::string& message, std::int32_t code) {
   static constexpr std::size_t kHeadOfRecord = 4;  // the code and the string's length
-  if (console.DebugTrace()) console.Line(message);
   AppendWord(reply, code);
   const std::size_t used = std::min(reply.Length() - 2 + kHeadOfRecord, kMaxReplyData);
   AppendString(reply, Clipped(message, kMaxReplyData - used));
+}
+
+std::int32_t ReplyError(host::TraceConsole& console, base::ByteBuffer& reply, const std::string& message,
+                        std::int32_t code) {
+  if (console.DebugTrace()) console.Line(message);
+  AppendErrorRecord(reply, message, code);
   return kError;
 }
 

@@ -15,9 +15,12 @@ inline constexpr std::int32_t kError = 0xFFFF;
 inline constexpr std::int32_t kNotProcessed = 0x2343;
 inline constexpr std::int32_t kUnknownCommand = 0x5656;
 
-/// The shared error path of all commands: appends the error record (the code as a word, the message as a
-/// string, cut where the frame would grow too long), traces the message while debugging, and returns
-/// kError.
+/// Appends the error record: the code as a word, the message as a string, cut where the frame would grow too
+/// long.
+void AppendErrorRecord(base::ByteBuffer& reply, const std::string& message, std::int32_t code);
+
+/// The shared error path of all commands: appends the error record, traces the message while debugging, and
+/// returns kError.
 std::int32_t ReplyError(host::TraceConsole& console, base::ByteBuffer& reply, const std::string& message,
                         std::int32_t code);
 

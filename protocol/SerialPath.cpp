@@ -72,13 +72,17 @@ void SerialPath::Toggle() {
   } catch (const base::Failure& failure) {
     console_.Line(std::string("Error : ") + failure.what());
   }
-  if (port_.IsOpen() == was_open) return;
+  const bool is_open = port_.IsOpen();
+  if (was_open && is_open) return;
+  ++opening_;
   ShowSettings();
-  on_toggled_(!was_open);
+  on_toggled_(is_open);
 }
 
 void SerialPath::Close() {
+  ++opening_;
   port_.Close();
+  view_.ShowConnected(false);
   on_toggled_(false);
 }
 
@@ -99,6 +103,7 @@ void SerialPath::OnComm(CommEvent event) {
 
 // The device was unplugged: the console shows the port as it now is.
 void SerialPath::OnLost() {
+  ++opening_;
   ShowSettings();
   on_toggled_(false);
 }
@@ -137,7 +142,12 @@ void SerialPath::Serve() {
 
 void SerialPath::Answer() {
   if (!runner_.VerifyChecksum()) return;
+  const int opening = opening_;
   const CommandRunner::Outcome outcome = runner_.Run();
+  if (opening != opening_) {  // who asked is not at the other end any more
+    runner_.DropPowerRequest();
+    return;
+  }
   runner_.Finish(outcome);
   port_.Write(runner_.FrameBuffer().View());
   tcp_.ServePowerRequest(true);

@@ -60,6 +60,7 @@ class SerialPath {
   std::weak_ptr<void> owner_;
   std::unique_ptr<base::Timer> watchdog_;
   int nesting_ = 0;
+  int opening_ = 0;  // counts the changes of the port
 };
 
 }  // namespace korval::protocol

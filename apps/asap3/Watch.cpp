@@ -11,9 +11,9 @@
 #include <QTimer>
 
 #include "apps/asap3/ValueTable.h"
-#include "apps/server/StopSignals.h"
 #include "base/Failure.h"
 #include "client/ClientErrors.h"
+#include "platform/process/StopSignals.h"
 
 namespace korval::apps {
 namespace {
@@ -80,7 +80,7 @@ ValueTable::Values Read(client::Asap3Client& client, std::size_t count) {
 
 void Watch(client::Asap3Client& client, std::uint16_t lun, const Options& options) {
   Pause pause;
-  const StopSignals stop_signals([&pause] { pause.Stop(); });
+  const platform::StopSignals stop_signals([&pause] { pause.Stop(); });
   const ValueTable table(options.names);
   CsvFile csv(options.csv_file);
   const auto scan_time = std::min<milliseconds::rep>(options.interval.count(), 0xFFFF);

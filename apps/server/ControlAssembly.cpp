@@ -5,11 +5,12 @@
 
 #include <QCoreApplication>
 
+#include "VehicleLinks.h"
 #include "ecu/session/SessionFactory.h"
 #include "host/settings/HostSettings.h"
-#include "host/settings/OverrideSettings.h"
 #include "host/settings/ServerSettings.h"
 #include "host/trace/TraceConsole.h"
+#include "platform/DevicePortScout.h"
 #include "platform/DryRunPower.h"
 #include "platform/LogindPower.h"
 #include "platform/QSettingsStore.h"
@@ -42,14 +43,19 @@ host::OverrideSettings::Overrides OverridesOf(const Options& options) {
   return overrides;
 }
 
-std::shared_ptr<host::SettingsStore> OpenSettings(const Options& options, const host::ControlParts& parts) {
+std::shared_ptr<host::SettingsStore> OpenSettings(const Options& options, const host::ControlParts& parts,
+                                                  const host::OverrideSettings::Overrides& stand_ins) {
   const auto stored = std::make_shared<platform::QSettingsStore>(
       QString::fromStdString(options.settings_file.value_or("")),
       QString::fromStdString(options.install_record_file.value_or("")),
       [box = parts.message_box](const std::string& text) {
         box->Show(text, host::MessageStyle::kExclamation);
       });
-  return std::make_shared<host::OverrideSettings>(stored, OverridesOf(options));
+  host::OverrideSettings::Overrides overrides = OverridesOf(options);
+  for (const auto& stand_in : stand_ins) {
+    if (!stored->Read(stand_in.first)) overrides.insert(stand_in);
+  }
+  return std::make_shared<host::OverrideSettings>(stored, std::move(overrides));
 }
 
 std::shared_ptr<host::PowerPlatform> OpenPower(const Options& options, const host::ControlParts& parts) {
@@ -73,10 +79,13 @@ std::string EightDigits(std::int32_t identifier) {
 }
 
 // A session on the port that is chosen when it is created.
-diag::DiagnosisObject::SessionFactory SessionFactory(const host::ControlParts& parts) {
-  return [loop = parts.loop, store = parts.settings, folder = parts.application_folder,
-          trace = TraceTo(parts.terminal)] {
+diag::DiagnosisObject::SessionFactory SessionFactory(const Options& options,
+                                                     const host::ControlParts& parts) {
+  const auto trace = TraceTo(parts.terminal);
+  return [loop = parts.loop, store = parts.settings, folder = parts.application_folder, trace,
+          links = VehicleLinks(parts.settings, options.bus_trace, trace)] {
     ecu::SessionEnvironment environment;
+    links.AddTo(environment);
     environment.loop = loop;
     environment.port = host::HostSettings(*store).RegGetValue("General", "CommPort", "");
     environment.ecu_folder = host::ReadServerSettings(*store, folder).korv_folder;
@@ -89,33 +98,26 @@ diag::DiagnosisObject::SessionFactory SessionFactory(const host::ControlParts& p
 
 }  // namespace
 
-ControlAssembly::ControlAssembly(const Options& options, host::ControlParts views) : debug_(options.debug) {
+host::ControlParts CompleteParts(const Options& options, host::ControlParts views,
+                                 const host::OverrideSettings::Overrides& stand_ins) {
   host::ControlParts parts = std::move(views);
   parts.application_folder = QCoreApplication::applicationDirPath().toStdString();
   parts.loop = std::make_shared<platform::QtEventLoop>();
-  parts.settings = settings_ = OpenSettings(options, parts);
+  parts.settings = OpenSettings(options, parts, stand_ins);
   parts.power = OpenPower(options, parts);
   parts.serial_port = OpenSerial(options, parts);
   parts.tcp_server = std::make_shared<platform::QtTcpSocket>(options.listen_address, options.allowed_clients,
                                                              TraceTo(parts.terminal));
   parts.tcp_port = options.tcp_port;
-  parts.create_session = SessionFactory(parts);
-  control_ = host::ServerControl::Create(std::move(parts));
+  if (parts.port_label) parts.port_scout = std::make_shared<platform::DevicePortScout>(parts.loop);
+  parts.create_session = SessionFactory(options, parts);
+  return parts;
 }
 
-bool ControlAssembly::Start() {
-  if (!control_->Initialise()) return false;
-  ChooseDiagnosticPort();
-  control_->Console().SetDebugTrace(debug_);
-  control_->Show();
-  return true;
-}
-
-// Nothing stored means a first start: the simulated ECU answers until somebody chooses an interface.
-void ControlAssembly::ChooseDiagnosticPort() {
-  if (settings_->Read(kCommPort)) return;
-  host::HostSettings(*settings_).RegSetValue("General", "CommPort", "SIM");
-  control_->Console().Line(
+void ChooseDiagnosticPort(const host::ControlParts& parts) {
+  if (parts.settings->Read(kCommPort)) return;
+  host::HostSettings(*parts.settings).RegSetValue("General", "CommPort", "SIM");
+  TraceTo(parts.terminal)(
       "No diagnostic interface chosen yet: the simulated ECU answers (General/CommPort=SIM)");
 }
 

@@ -1,31 +1,20 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <memory>
-
 #include "Options.h"
 #include "host/control/ControlParts.h"
-#include "host/control/ServerControl.h"
+#include "host/settings/OverrideSettings.h"
 
 namespace korval::apps {
 
-/// The control on Qt's adapters and our own diagnostic-session library.
-class ControlAssembly {
- public:
-  /// `views` holds the terminal, status, lists and message box; the rest is filled in here.
-  ControlAssembly(const Options& options, host::ControlParts views);
+/// Completes the views (terminal, status, lists, message box) with Qt's adapters and our own
+/// diagnostic-session library, as the options say. `stand_ins` hold where a setting is neither stored nor
+/// given as an option; they are never saved.
+host::ControlParts CompleteParts(const Options& options, host::ControlParts views,
+                                 const host::OverrideSettings::Overrides& stand_ins = {});
 
-  /// Initialises and shows the control. False when its settings were refused, which the person at the
-  /// console was told; raises Failure when the TCP port cannot be opened.
-  bool Start();
-  host::ServerControl& Control() { return *control_; }
-
- private:
-  void ChooseDiagnosticPort();
-
-  bool debug_;
-  std::shared_ptr<host::SettingsStore> settings_;
-  std::shared_ptr<host::ServerControl> control_;
-};
+/// Chooses the simulated ECU, and traces so, when no diagnostic port was ever chosen. The control has traced
+/// its banner by then.
+void ChooseDiagnosticPort(const host::ControlParts& parts);
 
 }  // namespace korval::apps

@@ -27,6 +27,7 @@ class UnseenList : public host::ListView {
   void Clear() override {}
   void AddRow(const std::vector<std::string>&) override {}
   void SetCell(std::size_t, std::size_t, const std::string&) override {}
+  void SetCellsWhenShown(std::function<void()>) override {}
 };
 
 class UnseenStatus : public host::StatusView {

@@ -3,8 +3,9 @@
 
 #include <memory>
 
-#include "ControlAssembly.h"
 #include "Options.h"
+#include "host/control/ControlParts.h"
+#include "host/control/ServerControl.h"
 
 namespace korval::apps {
 
@@ -17,7 +18,11 @@ class HeadlessServer {
   int Run();
 
  private:
-  std::unique_ptr<ControlAssembly> assembly_;
+  bool Start();
+
+  bool debug_;
+  host::ControlParts parts_;
+  std::shared_ptr<host::ServerControl> control_;
 };
 
 }  // namespace korval::apps

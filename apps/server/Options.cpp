@@ -37,6 +37,8 @@ void AddOptions(QCommandLineParser& parser) {
       WithValue("asap-folder", "DIR", "Folder of the description files."),
       WithValue("korv-folder", "DIR", "Folder of the ECU files."),
       WithValue("diag-port", "PORT", "Diagnostic port: SIM, COM3, /dev/ttyUSB0, CAN:socketcan:can0, NONE."),
+      WithValue("bus-trace", "FILE",
+                "Records all traffic with vehicles: candump's log format, or K-line bytes."),
       WithValue("settings", "FILE", "Store of the per-user settings."),
       WithValue("install-record", "FILE", "The machine-wide installation record."),
       Flag("debug", "Starts with \"Check & debug\" ticked."),
@@ -120,6 +122,7 @@ Options ParseOptions(const QStringList& arguments) {
   options.asap_folder = values.Text("asap-folder");
   options.korv_folder = values.Text("korv-folder");
   options.diag_port = values.Text("diag-port");
+  options.bus_trace = values.Text("bus-trace");
   options.settings_file = values.Text("settings");
   options.install_record_file = values.Text("install-record");
   return options;

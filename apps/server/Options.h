@@ -39,6 +39,7 @@ struct Options {
   std::optional<std::string> asap_folder;
   std::optional<std::string> korv_folder;
   std::optional<std::string> diag_port;
+  std::optional<std::string> bus_trace;
   std::optional<std::string> settings_file;
   std::optional<std::string> install_record_file;
 };

@@ -45,33 +45,14 @@ std::optional<double> ScaleAttribute(const pugi::xml_node& node, const char* nam
   return node.attribute(name) ? NumberAttribute(node, name) : absent;
 }
 
-bool IsText(Coding coding) { return coding == Coding::kAscii || coding == Coding::kBytes; }
-
 bool HasWholeBytes(const ItemDescription& item) { return item.first_bit % 8 == 0 && item.bits % 8 == 0; }
 
 // Whether the coding knows that many bits, at that place.
 bool IsPossible(const ItemDescription& item) {
   if (item.bits == 0 || item.BytesNeeded() > kLongestMessage) return false;
-  if (IsText(item.coding)) return HasWholeBytes(item) && !item.little_endian;
+  if (item.IsText()) return HasWholeBytes(item) && !item.little_endian;
   if (item.bits > 64 || (item.little_endian && !HasWholeBytes(item))) return false;
   return item.coding != Coding::kFloat || item.bits == 32 || item.bits == 64;
-}
-
-// The fraction of whole numbers with the smallest power of ten that gives exactly this step.
-void SetStep(ItemDescription& item, double step) {
-  static constexpr double kWholeNumbersEnd = 9007199254740992;  // 2^53
-  static constexpr int kMostDecimals = 15;
-  item.numerator = step;
-  double denominator = 1;
-  for (int decimals = 0; decimals <= kMostDecimals; ++decimals) {
-    const double numerator = std::round(step * denominator);
-    if (std::abs(numerator) < kWholeNumbersEnd && numerator / denominator == step) {
-      item.numerator = numerator;
-      item.denominator = denominator;
-      return;
-    }
-    denominator *= 10;
-  }
 }
 
 std::vector<ItemDescription::NamedValue> ReadTexts(const pugi::xml_node& node) {
@@ -113,6 +94,14 @@ std::optional<std::uint32_t> HexAttribute(const pugi::xml_node& node, const char
   return value;
 }
 
+std::optional<CanIdentifier> CanIdentifierAttribute(const pugi::xml_node& node, const char* name) {
+  static constexpr std::size_t kExtendedDigits = 8;
+  const bool extended = std::string_view(node.attribute(name).value()).size() == kExtendedDigits;
+  const auto number = HexAttribute(node, name);
+  if (!number || *number > (extended ? kLastExtendedIdentifier : kLastBaseIdentifier)) return std::nullopt;
+  return CanIdentifier{*number, extended};
+}
+
 std::optional<base::ByteBuffer> BytesAttribute(const pugi::xml_node& node, const char* name) {
   std::string hex = node.attribute(name).value();
   hex.erase(std::remove(hex.begin(), hex.end(), ' '), hex.end());
@@ -145,7 +134,7 @@ std::optional<ItemDescription> ReadDataItem(const pugi::xml_node& node) {
   item.scaled = node.attribute("Step") || node.attribute("Offset");
   item.offset = *offset;
   if (!IsPossible(item)) return std::nullopt;
-  SetStep(item, *step);
+  item.SetStep(*step);
   item.unit = node.attribute("Unit").value();
   item.texts = ReadTexts(node);
   return item;

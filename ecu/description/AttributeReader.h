@@ -8,6 +8,7 @@
 #include <pugixml.hpp>
 
 #include "base/ByteBuffer.h"
+#include "ecu/can/CanFrame.h"
 #include "ecu/description/ItemDescription.h"
 #include "ecu/description/Timing.h"
 
@@ -25,6 +26,8 @@ Milliseconds MillisecondsAttribute(const pugi::xml_node& node, const char* name,
 std::optional<double> NumberAttribute(const pugi::xml_node& node, const char* name);
 /// Hexadecimal number attribute of at most eight digits; none when it is absent or no such number.
 std::optional<std::uint32_t> HexAttribute(const pugi::xml_node& node, const char* name);
+/// A CAN identifier in hexadecimal, 8 digits mean 29 bit; none when it is absent or cannot exist.
+std::optional<CanIdentifier> CanIdentifierAttribute(const pugi::xml_node& node, const char* name);
 /// Bytes in hexadecimal, blanks allowed between them; none when the attribute holds anything else.
 std::optional<base::ByteBuffer> BytesAttribute(const pugi::xml_node& node, const char* name);
 

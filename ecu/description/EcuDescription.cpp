@@ -40,15 +40,9 @@ FunctionDescription::Init InitOf(std::string_view name) {
   return name == "none" ? FunctionDescription::Init::kNone : FunctionDescription::Init::kFast;
 }
 
-Timing ReadTiming(const pugi::xml_node& node) {
-  static constexpr std::int32_t kMinute = 60000;
-  Timing timing;
-  timing.p2 = MillisecondsAttribute(node, "P2Ms", timing.p2, 1, kMinute);
-  timing.p3 = MillisecondsAttribute(node, "P3Ms", timing.p3, 0, kMinute);
-  timing.p4 = MillisecondsAttribute(node, "P4Ms", timing.p4, 0, 1000);
-  timing.st_min = MillisecondsAttribute(node, "StMinMs", timing.st_min, 0, 127);
-  timing.block_size = IntegerAttribute(node, "BlockSize", timing.block_size, 0, 255);
-  return timing;
+FunctionDescription::Echo EchoOf(std::string_view name) {
+  if (name == "on") return FunctionDescription::Echo::kOn;
+  return name == "off" ? FunctionDescription::Echo::kOff : FunctionDescription::Echo::kAutomatic;
 }
 
 FunctionDescription ReadFunction(const pugi::xml_node& node) {
@@ -59,15 +53,15 @@ FunctionDescription ReadFunction(const pugi::xml_node& node) {
   function.address = ByteAttribute(node, "Address", function.address);
   function.tester = ByteAttribute(node, "Tester", function.tester);
   function.init = InitOf(node.attribute("Init").value());
+  function.init_address = ByteAttribute(node, "InitAddress", function.address);
+  function.echo = EchoOf(node.attribute("Echo").value());
   function.baud = IntegerAttribute(node, "Baud", function.baud, 1, 4000000);
-  function.request_id = HexAttribute(node, "RequestId");
-  function.response_id = HexAttribute(node, "ResponseId");
-  function.extended_ids = std::string_view(node.attribute("RequestId").value()).size() == 8;
+  function.transport = TransportDescription::Read(node);
   if (const auto session = HexAttribute(node, "Session"); session && *session <= 0xFF) {
     function.session = static_cast<std::uint8_t>(*session);
   }
   function.keep_alive = MillisecondsAttribute(node, "KeepAliveMs", function.keep_alive, 0, 3600000);
-  function.timing = ReadTiming(node);
+  function.timing = Timing::Read(node);
   return function;
 }
 
@@ -88,6 +82,15 @@ SignalDescription ReadSignal(const pugi::xml_node& node) {
   signal.max = NumberAttribute(node, "Max").value_or(0);
   signal.period = MillisecondsAttribute(node, "PeriodMs", signal.period, 1, 86400000);
   return signal;
+}
+
+std::optional<WireFault> WireFaultOf(std::string_view name) {
+  if (name == "late") return WireFault::kLate;
+  if (name == "missing") return WireFault::kMissing;
+  if (name == "damaged") return WireFault::kDamaged;
+  if (name == "pending") return WireFault::kPending;
+  if (name == "foreign") return WireFault::kForeign;
+  return std::nullopt;
 }
 
 SimulationDescription ReadSimulation(const pugi::xml_node& node) {
@@ -111,6 +114,7 @@ SimulationDescription ReadSimulation(const pugi::xml_node& node) {
     read.request = fault.attribute("Request").value();
     read.number = IntegerAttribute(fault, "Number", kNoAnswer, 1, 65535);
     read.times = IntegerAttribute(fault, "Times", 1, 0, 2147483647);
+    read.wire = WireFaultOf(fault.attribute("Wire").value());
     if (!read.request.empty() || std::string_view(fault.attribute("Init").value()) == "1") {
       simulation.faults.push_back(std::move(read));
     }

@@ -16,11 +16,14 @@
 #include "ecu/description/ItemDescription.h"
 #include "ecu/description/RequestDescription.h"
 #include "ecu/description/Timing.h"
+#include "ecu/description/TransportDescription.h"
 
 namespace korval::ecu {
 
 struct FunctionDescription {
   enum class Init { kFast, kSlow, kNone };
+  /// Whether the K-line adapter returns what is sent.
+  enum class Echo { kAutomatic, kOn, kOff };
 
   std::string name;
   std::string ecu;                   ///< the name shown to people
@@ -28,10 +31,10 @@ struct FunctionDescription {
   std::uint8_t address = 0x10;
   std::uint8_t tester = 0xF1;
   Init init = Init::kFast;
+  std::uint8_t init_address = 0x10;  ///< of the 5-baud initialisation
+  Echo echo = Echo::kAutomatic;
   std::int32_t baud = 10400;
-  std::optional<std::uint32_t> request_id;  ///< CAN identifiers; 8 digits in the file mean 29 bit
-  std::optional<std::uint32_t> response_id;
-  bool extended_ids = false;
+  TransportDescription transport;
   std::optional<std::uint8_t> session;  ///< diagnostic mode opened after the start
   Milliseconds keep_alive{2000};        ///< tester present after this much silence, 0: never
   Timing timing;
@@ -48,6 +51,15 @@ struct SignalDescription {
   Milliseconds period{1000};
 };
 
+/// What goes wrong with one answer on its way over a real line or bus.
+enum class WireFault {
+  kLate,     ///< it comes after the tester has given up
+  kMissing,  ///< it does not come
+  kDamaged,  ///< its bytes are not what the ECU sent
+  kPending,  ///< "response pending" comes first
+  kForeign   ///< another ECU's message comes first
+};
+
 struct SimulationDescription {
   struct Dtc {
     std::uint16_t code = 0;
@@ -61,6 +73,7 @@ struct SimulationDescription {
     std::string request;  ///< name of a request; "" for the initialisation
     std::int32_t number = 0;
     std::int32_t times = 1;
+    std::optional<WireFault> wire;  ///< a fault of the wire; the number has no meaning then
   };
 
   Milliseconds latency{0};

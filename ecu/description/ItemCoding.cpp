@@ -16,32 +16,46 @@ namespace {
 using base::Variant;
 
 [[noreturn]] void Refuse(const ItemDescription& item, const std::string& why) {
-  throw base::Failure(kValueRefused, "Value refused for " + item.name + ": " + why);
-}
-
-std::uint64_t WithBytesSwapped(std::uint64_t raw, std::size_t bits) {
-  std::uint64_t swapped = 0;
-  for (std::size_t shift = 0; shift < bits; shift += 8) swapped = (swapped << 8) | ((raw >> shift) & 0xFF);
-  return swapped;
+  throw base::Failure(kValueRefused, item.name + ": " + why);
 }
 
 // The item's bits, most significant first. The message is long enough.
-std::uint64_t BitsOf(const ItemDescription& item, base::ByteView message) {
+std::uint64_t BigEndianBits(const ItemDescription& item, base::ByteView message) {
   const std::size_t end = item.BytesNeeded();
   std::size_t byte = item.FirstByte();
   std::uint64_t raw = message[byte] & (0xFFU >> (item.first_bit % 8));
   while (++byte < end - 1) raw = (raw << 8) | message[byte];
   const std::size_t unused = end * 8 - item.first_bit - item.bits;
-  if (byte < end) {
-    raw = (raw << (8 - unused)) | (static_cast<unsigned>(message[byte]) >> unused);
-  } else {
-    raw >>= unused;
+  if (byte < end) return (raw << (8 - unused)) | (static_cast<unsigned>(message[byte]) >> unused);
+  return raw >> unused;
+}
+
+std::uint64_t LowBits(std::size_t count) { return ~std::uint64_t{0} >> (64 - count); }
+
+std::uint64_t LittleEndianBits(const ItemDescription& item, base::ByteView message) {
+  std::size_t byte = item.FirstByte();
+  const std::size_t shift = item.first_bit % 8;
+  std::uint64_t raw = static_cast<std::uint64_t>(message[byte]) >> shift;
+  for (std::size_t place = 8 - shift; place < item.bits; place += 8) {
+    raw |= static_cast<std::uint64_t>(message[++byte]) << place;
   }
-  return item.little_endian ? WithBytesSwapped(raw, item.bits) : raw;
+  return raw & LowBits(item.bits);
+}
+
+std::uint64_t BitsOf(const ItemDescription& item, base::ByteView message) {
+  return item.little_endian ? LittleEndianBits(item, message) : BigEndianBits(item, message);
+}
+
+void SetLittleEndianBits(const ItemDescription& item, std::uint64_t raw, base::ByteBuffer& message) {
+  for (std::size_t bit = 0; bit < item.bits; ++bit) {
+    const std::size_t place = item.first_bit + bit;
+    message.SetBits(place / 8 * 8 + 7 - place % 8, 1, (raw >> bit) & 1);
+  }
 }
 
 void SetBitsOf(const ItemDescription& item, std::uint64_t raw, base::ByteBuffer& message) {
-  message.SetBits(item.first_bit, item.bits, item.little_endian ? WithBytesSwapped(raw, item.bits) : raw);
+  if (item.little_endian) return SetLittleEndianBits(item, raw, message);
+  message.SetBits(item.first_bit, item.bits, raw);
 }
 
 std::int64_t SignExtended(std::uint64_t raw, std::size_t bits) {
@@ -103,7 +117,7 @@ bool HasRawNumber(const ItemDescription& item) {
   return item.coding != Coding::kFloat && item.coding != Coding::kAscii && item.coding != Coding::kBytes;
 }
 
-// The raw number that Text children name; none for codings without one.
+// The raw number that Text children name; none for codings without one. The message holds the item.
 std::optional<std::int64_t> RawNumber(const ItemDescription& item, base::ByteView message) {
   switch (item.coding) {
     case Coding::kUnsigned:
@@ -225,6 +239,10 @@ Variant DecodeItem(const ItemDescription& item, base::ByteView message) {
       return base::HexText(BytesOf(item, message));
   }
   return {};
+}
+
+std::optional<std::int64_t> DecodeRaw(const ItemDescription& item, base::ByteView message) {
+  return HoldsItem(item, message) ? RawNumber(item, message) : std::nullopt;
 }
 
 std::string DecodeText(const ItemDescription& item, base::ByteView message) {

@@ -17,6 +17,9 @@ namespace korval::ecu {
 /// upper-case hexadecimal digits; bcd as unsigned, empty when a digit is none.
 base::Variant DecodeItem(const ItemDescription& item, base::ByteView message);
 
+/// The bits as a number; none when the message does not hold them, or for float, ascii and bytes.
+std::optional<std::int64_t> DecodeRaw(const ItemDescription& item, base::ByteView message);
+
 /// The text that names the raw value, else the value as text; "" without a value.
 std::string DecodeText(const ItemDescription& item, base::ByteView message);
 

@@ -18,11 +18,13 @@ struct ItemDescription {
   };
 
   // What decoding needs stands together: acquisition decodes a thousand items in a row.
-  std::size_t first_bit = 0;  ///< from the message's first bit, the most significant of byte 1
+  /// Big-endian: of the most significant bit, counted from the most significant of byte 1. Little-endian: of
+  /// the least significant bit, counted from the least significant of byte 1.
+  std::size_t first_bit = 0;
   std::size_t bits = 8;
   Coding coding = Coding::kUnsigned;
-  bool little_endian = false;  ///< whole bytes only
-  bool scaled = false;         ///< Step or Offset is given: the value is a Double
+  bool little_endian = false;
+  bool scaled = false;  ///< Step or Offset is given: the value is a Double
   /// Step as a fraction, 0.01 as 1 / 100: the value is then the double nearest to what the file says.
   double numerator = 1;  ///< never 0
   double denominator = 1;
@@ -31,10 +33,13 @@ struct ItemDescription {
   std::string unit;
   std::vector<NamedValue> texts;
 
+  /// Not 0.
+  void SetStep(double step);
   double ValueOf(double raw) const { return raw * numerator / denominator + offset; }
   double RawOf(double value) const { return (value - offset) * denominator / numerator; }
 
   std::size_t FirstByte() const { return first_bit / 8; }
+  bool IsText() const { return coding == Coding::kAscii || coding == Coding::kBytes; }
   /// Length of the shortest message that holds the item.
   std::size_t BytesNeeded() const { return (first_bit + bits + 7) / 8; }
 };

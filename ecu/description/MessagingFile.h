@@ -2,10 +2,17 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "ecu/description/EcuDescription.h"
+#include <pugixml.hpp>
+
+#include "ecu/can/CanFrame.h"
+#include "ecu/description/ItemDescription.h"
+#include "ecu/description/Timing.h"
+#include "ecu/description/TransportDescription.h"
 
 namespace korval::ecu {
 
@@ -13,26 +20,39 @@ namespace korval::ecu {
 struct MessagingFile {
   struct Diagnostic {
     std::string function;
-    std::uint32_t request_id = 0;
-    std::uint32_t response_id = 0;
-    bool extended_ids = false;
-    Timing timing;
-    std::uint8_t padding = 0x55;
+    TransportDescription transport;  ///< with both identifiers
   };
+  /// Frames of one identifier: all, or those in which the multiplexor has a value.
   struct Frame {
-    std::uint32_t identifier = 0;
-    bool extended_id = false;
+    struct Multiplexor {
+      ItemDescription item;
+      std::int64_t raw = 0;
+    };
+
     std::string name;
-    Milliseconds cycle{0};
+    CanIdentifier identifier;
+    Milliseconds cycle{0};  ///< 0: comes when it likes
+    std::optional<Multiplexor> multiplexor;
     std::vector<ItemDescription> items;
   };
+
+  /// The messages of a DBC file, which says nothing of diagnostics and of the bit rate.
+  static MessagingFile FromDbc(std::string_view content);
+  /// An element xml/messaging.
+  static MessagingFile FromXml(const pugi::xml_node& messaging);
 
   std::int32_t bitrate = 500000;
   std::vector<Diagnostic> diagnostics;
   std::vector<Frame> frames;
+  /// What was left out of a DBC file, and why, a sentence each.
+  std::vector<std::string> notes;
+
+  /// What the file says about a function's diagnosis; nothing when it does not know the function.
+  TransportDescription TransportOf(const std::string& function) const;
 };
 
-/// Reads an XML messaging file by its full path. Raises Failure when it cannot be read or is none.
+/// Reads an XML messaging file, or a DBC file by its ending, by its full path. Raises Failure when it cannot
+/// be read or is none.
 MessagingFile LoadMessagingFile(const std::string& path);
 
 }  // namespace korval::ecu

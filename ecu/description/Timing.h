@@ -1,20 +1,78 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstdint>
+#include <optional>
+
+#include <pugixml.hpp>
 
 namespace korval::ecu {
 
 using Milliseconds = std::chrono::milliseconds;
 
-/// Timing of the link, ISO 14230-2 clause 4.4.
+/// The times of the diagnostic services and of the K-line (ISO 14230-2 clauses 4.4 and 5.2), all in
+/// milliseconds. What the file does not say is left open.
 struct Timing {
-  Milliseconds p2{50};          ///< P2: longest wait for an answer, 1 to 60000
-  Milliseconds p3{55};          ///< P3: shortest silence before the next request, 0 to 60000
-  Milliseconds p4{5};           ///< P4: silence between the bytes of a request, 0 to 1000
-  Milliseconds st_min{0};       ///< STmin asked of the sender (ISO 15765-2), 0 to 127
-  std::int32_t block_size = 0;  ///< BS asked of the sender (ISO 15765-2), 0 to 255
+  using Number = std::optional<std::int32_t>;
+
+  static Timing Read(const pugi::xml_node& node);
+  /// The time, or its default.
+  Milliseconds Value(Number Timing::*number) const;
+
+  Number p1;
+  Number p2_min;
+  Number p2;
+  Number p2_star;
+  Number pending_cap;
+  Number busy_repeat;
+  Number busy_cap;
+  Number p3;
+  Number p3_max;
+  Number p4;
+  Number t_idle;
+  Number t_ini_l;
+  Number t_wup;
+  Number w0;
+  Number w1;
+  Number w2;
+  Number w3;
+  Number w4;
+  Number w4_max;
 };
+
+/// A time as the ECU file gives it, a whole number of milliseconds.
+struct TimingParameter {
+  const char* attribute;
+  const char* symbol;
+  std::int32_t fallback;
+  std::int32_t lowest;
+  std::int32_t highest;
+  Timing::Number Timing::*value;
+};
+
+/// The table that reading, defaults and docs/ecu-file.md stand on.
+inline constexpr std::array<TimingParameter, 19> kTimingParameters{{
+    {"P1Ms", "P1max", 20, 1, 1000, &Timing::p1},
+    {"P2MinMs", "P2min", 25, 0, 60000, &Timing::p2_min},
+    {"P2Ms", "P2max", 50, 1, 60000, &Timing::p2},
+    {"P2StarMs", "P2*max", 5000, 1, 600000, &Timing::p2_star},
+    {"PendingCapMs", "", 60000, 1, 3600000, &Timing::pending_cap},
+    {"BusyRepeatMs", "", 100, 1, 60000, &Timing::busy_repeat},
+    {"BusyCapMs", "", 2000, 0, 3600000, &Timing::busy_cap},
+    {"P3Ms", "P3min", 55, 0, 60000, &Timing::p3},
+    {"P3MaxMs", "P3max", 5000, 1, 3600000, &Timing::p3_max},
+    {"P4Ms", "P4min", 5, 0, 1000, &Timing::p4},
+    {"TIdleMs", "TIdle, W5", 300, 0, 60000, &Timing::t_idle},
+    {"TIniLMs", "TiniL", 25, 1, 1000, &Timing::t_ini_l},
+    {"TWupMs", "TWup", 50, 2, 2000, &Timing::t_wup},
+    {"W0Ms", "W0", 2, 0, 60000, &Timing::w0},
+    {"W1Ms", "W1", 300, 1, 60000, &Timing::w1},
+    {"W2Ms", "W2", 20, 1, 60000, &Timing::w2},
+    {"W3Ms", "W3", 20, 1, 60000, &Timing::w3},
+    {"W4Ms", "W4min", 25, 0, 60000, &Timing::w4},
+    {"W4MaxMs", "W4max", 50, 1, 60000, &Timing::w4_max},
+}};
 
 }  // namespace korval::ecu

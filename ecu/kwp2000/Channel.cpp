@@ -12,16 +12,15 @@
 namespace korval::ecu {
 namespace {
 
-using std::chrono::seconds;
-
 constexpr std::uint8_t kStartDiagnosticSession = 0x10;
 constexpr std::uint8_t kTesterPresent = 0x3E;
-// P2* of ISO 14230-2 (its P3 max), and how long an ECU may ask for more.
-constexpr seconds kPendingWait{5};
-constexpr seconds kOverallWait{60};
+// A 5-baud initialisation with the longest times there are, and the silence in front of it.
+constexpr std::chrono::minutes kConnectWait{6};
 
-ExchangeTiming TimingOf(const FunctionDescription& function, Milliseconds latency) {
-  return {function.timing.p2 + latency, kPendingWait + latency, kOverallWait + latency};
+ExchangeTiming TimingOf(const Timing& timing, std::chrono::microseconds latency) {
+  return {timing.Value(&Timing::p2) + latency, timing.Value(&Timing::p2_star) + latency,
+          timing.Value(&Timing::pending_cap) + latency, timing.Value(&Timing::busy_repeat),
+          timing.Value(&Timing::busy_cap)};
 }
 
 // After these nothing is known of the ECU's state: it has to be initialised anew.
@@ -47,7 +46,12 @@ Channel::Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageL
                       current_->exchange.MessageArrived(message, loop_->Now());
                       Settle();
                     },
-                    [this](std::int32_t number, const std::string& detail) { LinkFailed(number, detail); }});
+                    [this](std::int32_t number, const std::string& detail) { LinkFailed(number, detail); },
+                    [this](base::TimePoint until) {
+                      if (!current_) return;
+                      current_->exchange.LinkBusy(until);
+                      Settle();
+                    }});
 }
 
 Channel::~Channel() { link_->Close(); }
@@ -105,11 +109,19 @@ void Channel::Close() {
 std::shared_ptr<Channel::Pending> Channel::Start(base::ByteView request,
                                                  std::function<void(Pending&)> on_done) {
   const base::TimePoint now = loop_->Now();
-  auto pending = std::make_shared<Pending>(
-      Pending{Exchange(request, TimingOf(function_, link_->Latency()), now), std::move(on_done), {}, false});
+  auto pending =
+      std::make_shared<Pending>(Pending{base::ByteBuffer(request),
+                                        Exchange(request, TimingOf(function_.timing, link_->Latency()), now),
+                                        std::move(on_done),
+                                        {},
+                                        false});
   current_ = pending;
   last_exchange_ = now;
-  link_->Send(request);
+  try {
+    link_->Send(request);
+  } catch (const base::Failure& failure) {
+    if (current_ == pending) pending->failure = failure;
+  }
   Settle();
   return pending;
 }
@@ -188,14 +200,16 @@ void Channel::LinkFailed(std::int32_t number, const std::string& detail) {
     Finish();
   } else if (state_ == State::kConnecting) {
     EndConnect(std::move(failure));
-  } else {
+  } else if (IsLinkLost(number)) {
     state_ = State::kDisconnected;
   }
 }
 
 void Channel::TimerFired() {
   if (!current_) return;
-  current_->exchange.TimeElapsed(loop_->Now());
+  const auto pending = current_;
+  pending->exchange.TimeElapsed(loop_->Now());
+  if (pending->exchange.TakeRepeat()) link_->Send(pending->request.View());
   Settle();
 }
 
@@ -222,7 +236,8 @@ void Channel::KeepAlive() {
 // Every exchange and every start of the communication ends by its own deadline, well within this one.
 void Channel::WaitUntil(const std::function<bool()>& done) {
   if (!done()) {
-    const base::TimePoint deadline = loop_->Now() + 2 * (kOverallWait + link_->Latency());
+    const base::TimePoint deadline =
+        loop_->Now() + 2 * (function_.timing.Value(&Timing::pending_cap) + link_->Latency()) + kConnectWait;
     if (!loop_->RunUntil(deadline, [&] { return closed_ || done(); })) {
       throw errors_->MakeFailure(kNoAnswer, function_.ecu + " is kept busy by other requests");
     }

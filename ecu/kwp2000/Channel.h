@@ -48,6 +48,7 @@ class Channel : public std::enable_shared_from_this<Channel> {
  private:
   enum class State { kDisconnected, kConnecting, kConnected };
   struct Pending {
+    base::ByteBuffer request;
     Exchange exchange;
     std::function<void(Pending&)> on_done;  // none for an exchange that somebody waits for
     std::optional<base::Failure> failure;   // of the link

@@ -6,6 +6,7 @@
 namespace korval::ecu {
 namespace {
 
+constexpr std::uint8_t kBusyRepeatRequest = 0x21;
 constexpr std::uint8_t kResponsePending = 0x78;
 constexpr std::size_t kNegativeLength = 3;
 
@@ -28,7 +29,7 @@ std::size_t RepeatedBytes(std::uint8_t service) {
 }  // namespace
 
 Exchange::Exchange(base::ByteView request, const ExchangeTiming& timing, base::TimePoint now)
-    : pending_(timing.pending), last_deadline_(now + timing.overall) {
+    : timing_(timing), last_deadline_(now + timing.overall) {
   std::copy_n(request.begin(), std::min(request.size(), head_.size()), head_.begin());
   repeated_ = std::min(RepeatedBytes(head_[0]), request.size() - 1);
   deadline_ = std::min(now + timing.answer, last_deadline_);
@@ -48,9 +49,10 @@ bool Exchange::IsNegative(base::ByteView message) const {
 void Exchange::MessageArrived(base::ByteView message, base::TimePoint now) {
   if (state_ != State::kWaiting || message.empty()) return;
   if (IsNegative(message) && message[2] == kResponsePending) {
-    deadline_ = std::min(now + pending_, last_deadline_);
+    deadline_ = std::min(now + timing_.pending, last_deadline_);
     return;
   }
+  if (IsNegative(message) && message[2] == kBusyRepeatRequest && PlanRepeat(now)) return;
   if (IsPositive(message)) {
     state_ = State::kPositive;
   } else if (IsNegative(message)) {
@@ -59,8 +61,22 @@ void Exchange::MessageArrived(base::ByteView message, base::TimePoint now) {
   answer_ = base::ByteBuffer(message);
 }
 
+bool Exchange::PlanRepeat(base::TimePoint now) {
+  if (!repeat_end_) repeat_end_ = std::min(now + timing_.busy_cap, last_deadline_);
+  const base::TimePoint due = now + timing_.busy_repeat;
+  if (due >= *repeat_end_) return false;
+  repeat_at_ = due;
+  return true;
+}
+
 void Exchange::TimeElapsed(base::TimePoint now) {
-  if (state_ != State::kWaiting || now < deadline_) return;
+  if (state_ != State::kWaiting || now < Deadline()) return;
+  if (repeat_at_) {
+    repeat_at_.reset();
+    repeat_due_ = true;
+    deadline_ = now + timing_.answer;
+    return;
+  }
   state_ = answer_.Empty() ? State::kSilent : State::kForeign;
 }
 

@@ -3,9 +3,11 @@
 // the time go in, the outcome and a deadline come out.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
-#include <string>
+#include <optional>
+#include <utility>
 
 #include "base/ByteBuffer.h"
 #include "base/EventLoop.h"
@@ -21,6 +23,10 @@ struct ExchangeTiming {
   base::TimePoint answer{};   ///< P2: until the answer
   base::TimePoint pending{};  ///< P2*: until the answer, after each "response pending"
   base::TimePoint overall{};  ///< cap on all of it, however often the ECU asks for time
+  /// After "busy, repeat request" (21): how long until the request is repeated, and how long after the first
+  /// one it still is.
+  base::TimePoint busy_repeat{};
+  base::TimePoint busy_cap{};
 };
 
 class Exchange {
@@ -40,10 +46,17 @@ class Exchange {
   /// does not extend the wait; 7F ss 78 does.
   void MessageArrived(base::ByteView message, base::TimePoint now);
   void TimeElapsed(base::TimePoint now);
+  /// Whether the request has to be sent once more now; holds once.
+  bool TakeRepeat() { return std::exchange(repeat_due_, false); }
+  /// The link carries a part of the request or of the answer until then at the latest: P2 does not end
+  /// before P2 later.
+  void LinkBusy(base::TimePoint until) { busy_deadline_ = until + timing_.answer; }
 
   State CurrentState() const { return state_; }
   /// When TimeElapsed is due.
-  base::TimePoint Deadline() const { return deadline_; }
+  base::TimePoint Deadline() const {
+    return repeat_at_.value_or(std::min(std::max(deadline_, busy_deadline_), last_deadline_));
+  }
   /// The positive or negative answer; the last foreign one when there was no other.
   const base::ByteBuffer& Answer() const { return answer_; }
   base::ByteBuffer& Answer() { return answer_; }
@@ -53,13 +66,18 @@ class Exchange {
  private:
   bool IsPositive(base::ByteView message) const;
   bool IsNegative(base::ByteView message) const;
+  bool PlanRepeat(base::TimePoint now);
 
   // The request's service, and the identifier that its positive answer repeats.
   std::array<std::uint8_t, 3> head_{};
   std::size_t repeated_ = 0;  // bytes of the identifier
-  base::TimePoint pending_;
+  ExchangeTiming timing_;
   base::TimePoint last_deadline_;
   base::TimePoint deadline_;
+  base::TimePoint busy_deadline_{};
+  std::optional<base::TimePoint> repeat_end_;  // none while the ECU was not busy
+  std::optional<base::TimePoint> repeat_at_;
+  bool repeat_due_ = false;
   State state_ = State::kWaiting;
   base::ByteBuffer answer_;
 };

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/ByteBuffer.h"
+#include "base/EventLoop.h"
 #include "ecu/description/EcuDescription.h"
 
 namespace korval::ecu {
@@ -22,6 +23,10 @@ class MessageLink {
     /// The start, the last message or the link as a whole failed: a number of ErrorNumbers.h, and what
     /// happened in a sentence.
     std::function<void(std::int32_t, const std::string&)> on_failure;
+    /// A part of the request is going out or a part of the answer is coming in, and that takes until then at
+    /// the latest: the time in which the ECU answers counts from there. A link whose messages take no time
+    /// worth mentioning need not raise it.
+    std::function<void(base::TimePoint)> on_busy = {};
   };
 
   virtual ~MessageLink() = default;

@@ -6,16 +6,17 @@
 #include <vector>
 
 #include "diag/viator3.h"
-#include "ecu/description/ErrorTable.h"
+#include "ecu/session/LinkHost.h"
 #include "ecu/session/RequestTable.h"
 
 namespace korval::ecu {
 
-/// The function "CAN": the cyclic frames of the messaging file, one request a frame. There is no ECU behind
+/// The function "CAN": the cyclic frames of the messaging file, one request a frame or, of a frame with a
+/// multiplexor, a value of it. There is no ECU behind
 /// it to initialise or to send requests to.
 class CanEcu : public viator3::Ecu {
  public:
-  explicit CanEcu(std::shared_ptr<const ErrorTable> errors) : errors_(std::move(errors)) {}
+  explicit CanEcu(std::shared_ptr<LinkHost> host) : host_(std::move(host)) {}
 
   bool MessagingLoaded() const { return messaging_loaded_; }
 
@@ -33,7 +34,7 @@ class CanEcu : public viator3::Ecu {
   void LoadMessaging(const std::string& path) override;
 
  private:
-  std::shared_ptr<const ErrorTable> errors_;
+  std::shared_ptr<LinkHost> host_;
   std::string name_ = "CAN";
   std::vector<std::string> reference_data_;
   bool messaging_loaded_ = false;

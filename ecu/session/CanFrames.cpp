@@ -33,7 +33,7 @@ std::int32_t ReadIdentifier(const std::string& text, const ErrorTable& errors) {
   return *identifier;
 }
 
-CanFrame ReadFrame(const pugi::xml_node& identifier, const ErrorTable& errors) {
+FrameToSend ReadFrame(const pugi::xml_node& identifier, const ErrorTable& errors) {
   const pugi::xml_node data = identifier.next_sibling();
   if (std::string_view(data.name()) != "s") {
     throw errors.MakeFailure(kValueRefused, "CAN identifier '" + std::string(identifier.child_value()) +
@@ -44,8 +44,8 @@ CanFrame ReadFrame(const pugi::xml_node& identifier, const ErrorTable& errors) {
 
 }  // namespace
 
-std::vector<CanFrame> ReadCanFrames(const pugi::xml_document& document, const ErrorTable& errors) {
-  std::vector<CanFrame> frames;
+std::vector<FrameToSend> ReadCanFrames(const pugi::xml_document& document, const ErrorTable& errors) {
+  std::vector<FrameToSend> frames;
   for (const pugi::xml_node& group : document.document_element().children("x")) {
     for (const pugi::xml_node& identifier : group.children("i"))
       frames.push_back(ReadFrame(identifier, errors));

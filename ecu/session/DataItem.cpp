@@ -17,14 +17,24 @@ base::Variant DataItem::Value() const { return DecodeItem(item_, Message()); }
 
 std::string DataItem::Text() const { return DecodeText(item_, Message()); }
 
-void DataItem::SetValue(const base::Variant& value) { EncodeItem(item_, value, RequireWritable()); }
+void DataItem::SetValue(const base::Variant& value) {
+  Write([&](base::ByteBuffer& message) { EncodeItem(item_, value, message); });
+}
 
-void DataItem::SetText(const std::string& text) { EncodeText(item_, text, RequireWritable()); }
+void DataItem::SetText(const std::string& text) {
+  Write([&](base::ByteBuffer& message) { EncodeText(item_, text, message); });
+}
 
-base::ByteBuffer& DataItem::RequireWritable() {
-  if (side_ == Side::kSent) return messages_->sent;
-  throw base::Failure(
-      kReadOnly, "Read only: " + item_.name + " is part of the answer to " + messages_->description->name);
+void DataItem::Write(const std::function<void(base::ByteBuffer&)>& encode) {
+  if (side_ != Side::kSent) {
+    throw messages_->errors->MakeFailure(
+        kReadOnly, item_.name + " is part of the answer to " + messages_->description->name);
+  }
+  try {
+    encode(messages_->sent);
+  } catch (const base::Failure& failure) {
+    throw messages_->errors->MakeFailure(failure.Number(), failure.Description());
+  }
 }
 
 }  // namespace korval::ecu

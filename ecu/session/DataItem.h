@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "base/ByteBuffer.h"
 #include "diag/viator3.h"
+#include "ecu/description/ErrorTable.h"
 #include "ecu/description/RequestDescription.h"
 
 namespace korval::ecu {
@@ -14,6 +16,7 @@ namespace korval::ecu {
 /// are asked.
 struct RequestMessages {
   std::shared_ptr<const RequestDescription> description;
+  std::shared_ptr<const ErrorTable> errors;
   base::ByteBuffer sent;
   base::ByteBuffer answer;
 };
@@ -38,7 +41,7 @@ class DataItem : public viator3::DataItem {
   base::ByteView Message() const {
     return (side_ == Side::kSent ? messages_->sent : messages_->answer).View();
   }
-  base::ByteBuffer& RequireWritable();
+  void Write(const std::function<void(base::ByteBuffer&)>& encode);
 
   Side side_;
   const ItemDescription& item_;

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "base/ByteBuffer.h"
+#include "ecu/can/CanFrame.h"
 #include "ecu/description/EcuDescription.h"
+#include "ecu/description/MessagingFile.h"
 #include "ecu/kwp2000/MessageLink.h"
 
 namespace korval::ecu {
@@ -17,6 +20,13 @@ class DiagnosticInterface {
   virtual std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) = 0;
   /// Sends a CAN frame of 0 to 8 bytes.
   virtual void SendFrame(std::int32_t identifier, base::ByteView data) = 0;
+  /// Tells who uses which CAN identifiers. An interface without a CAN bus has no use for it.
+  virtual void UseMessaging(const std::shared_ptr<const MessagingFile>& /*messaging*/) {}
+  /// Every CAN frame goes there, whoever it is for. An interface without a CAN bus hears none.
+  virtual void HearFrames(const std::function<void(const CanFrame&)>& /*on_frame*/) {}
+  /// The links were closed, the interface is about to be. Runs events, for a second at most, until what ends
+  /// the communications has gone out.
+  virtual void Leave() {}
 };
 
 }  // namespace korval::ecu

@@ -15,16 +15,26 @@ void LinkHost::Open(const std::string& port) {
   Close();
   port_ = port;
   if (port.empty() && std::exchange(was_open_, false)) return;
-  interface_ = OpenInterface(port, environment_, *errors_);
+  interface_ = OpenInterface(port, environment_, errors_, messaging_);
   was_open_ = true;
+  interface_->HearFrames([frames = frames_, loop = environment_.loop](const CanFrame& frame) {
+    frames->FrameArrived(frame, loop->Now());
+  });
 }
 
 void LinkHost::Close() {
+  const auto interface = EndChannels();
+  if (interface) interface->Leave();
+}
+
+std::unique_ptr<DiagnosticInterface> LinkHost::EndChannels() {
   const auto channels = std::exchange(channels_, {});
-  interface_.reset();
+  auto interface = std::exchange(interface_, nullptr);
+  frames_->Forget();
   for (const auto& weak : channels) {
     if (const auto channel = weak.lock()) channel->Close();
   }
+  return interface;
 }
 
 std::shared_ptr<Channel> LinkHost::OpenChannel(const std::shared_ptr<const EcuDescription>& ecu) {
@@ -37,6 +47,15 @@ std::shared_ptr<Channel> LinkHost::OpenChannel(const std::shared_ptr<const EcuDe
 
 void LinkHost::SendFrame(std::int32_t identifier, base::ByteView data) {
   RequireInterface().SendFrame(identifier, data);
+}
+
+void LinkHost::UseMessaging(std::shared_ptr<const MessagingFile> messaging) {
+  messaging_ = std::move(messaging);
+  if (interface_) interface_->UseMessaging(messaging_);
+}
+
+void LinkHost::Note(const std::string& text) const {
+  if (environment_.on_note) environment_.on_note(text);
 }
 
 DiagnosticInterface& LinkHost::RequireInterface() {

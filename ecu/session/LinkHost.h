@@ -6,8 +6,10 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
+#include "ecu/can/CyclicFrames.h"
 #include "ecu/description/EcuDescription.h"
 #include "ecu/description/ErrorTable.h"
+#include "ecu/description/MessagingFile.h"
 #include "ecu/kwp2000/Channel.h"
 #include "ecu/session/DiagnosticInterface.h"
 #include "ecu/session/SessionFactory.h"
@@ -24,22 +26,36 @@ class LinkHost {
   /// Leaves the interface in use and opens the one on `port`. Raises 1001 or 1002; "" raises nothing when
   /// it ends an interface that was in use.
   void Open(const std::string& port);
-  /// Ends every channel, and with them the waits that are under way.
+  /// Ends every channel, and with them the waits that are under way; runs events for a moment, so that the
+  /// ECUs hear of it.
   void Close();
+  /// As Close, but at once.
+  void Abandon() { EndChannels(); }
 
   /// These raise 1001 when no interface was opened, 1000 when it was closed.
   std::shared_ptr<Channel> OpenChannel(const std::shared_ptr<const EcuDescription>& ecu);
   void SendFrame(std::int32_t identifier, base::ByteView data);
 
+  /// Identifiers and bit rate of the CAN bus, now and of every interface opened later.
+  void UseMessaging(std::shared_ptr<const MessagingFile> messaging);
+  /// What the bus says by itself.
+  CyclicFrames& Frames() { return *frames_; }
+  const std::shared_ptr<base::EventLoop>& Loop() const { return environment_.loop; }
+  /// Something worth showing that is no failure.
+  void Note(const std::string& text) const;
+
   ErrorTable& Errors() { return *errors_; }
   std::shared_ptr<const ErrorTable> SharedErrors() const { return errors_; }
 
  private:
+  std::unique_ptr<DiagnosticInterface> EndChannels();
   DiagnosticInterface& RequireInterface();
 
   SessionEnvironment environment_;
   std::string port_;
   std::shared_ptr<ErrorTable> errors_ = std::make_shared<ErrorTable>();
+  std::shared_ptr<CyclicFrames> frames_ = std::make_shared<CyclicFrames>();
+  std::shared_ptr<const MessagingFile> messaging_ = std::make_shared<const MessagingFile>();
   bool was_open_ = false;
   std::unique_ptr<DiagnosticInterface> interface_;
   std::vector<std::weak_ptr<Channel>> channels_;

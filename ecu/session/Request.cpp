@@ -19,6 +19,7 @@ std::shared_ptr<Request> Request::Create(std::shared_ptr<const RequestDescriptio
 Request::Request(std::shared_ptr<const RequestDescription> description,
                  std::shared_ptr<EcuConnection> connection, std::shared_ptr<const ErrorTable> errors)
     : connection_(std::move(connection)), errors_(std::move(errors)) {
+  messages_->errors = errors_;
   messages_->sent = description->sent;
   messages_->description = std::move(description);
 }
@@ -26,7 +27,7 @@ Request::Request(std::shared_ptr<const RequestDescription> description,
 void Request::Execute() {
   const auto self = self_.lock();
   if (messages_->sent.Empty()) {
-    throw errors_->MakeFailure(kNoAnswer, Name() + " sends nothing, and nothing has come in by itself");
+    throw errors_->MakeFailure(kNoAnswer, Name() + " has no bytes to send in its file");
   }
   base::ByteBuffer answer;
   connection_->Exchange(messages_->sent.View(), answer);

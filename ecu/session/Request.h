@@ -16,7 +16,6 @@ namespace korval::ecu {
 /// items are made when they are first asked for.
 class Request : public viator3::Request {
  public:
-  /// `connection` may be null for a request that sends nothing.
   static std::shared_ptr<Request> Create(std::shared_ptr<const RequestDescription> description,
                                          std::shared_ptr<EcuConnection> connection,
                                          std::shared_ptr<const ErrorTable> errors);

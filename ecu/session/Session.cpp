@@ -19,9 +19,9 @@ constexpr std::string_view kInstancePrefix = "qor4inst.";
 Session::Session(const SessionEnvironment& environment)
     : host_(std::make_shared<LinkHost>(environment)),
       files_(environment.ecu_folder),
-      can_(std::make_shared<CanEcu>(host_->SharedErrors())) {}
+      can_(std::make_shared<CanEcu>(host_)) {}
 
-Session::~Session() { host_->Close(); }
+Session::~Session() { host_->Abandon(); }
 
 void Session::SetLanguage(const std::string& language) {
   host_->Errors().SetLanguage(language);
@@ -55,7 +55,7 @@ std::shared_ptr<viator3::Ecu> Session::EcuByFunction(const std::string& function
 
 void Session::SendFrames(pugi::xml_document& frames) {
   const auto host = host_;
-  for (const CanFrame& frame : ReadCanFrames(frames, host->Errors())) {
+  for (const FrameToSend& frame : ReadCanFrames(frames, host->Errors())) {
     host->SendFrame(frame.identifier, frame.data.View());
   }
 }

@@ -39,7 +39,7 @@ void SimulatedAnswer::Prepare(const SimulatedValues& values) {
   bytes_.SetLength(std::max(LengthOf(request_), 1 + repeated));
   moving_.clear();
   for (const ItemDescription& item : request_.Received()) {
-    if (const SignalDescription* signal = values.MovingSignal(item.name)) {
+    if (const SignalDescription* signal = values.MovingSignal(item)) {
       moving_.push_back({&item, signal});
     } else {
       values.Put(item, bytes_);

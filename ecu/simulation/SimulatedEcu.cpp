@@ -8,7 +8,9 @@
 #include <string_view>
 #include <utility>
 
+#include "ecu/description/ItemCoding.h"
 #include "ecu/kwp2000/Exchange.h"
+#include "ecu/simulation/SignalValue.h"
 
 namespace korval::ecu {
 namespace {
@@ -28,7 +30,11 @@ std::string KeyOf(base::ByteView bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-// The bytes that recognise a request: those in front of its first Sent item.
+// What recognises a request: its length, and the bytes in front of its first Sent item.
+std::string KeyOf(base::ByteView fixed, std::size_t length) {
+  return std::to_string(length) + ':' + KeyOf(fixed);
+}
+
 std::size_t FixedLength(const RequestDescription& request) {
   std::size_t length = request.sent.Length();
   for (const ItemDescription& item : request.sent_items) length = std::min(length, item.FirstByte());
@@ -59,39 +65,61 @@ void SimulatedEcu::IndexRequests() {
   for (const RequestDescription& request : description_->Requests()) {
     if (request.sent.Empty()) continue;
     const base::ByteView key = request.sent.View(0, FixedLength(request));
-    requests_.emplace(KeyOf(key), &request);  // the first in the file keeps its bytes
+    requests_.emplace(KeyOf(key, request.sent.Length()), &request);  // the first in the file keeps its bytes
     lengths.insert(key.size());
     described_services_[request.sent.At(0)] = true;
   }
   key_lengths_.assign(lengths.begin(), lengths.end());
 }
 
-std::optional<std::int32_t> SimulatedEcu::TakeInitFault() { return TakeFault({}); }
+std::optional<std::int32_t> SimulatedEcu::TakeInitFault() {
+  const auto* fault = TakeFault({}, false);
+  return fault == nullptr ? std::nullopt : std::optional(fault->number);
+}
 
-std::optional<std::int32_t> SimulatedEcu::TakeFault(const std::string& request) {
+std::optional<WireFault> SimulatedEcu::TakeWireFault(base::ByteView request) {
+  if (faults_.empty()) return std::nullopt;
+  const RequestDescription* described = FindRequest(request);
+  if (!request.empty() && described == nullptr) return std::nullopt;
+  const auto* fault = TakeFault(described == nullptr ? std::string() : described->name, true);
+  return fault == nullptr ? std::nullopt : fault->wire;
+}
+
+SimulationDescription::Fault* SimulatedEcu::TakeFault(const std::string& request, bool of_the_wire) {
   const auto found = faults_.find(request);
-  if (found == faults_.end()) return std::nullopt;
+  if (found == faults_.end()) return nullptr;
   for (auto& fault : found->second) {
-    if (fault.times == 0) continue;
+    if (fault.times == 0 || fault.wire.has_value() != of_the_wire) continue;
     --fault.times;
-    return fault.number;
+    return &fault;
   }
-  return std::nullopt;
+  return nullptr;
 }
 
 SimulatedEcu::Reaction SimulatedEcu::React(base::ByteView request, base::TimePoint now) {
   const RequestDescription* described = FindRequest(request);
   if (described != nullptr && !faults_.empty()) {
-    if (const auto fault = TakeFault(described->name)) return {fault, {}};
+    if (const auto* fault = TakeFault(described->name, false)) return {fault->number, {}};
   }
   return {std::nullopt, AnswerTo(request, described, now)};
+}
+
+void SimulatedEcu::Fill(const std::vector<ItemDescription>& items, base::TimePoint now,
+                        base::ByteBuffer& message) const {
+  for (const ItemDescription& item : items) {
+    if (const SignalDescription* signal = values_.MovingSignal(item)) {
+      EncodeClamped(item, SignalValue(*signal, now - start_), message);
+    } else {
+      values_.Put(item, message);
+    }
+  }
 }
 
 const RequestDescription* SimulatedEcu::FindRequest(base::ByteView request) const {
   for (const std::size_t length : key_lengths_) {
     if (length > request.size()) continue;
-    const auto found = requests_.find(KeyOf(request.first(length)));
-    if (found != requests_.end() && found->second->sent.Length() == request.size()) return found->second;
+    const auto found = requests_.find(KeyOf(request.first(length), request.size()));
+    if (found != requests_.end()) return found->second;
   }
   return nullptr;
 }

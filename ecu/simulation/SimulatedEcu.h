@@ -35,8 +35,13 @@ class SimulatedEcu {
 
   /// The number with which the start of the communication fails this time.
   std::optional<std::int32_t> TakeInitFault();
+  /// What goes wrong this time with the answer to `request`, or, when that is empty, with the start of the
+  /// communication. A link without a wire has no use for it.
+  std::optional<WireFault> TakeWireFault(base::ByteView request);
   /// `request` is not empty.
   Reaction React(base::ByteView request, base::TimePoint now);
+  /// Puts what the items stand at into `message`, which is long enough for them.
+  void Fill(const std::vector<ItemDescription>& items, base::TimePoint now, base::ByteBuffer& message) const;
   Milliseconds Latency() const { return simulation_.latency; }
 
  private:
@@ -45,7 +50,7 @@ class SimulatedEcu {
 
   void IndexRequests();
   const RequestDescription* FindRequest(base::ByteView request) const;
-  std::optional<std::int32_t> TakeFault(const std::string& request);
+  SimulationDescription::Fault* TakeFault(const std::string& request, bool of_the_wire);
   base::ByteView AnswerTo(base::ByteView request, const RequestDescription* described, base::TimePoint now);
   base::ByteView TroubleCodes(base::ByteView request);
   base::ByteView Acknowledge(base::ByteView request, std::size_t repeated);

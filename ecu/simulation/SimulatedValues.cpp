@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ecu/simulation/SimulatedValues.h"
 
+#include <cmath>
 #include <utility>
 
 #include "base/Failure.h"
@@ -8,10 +9,6 @@
 
 namespace korval::ecu {
 namespace {
-
-bool IsText(const ItemDescription& item) {
-  return item.coding == Coding::kAscii || item.coding == Coding::kBytes;
-}
 
 // A file may give an item a value that it cannot hold; the item then keeps its zero bits.
 void PutText(const ItemDescription& item, const std::string& text, base::ByteBuffer& message) {
@@ -24,7 +21,7 @@ void PutText(const ItemDescription& item, const std::string& text, base::ByteBuf
 
 void PutValue(const ItemDescription& item, const base::Variant& value, base::ByteBuffer& message) {
   const auto number = value.ToDouble();
-  if (number && !IsText(item)) return EncodeClamped(item, *number, message);
+  if (number && std::isfinite(*number) && !item.IsText()) return EncodeClamped(item, *number, message);
   PutText(item, value.ToText(), message);
 }
 
@@ -38,14 +35,17 @@ void SimulatedValues::Hold(const std::vector<ItemDescription>& items, base::Byte
   if (items.empty()) return;
   for (const ItemDescription& item : items) {
     base::Variant value = DecodeItem(item, request);
+    // As a number a true boolean is -1, which items of other codings cannot hold.
+    if (const bool* flag = value.As<bool>()) value = std::int32_t{*flag ? 1 : 0};
     if (!value.IsEmpty()) held_[item.name] = std::move(value);
   }
   ++hold_count_;
 }
 
-const SignalDescription* SimulatedValues::MovingSignal(const std::string& item) const {
-  const auto found = signals_.find(item);
-  if (found == signals_.end() || held_.contains(item)) return nullptr;
+const SignalDescription* SimulatedValues::MovingSignal(const ItemDescription& item) const {
+  if (item.IsText()) return nullptr;
+  const auto found = signals_.find(item.name);
+  if (found == signals_.end() || held_.contains(item.name)) return nullptr;
   return found->second->wave == SignalDescription::Wave::kConstant ? nullptr : found->second;
 }
 
@@ -54,7 +54,7 @@ void SimulatedValues::Put(const ItemDescription& item, base::ByteBuffer& message
     PutValue(item, held->second, message);
   } else if (const auto signal = signals_.find(item.name); signal != signals_.end()) {
     PutValue(item, signal->second->value, message);
-  } else if (!IsText(item)) {
+  } else if (!item.IsText()) {
     EncodeClamped(item, 0, message);
   }
 }

@@ -23,8 +23,8 @@ class SimulatedValues {
   /// Counts the requests that were held, so that prepared answers know when they are stale.
   std::uint64_t HoldCount() const { return hold_count_; }
 
-  /// The signal that moves the item; null when it stands still.
-  const SignalDescription* MovingSignal(const std::string& item) const;
+  /// The signal that moves the item; null when it stands still, as texts do.
+  const SignalDescription* MovingSignal(const ItemDescription& item) const;
   /// Puts an item that stands still into a message that is long enough; what cannot be coded is left as it
   /// is.
   void Put(const ItemDescription& item, base::ByteBuffer& message) const;

@@ -8,6 +8,9 @@
 
 #include "base/EventLoop.h"
 #include "diag/DiagnosisObject.h"
+#include "diag/PortLabel.h"
+#include "diag/PortScout.h"
+#include "host/control/SettingsPanel.h"
 #include "host/power/PowerPlatform.h"
 #include "host/settings/SettingsStore.h"
 #include "host/trace/ListView.h"
@@ -27,6 +30,11 @@ struct ControlParts {
   std::shared_ptr<StatusView> status;
   std::shared_ptr<ListView> files;  // LVfile
   std::shared_ptr<ListView> data;   // LVdata
+  /// Null where there is no panel to edit the settings on.
+  std::shared_ptr<SettingsPanel> panel;
+  /// Null, both, where nobody sees which diagnostic interface is chosen.
+  std::shared_ptr<diag::PortLabel> port_label;
+  std::shared_ptr<diag::PortScout> port_scout;
   std::shared_ptr<MessageBox> message_box;
   std::shared_ptr<SettingsStore> settings;
   std::shared_ptr<PowerPlatform> power;

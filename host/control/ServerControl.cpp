@@ -28,6 +28,7 @@ std::shared_ptr<ServerControl> ServerControl::Create(ControlParts parts) {
 ServerControl::ServerControl(ControlParts parts)
     : parts_(std::move(parts)),
       console_(*parts_.terminal),
+      host_settings_(*parts_.settings),
       power_(*parts_.power, *parts_.message_box),
       asap_files_(folders_),
       diagnosis_(console_, parts_.create_session, [this] { DropCollections(); }),
@@ -41,10 +42,16 @@ ServerControl::ServerControl(ControlParts parts)
       online_values_(console_, diagnosis_, acquisition_, *parts_.data),
       get_set_(console_, asap_files_, script_),
       extended_(console_, diagnosis_, asap_files_, script_, runner_.PendingPowerRequest()),
+      manual_reads_(console_, diagnosis_, asap_files_, asap_values_, acquisition_, *parts_.files,
+                    *parts_.data),
       clock_(*parts_.loop, *parts_.status),
       tcp_path_(*parts_.tcp_server, runner_, state_, *this, console_),
       serial_path_(*parts_.serial_port, runner_, tcp_path_, console_, *parts_.status, *parts_.loop,
                    [this](bool open) { open ? clock_.Start() : clock_.Stop(); }) {
+  if (parts_.port_scout && parts_.port_label) {
+    interface_selection_.emplace(console_, host_settings_, *parts_.port_scout, *parts_.port_label,
+                                 diagnosis_);
+  }
   select_file_.AttachTo(dispatcher_);
   set_acquisition_.AttachTo(dispatcher_);
   online_values_.AttachTo(dispatcher_);
@@ -55,6 +62,7 @@ ServerControl::ServerControl(ControlParts parts)
 ServerControl::~ServerControl() { Terminate(); }
 
 void ServerControl::Bind(const std::shared_ptr<ServerControl>& self) {
+  self_ = self;
   clock_.Bind(self);
   tcp_path_.Bind(self);
   serial_path_.Bind(self);
@@ -73,24 +81,41 @@ bool ServerControl::Initialise() {
 }
 
 bool ServerControl::ApplySettings() {
-  settings_ = ReadServerSettings(*parts_.settings, parts_.application_folder);
+  const ServerSettings stored = ReadServerSettings(*parts_.settings, parts_.application_folder);
+  // What is not read because the start ends before it has its default.
+  folders_ = {parts_.application_folder, parts_.application_folder};
+  tcp_path_.SetPort(tcp_port_ = parts_.tcp_port.value_or(ServerSettings::kDefaultTcpPort));
   protocol::SerialPort& port = *parts_.serial_port;
   try {
-    if (!settings_.serial_settings.empty()) port.SetSettings(settings_.serial_settings);
-    if (settings_.comm_port) port.SetPortNumber(*settings_.comm_port);
-    if (!settings_.handshaking.empty()) port.SetHandshaking(HandshakingCode(settings_.handshaking));
+    if (!stored.serial_settings.empty()) port.SetSettings(stored.serial_settings);
+    if (stored.comm_port) port.SetPortNumber(*stored.comm_port);
+    if (!stored.handshaking.empty()) port.SetHandshaking(HandshakingCode(stored.handshaking));
   } catch (const base::Failure& failure) {
     parts_.message_box->Show(failure.Description(), MessageStyle::kExclamation);
     return false;
   }
-  folders_ = {settings_.asap_folder, settings_.korv_folder};
-  tcp_path_.SetPort(parts_.tcp_port.value_or(settings_.tcp_port));
+  folders_ = {stored.asap_folder, stored.korv_folder};
+  tcp_path_.SetPort(tcp_port_ = parts_.tcp_port.value_or(stored.tcp_port));
+  open_serial_at_start_ = stored.open_serial_at_start;
   return true;
 }
 
 void ServerControl::Show() {
+  WatchDevices();
+  SelectDiagInterface();
   tcp_path_.StartListening();
   OpenSerialPort();
+}
+
+void ServerControl::WatchDevices() {
+  if (!parts_.port_scout) return;
+  parts_.port_scout->SetOnDevicesHaveChanged([watch = self_] {
+    if (const auto held = watch.lock()) held->SelectDiagInterface();
+  });
+}
+
+void ServerControl::SelectDiagInterface() {
+  if (interface_selection_) interface_selection_->SelectDiagInterface();
 }
 
 void ServerControl::ResetAll() {
@@ -111,7 +136,47 @@ void ServerControl::Terminate() noexcept {
   }
   tcp_path_.Close();
   DropCollections();
+  if (parts_.port_scout) parts_.port_scout->Shutdown();
   diagnosis_.ReleaseDiagnosisObject();
+}
+
+void ServerControl::EditProperties() {
+  if (!parts_.panel) return;
+  if (parts_.serial_port->IsOpen()) {
+    parts_.message_box->Show("You can change communicate settings only when communication is off",
+                             MessageStyle::kPlain);
+    return;
+  }
+  CloseTransports();
+  parts_.panel->SetValue(CurrentValues());
+  parts_.panel->SetVisible(true);
+}
+
+PanelValues ServerControl::CurrentValues() const {
+  const protocol::SerialPort& port = *parts_.serial_port;
+  return {port.Settings(), port.PortNumber(), port.Handshaking(), open_serial_at_start_,
+          tcp_port_,       folders_.asap,     folders_.korv};
+}
+
+void ServerControl::TakePanelResult(bool cancelled) {
+  if (!parts_.panel) return;
+  parts_.panel->SetVisible(false);
+  if (!cancelled) TakeValues(parts_.panel->Values());
+  ResetAll();
+}
+
+void ServerControl::TakeValues(const PanelValues& values) {
+  protocol::SerialPort& port = *parts_.serial_port;
+  try {
+    port.SetSettings(values.setting);
+    port.SetPortNumber(values.comm_port);
+    port.SetHandshaking(values.handshaking);
+  } catch (const base::Failure& failure) {
+    parts_.message_box->Show(failure.Description(), MessageStyle::kExclamation);
+  }
+  folders_ = {values.asap_folder, values.korv_folder};
+  open_serial_at_start_ = values.com_auto_open;
+  tcp_path_.SetPort(tcp_port_ = static_cast<std::uint16_t>(values.tcp_ip_port));
 }
 
 void ServerControl::CloseTransports() {
@@ -130,13 +195,13 @@ void ServerControl::CloseTransports() {
 }
 
 void ServerControl::OpenSerialPort() {
-  if (!settings_.open_serial_at_start) return;
+  if (!open_serial_at_start_) return;
   console_.Line("- Open com port");
   serial_path_.Toggle();
 }
 
 void ServerControl::QORGetInstallationInformation() {
-  installation_ = ReadInstallationInformation(*parts_.settings);
+  installation_ = ReadInstallationInformation(*parts_.settings, installation_);
   diagnosis_.SetServerFolder(installation_.install_location);
 }
 

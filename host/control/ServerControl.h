@@ -3,11 +3,16 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
+#include <utility>
 
 #include "diag/DiagnosisObject.h"
+#include "diag/InterfaceSelection.h"
 #include "diag/WindowsScript.h"
 #include "host/control/ConnectionClock.h"
 #include "host/control/ControlParts.h"
+#include "host/control/ManualReads.h"
 #include "host/power/PowerControl.h"
 #include "host/settings/HostSettings.h"
 #include "host/settings/InstallationInformation.h"
@@ -43,12 +48,28 @@ class ServerControl : private protocol::SessionServices {
   /// Reads the settings and traces the banner. False when the serial port refuses its settings; the
   /// person at the console has then been told, and the start ends there.
   bool Initialise();
-  /// Opens the transports. Raises Failure when the TCP port cannot be opened.
+  /// Selects the diagnostic interface and opens the transports. Raises Failure when the TCP port cannot be
+  /// opened.
   void Show();
   /// Closes and reopens both transports and releases the diagnosis object.
   void ResetAll();
   /// Closes everything. Commands that wait end with a Failure and answer nobody.
   void Terminate() noexcept;
+
+  // What a person does on the console. Whoever calls holds the control, because each may wait.
+
+  /// Opens the serial port when it is closed, closes it when it is open.
+  void ToggleSerialPort() { serial_path_.Toggle(); }
+  /// Closes the transports and shows the settings panel; refused while the serial port is open.
+  void EditProperties();
+  /// The panel's answer: takes its values over unless cancelled, and in both cases runs Reset All.
+  void TakePanelResult(bool cancelled);
+  void ReadData() { manual_reads_.ReadData(); }
+  void ReadIdent() { manual_reads_.ReadIdent(); }
+  /// Whether get online value shows its values in `LVdata` too.
+  void SetShowValue(bool on) { online_values_.SetShowValue(on); }
+  /// Reconciles the stored choice of diagnostic interface with what is plugged in.
+  void SelectDiagInterface();
 
   TraceConsole& Console() { return console_; }
   /// The diagnostic session; one that is set is used but never closed.
@@ -61,6 +82,9 @@ class ServerControl : private protocol::SessionServices {
   explicit ServerControl(ControlParts parts);
   void Bind(const std::shared_ptr<ServerControl>& self);
   bool ApplySettings();
+  void WatchDevices();
+  PanelValues CurrentValues() const;
+  void TakeValues(const PanelValues& values);
   void CloseTransports();
   void OpenSerialPort();
   void DropCollections();
@@ -70,10 +94,13 @@ class ServerControl : private protocol::SessionServices {
   void EndSession() override;
   bool ReleaseForPowerRequest(bool close_host_session) override;
 
+  std::weak_ptr<ServerControl> self_;
   ControlParts parts_;
   TraceConsole console_;
-  ServerSettings settings_;
+  std::uint16_t tcp_port_ = ServerSettings::kDefaultTcpPort;
+  bool open_serial_at_start_ = false;
   InstallationInformation installation_;
+  HostSettings host_settings_;
   PowerControl power_;
   model::Folders folders_;
   model::KorvAsapFiles asap_files_;
@@ -81,6 +108,7 @@ class ServerControl : private protocol::SessionServices {
   model::Acquisition acquisition_;
   diag::DiagnosisObject diagnosis_;
   diag::WindowsScript script_;
+  std::optional<diag::InterfaceSelection> interface_selection_;
   protocol::SessionState state_;
   protocol::Dispatcher dispatcher_;
   protocol::CommandRunner runner_;
@@ -89,6 +117,7 @@ class ServerControl : private protocol::SessionServices {
   model::OnlineValues online_values_;
   parameters::GetSetParameter get_set_;
   parameters::ExtendedParameter extended_;
+  ManualReads manual_reads_;
   ConnectionClock clock_;
   protocol::TcpPath tcp_path_;
   protocol::SerialPath serial_path_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,9 @@ class ListView {
   virtual void AddRow(const std::vector<std::string>& cells) = 0;
   /// Does nothing for a cell that does not exist.
   virtual void SetCell(std::size_t row, std::size_t column, const std::string& text) = 0;
+  /// For cells that change more often than anybody sees: `write` calls SetCell, once and before the rows are
+  /// shown next. A later one takes its place, Clear forgets it. What it stands on it holds itself.
+  virtual void SetCellsWhenShown(std::function<void()> write) = 0;
 };
 
 }  // namespace korval::host

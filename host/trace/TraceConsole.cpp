@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/trace/TraceConsole.h"
 
-#include <algorithm>
 #include <exception>
+#include <utility>
 
 namespace korval::host {
 namespace {
@@ -14,28 +14,39 @@ std::size_t CharacterBefore(const std::string& text, std::size_t position) {
   return start;
 }
 
+// A backspace takes the character before it away, one at the start the terminal's last.
 void ApplyBackspaces(Terminal& terminal, std::size_t length, std::string& text) {
-  for (std::size_t p = text.find('\b'); p != std::string::npos; p = text.find('\b')) {
-    if (p == 0) {
-      // The length is not counted down: several leading backspaces select the same last character.
-      if (length > 0) terminal.Select(length - 1, 1);
-      text.erase(0, 1);
+  if (text.find('\b') == std::string::npos) return;
+  std::string kept;
+  kept.reserve(text.size());
+  bool takes_last = false;  // once, however many there are: the length is not counted down
+  for (const char character : text) {
+    if (character != '\b') {
+      kept.push_back(character);
+    } else if (kept.empty()) {
+      takes_last = true;
     } else {
-      const std::size_t start = CharacterBefore(text, p);
-      text.erase(start, p - start + 1);
+      kept.erase(CharacterBefore(kept, kept.size()));
     }
   }
+  if (takes_last && length > 0) terminal.Select(length - 1, 1);
+  text = std::move(kept);
 }
 
 void NormaliseLineEnds(std::string& text) {
-  text.erase(std::remove(text.begin(), text.end(), '\n'), text.end());
-  for (std::size_t p = text.find('\r'); p != std::string::npos; p = text.find('\r', p + 1)) {
-    text.insert(p + 1, 1, '\n');
+  std::string lines;
+  lines.reserve(text.size() + 2);
+  for (const char character : text) {
+    if (character == '\n') continue;
+    lines.push_back(character);
+    if (character == '\r') lines.push_back('\n');
   }
+  text = std::move(lines);
 }
 
 void AppendTo(Terminal& terminal, std::string& text) {
   if (terminal.Length() > kTerminalHighWater) terminal.DropFirst(kTerminalCut);
+  if (terminal.Length() > kTerminalLimit) terminal.DropFirst(terminal.Length() - kTerminalLimit);
   const std::size_t length = terminal.Length();
   terminal.Select(length, 0);
   ApplyBackspaces(terminal, length, text);

@@ -13,6 +13,9 @@ inline constexpr std::size_t kTerminalHighWater = 16000;
 /// ... by this many characters from its start, even in the middle of a line.
 inline constexpr std::size_t kTerminalCut = 4096;
 
+/// Pieces longer than the cut can outrun it; no more than this many characters stay in front of a new piece.
+inline constexpr std::size_t kTerminalLimit = 1'000'000;
+
 /// Appends one piece of text to the terminal. Line ends CR, LF after CR and CR LF all become CR LF, a lone
 /// LF vanishes, a backspace erases the character before it; leading backspaces erase one character of
 /// the terminal, however many they are. Rewrites `text`, so that callers must not use it afterwards.

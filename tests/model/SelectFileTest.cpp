@@ -67,6 +67,17 @@ TEST_F(SelectFileTest, FailureIsTracedInTwoLinesAndAnswered) {
   EXPECT_EQ(bench_.file_view.clears, 0);
 }
 
+TEST_F(SelectFileTest, MessageAboutALongNameIsCutWhereTheFrameEnds) {
+  const std::string message = Message(Select("engine.xml", std::string(65490, 'X')));
+  EXPECT_EQ(message.substr(0, 40), "select file error : Binary file 'XXXXXXX");
+  EXPECT_EQ(message.size(), 65534U - 8 - 2 - 2);
+}
+
+TEST_F(SelectFileTest, MessagingWithoutANameIsTracedAndTheSelectionStands) {
+  DescribeMessaging("");
+  EXPECT_EQ(Select("can.xml", "ENGINE").status, 0);
+}
+
 TEST_F(SelectFileTest, FailureIsTracedOnceWhileDebuggingToo) {
   bench_.console.SetDebugTrace(true);
   Select("engine.xml", "BRAKES");

@@ -82,7 +82,7 @@ TEST_F(SetAcquisitionTest, UnknownNameIs12003WithoutClosingBracket) {
   EXPECT_EQ(bench_.acquisition.Items()->Count(), 1);
   bench_.console.SetDebugTrace(true);
   Choose({"T", "X"});
-  EXPECT_EQ(bench_.TakeTrace(), "set acq para(1,100,[T])\r\nset acq para : Error unknown data (X\r\n");
+  EXPECT_EQ(bench_.TakeTrace(), "set acq para(1,100,[T,X])\r\nset acq para : Error unknown data (X\r\n");
 }
 
 TEST_F(SetAcquisitionTest, NameInBracketsNeedsNoShortName) {

@@ -177,16 +177,33 @@ TEST_F(QtTcpSocketTest, LetsNothingOfAReplacedClientReachAnybody) {
   EXPECT_EQ(closes_, 0);
 }
 
-TEST_F(QtTcpSocketTest, RefusesAClientThatIsGoneBeforeItIsAccepted) {
+TEST_F(QtTcpSocketTest, AcceptsAClientThatIsGoneAlreadyAndReportsThatItLeft) {
   std::optional<RequestId> asked;
   events_.on_connection_request = [&](RequestId request) { asked = request; };
   Listen();
   const auto client = Connect();
   ASSERT_TRUE(RunUntil([&] { return asked.has_value(); }));
   client->Leave();
-  EXPECT_FALSE(socket_->Accept(*asked));
   EXPECT_FALSE(socket_->Accept(*asked + 1));
-  EXPECT_EQ(socket_->CurrentState(), State::kListening);
+  EXPECT_TRUE(socket_->Accept(*asked));
+  EXPECT_EQ(socket_->RemoteHostIp(), "127.0.0.1");
+  EXPECT_TRUE(RunUntil([&] { return closes_ == 1; }));
+}
+
+TEST_F(QtTcpSocketTest, AllThatHasComeIsOneArrival) {
+  std::vector<std::size_t> arrivals;
+  events_.on_data_arrival = [&] { arrivals.push_back(socket_->Receive().Length()); };
+  std::optional<RequestId> asked;
+  events_.on_connection_request = [&](RequestId request) { asked = request; };
+  Listen();
+  const auto client = Connect();
+  ASSERT_TRUE(RunUntil([&] { return asked.has_value(); }));
+  ByteBuffer much;
+  much.SetLength(100'000);
+  client->Send(much.View());
+  socket_->Accept(*asked);
+  ASSERT_TRUE(RunUntil([&] { return !arrivals.empty(); }));
+  EXPECT_THAT(arrivals, ElementsAre(100'000U));
 }
 
 TEST_F(QtTcpSocketTest, StillReadsWhatAClientLeftBehind) {

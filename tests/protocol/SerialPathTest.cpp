@@ -409,6 +409,16 @@ TEST_F(SerialPathTest, BothTransportsServeOneSession) {
   EXPECT_EQ(bench_.server->state.Current(), State::kIdentify);
 }
 
+TEST_F(SerialPathTest, AReplyToAnEarlierOpeningOfThePortGoesNowhere) {
+  AttachHandler(CommandCode::kGetParameter, [&] {
+    bench_.server->serial.Toggle();
+    bench_.server->serial.Toggle();
+  });
+  Arrive(Request(14).ToHex());
+  EXPECT_EQ(Written(), Replies{});
+  EXPECT_TRUE(bench_.port.IsOpen());
+}
+
 TEST_F(SerialPathTest, TheServerMayBeLetGoInsideACommand) {
   std::weak_ptr<tests::ProtocolBench::Server> watcher = bench_.server;
   AttachHandler(CommandCode::kGetParameter, [&] { bench_.server.reset(); });

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,8 @@ class RecordingListView : public host::ListView {
   void SetCell(std::size_t row, std::size_t column, const std::string& text) override {
     if (row < rows.size() && column < rows[row].size()) rows[row][column] = text;
   }
+  // Every moment is one at which somebody looks.
+  void SetCellsWhenShown(std::function<void()> write) override { write(); }
 
   std::vector<std::vector<std::string>> rows;
   int clears = 0;

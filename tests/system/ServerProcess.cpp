@@ -54,10 +54,11 @@ int StatusOf(int wait_status) {
 
 }  // namespace
 
-ServerProcess::ServerProcess(const std::vector<std::string>& arguments, const std::string& home) {
+ServerProcess::ServerProcess(const std::vector<std::string>& arguments, const std::string& home,
+                             const std::string& program) {
   const Pipe output = OpenPipe();
   const Pipe errors = OpenPipe();
-  std::vector<std::string> command{KORVAL_ASAP_SERVER};
+  std::vector<std::string> command{program};
   command.insert(command.end(), arguments.begin(), arguments.end());
   std::vector<std::string> environment = EnvironmentWithHome(home);
 
@@ -66,7 +67,7 @@ ServerProcess::ServerProcess(const std::vector<std::string>& arguments, const st
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, output.write_end, STDOUT_FILENO);
   posix_spawn_file_actions_adddup2(&actions, errors.write_end, STDERR_FILENO);
-  const int failure = posix_spawn(&process_, KORVAL_ASAP_SERVER, &actions, nullptr, Pointers(command).data(),
+  const int failure = posix_spawn(&process_, program.c_str(), &actions, nullptr, Pointers(command).data(),
                                   Pointers(environment).data());
   posix_spawn_file_actions_destroy(&actions);
   close(output.write_end);
@@ -74,7 +75,7 @@ ServerProcess::ServerProcess(const std::vector<std::string>& arguments, const st
   if (failure != 0) {
     close(output.read_end);
     close(errors.read_end);
-    throw std::runtime_error("cannot start " KORVAL_ASAP_SERVER);
+    throw std::runtime_error("cannot start " + program);
   }
   reader_ = std::thread([this, output, errors] { Drain(output.read_end, errors.read_end); });
 }

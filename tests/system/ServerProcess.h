@@ -13,13 +13,14 @@
 
 namespace korval::tests {
 
-/// The server as a process of its own. A thread drains its output, so that no amount of trace blocks it;
-/// the test takes the trace line by line. What takes longer than the deadline raises std::runtime_error,
-/// which fails the test. The destructor kills what still runs.
+/// The server, or another of the programs, as a process of its own. A thread drains its output, so that no
+/// amount of trace blocks it; the test takes the trace line by line. What takes longer than the deadline
+/// raises std::runtime_error, which fails the test. The destructor kills what still runs.
 class ServerProcess {
  public:
   /// Starts the program with `arguments` and an environment whose settings folder is `home`.
-  ServerProcess(const std::vector<std::string>& arguments, const std::string& home);
+  ServerProcess(const std::vector<std::string>& arguments, const std::string& home,
+                const std::string& program = KORVAL_ASAP_SERVER);
   ~ServerProcess();
   ServerProcess(const ServerProcess&) = delete;
   ServerProcess& operator=(const ServerProcess&) = delete;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/Failure.h"
+#include "ecu/description/ItemCoding.h"
 #include "ecu/description/MessagingFile.h"
 #include "tests/support/TempFolder.h"
 
@@ -25,15 +26,15 @@ TEST(MessagingFileTest, DiagnosticsAndFramesAsGiven) {
   EXPECT_EQ(file.bitrate, 250000);
   ASSERT_EQ(file.diagnostics.size(), 1U);
   EXPECT_EQ(file.diagnostics[0].function, "ABS");
-  EXPECT_EQ(file.diagnostics[0].request_id, 0x740U);
-  EXPECT_EQ(file.diagnostics[0].response_id, 0x760U);
-  EXPECT_FALSE(file.diagnostics[0].extended_ids);
-  EXPECT_EQ(file.diagnostics[0].timing.block_size, 8);
-  EXPECT_EQ(file.diagnostics[0].timing.st_min, Milliseconds(10));
-  EXPECT_EQ(file.diagnostics[0].padding, 0xAA);
+  const TransportDescription transport = file.TransportOf("ABS");
+  EXPECT_EQ(transport.request_id, (CanIdentifier{0x740, false}));
+  EXPECT_EQ(transport.response_id, (CanIdentifier{0x760, false}));
+  EXPECT_EQ(transport.block_size, 8);
+  EXPECT_EQ(transport.st_min_ms, 10);
+  EXPECT_EQ(transport.padding, 0xAA);
+  EXPECT_FALSE(file.TransportOf("ENGINE").request_id);
   ASSERT_EQ(file.frames.size(), 1U);
-  EXPECT_EQ(file.frames[0].identifier, 0x18FEF100U);
-  EXPECT_TRUE(file.frames[0].extended_id);
+  EXPECT_EQ(file.frames[0].identifier, (CanIdentifier{0x18FEF100, true}));
   EXPECT_EQ(file.frames[0].cycle, Milliseconds(10));
   ASSERT_EQ(file.frames[0].items.size(), 1U);
   EXPECT_EQ(file.frames[0].items[0].name, "WheelSpeed");
@@ -52,12 +53,43 @@ TEST(MessagingFileTest, OtherFilesAreRefusedWithASentence) {
   EXPECT_THROW(LoadMessagingFile("/nowhere/messaging.xml"), base::Failure);
   EXPECT_THROW(Load("<xml/>"), base::Failure);
   EXPECT_THROW(Load("<xml><messaging>"), base::Failure);
-  try {
-    Load("VERSION \"\"\nBO_ 416 Wheel: 8 ABS\n", "bus.dbc");
-    ADD_FAILURE() << "a DBC file was taken";
-  } catch (const base::Failure& failure) {
-    EXPECT_THAT(failure.Description(), testing::HasSubstr("DBC files cannot be read yet"));
-  }
+  EXPECT_THROW(LoadMessagingFile("/nowhere/messaging.dbc"), base::Failure);
+  EXPECT_THROW(Load("VERSION \"\"\n", "bus.dbc"), base::Failure);
+}
+
+TEST(MessagingFileTest, MessagesOfADbcFileAreFramesWithItsSignalsAsItems) {
+  const MessagingFile file = Load(
+      "BO_ 416 Wheel: 8 ABS\r\n SG_ Speed : 0|16@1+ (0.01,0) [0|655.35] \"km/h\" Vector__XXX\r\n"
+      " SG_ Temp : 23|8@0- (1,-40) [0|0] \"\xB0\x43\" ECU\r\nBA_ \"GenMsgCycleTime\" BO_ 416 10;\r\n",
+      "bus.dbc");
+  ASSERT_EQ(file.frames.size(), 1U);
+  EXPECT_EQ(file.frames[0].name, "Wheel");
+  EXPECT_EQ(file.frames[0].identifier, (CanIdentifier{0x1A0, false}));
+  EXPECT_EQ(file.frames[0].cycle, Milliseconds(10));
+  ASSERT_EQ(file.frames[0].items.size(), 2U);
+  const base::ByteBuffer frame = base::ByteBuffer::FromHex("D2040A00");
+  EXPECT_EQ(DecodeItem(file.frames[0].items[0], frame.View()), base::Variant(12.34));
+  EXPECT_EQ(file.frames[0].items[1].unit,
+            "\xC2\xB0"
+            "C");
+  EXPECT_EQ(DecodeItem(file.frames[0].items[1], frame.View()), base::Variant(-30.0));
+}
+
+TEST(MessagingFileTest, MultiplexedSignalsHaveAFrameForEachValueOfTheMultiplexor) {
+  const MessagingFile file = MessagingFile::FromDbc(
+      "BO_ 2 Dash: 3 X\n SG_ Page M : 0|8@1+ (1,0) [0|1] \"\" X\n SG_ Oil m0 : 8|8@1+ (1,0) [0|1] \"\" X\n"
+      " SG_ Fuel m7 : 8|8@1+ (1,0) [0|1] \"\" X\n SG_ Alive : 16|8@1+ (1,0) [0|1] \"\" X\n");
+  ASSERT_EQ(file.frames.size(), 3U);
+  EXPECT_EQ(file.frames[0].name, "Dash");
+  EXPECT_FALSE(file.frames[0].multiplexor);
+  ASSERT_EQ(file.frames[0].items.size(), 2U);
+  EXPECT_EQ(file.frames[0].items[1].name, "Alive");
+  EXPECT_EQ(file.frames[2].name, "Dash m7");
+  ASSERT_TRUE(file.frames[2].multiplexor);
+  EXPECT_EQ(file.frames[2].multiplexor->item.name, "Page");
+  EXPECT_EQ(file.frames[2].multiplexor->raw, 7);
+  ASSERT_EQ(file.frames[2].items.size(), 1U);
+  EXPECT_EQ(file.frames[2].items[0].name, "Fuel");
 }
 
 }  // namespace

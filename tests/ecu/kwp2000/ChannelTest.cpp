@@ -97,6 +97,26 @@ class ChannelTest : public testing::Test {
   std::string description;
 };
 
+TEST_F(ChannelTest, AMessageThatTheLinkCannotSendIsTheRequestsFailureAndTheNextOneWorks) {
+  Open();
+  link->on_send = [](const std::string&) { throw base::Failure(kValueRefused, "cannot be coded"); };
+  EXPECT_EQ(Request(), kValueRefused);
+  EXPECT_EQ(description, "cannot be coded");
+  link->on_send = nullptr;
+  EXPECT_EQ(Request(), 0);
+}
+
+TEST_F(ChannelTest, ATesterPresentThatTheLinkCannotSendHarmsNothing) {
+  function.keep_alive = Milliseconds(2000);
+  Open();
+  EXPECT_EQ(Request(), 0);
+  link->on_send = [](const std::string&) { throw base::Failure(kValueRefused, "cannot be coded"); };
+  loop->Advance(seconds(3));
+  link->on_send = nullptr;
+  EXPECT_EQ(Request(), kTesterPresentUnanswered);
+  EXPECT_EQ(Request(), 0);
+}
+
 TEST_F(ChannelTest, FirstRequestConnectsAndOpensTheSession) {
   function.session = 0x81;
   Open();

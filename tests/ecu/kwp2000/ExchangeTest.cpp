@@ -41,7 +41,49 @@ TEST(ExchangeTest, NegativeAnswerEndsItAndIsKept) {
   EXPECT_EQ(exchange.Answer().ToHex(), "7F2131");
 }
 
-TEST(ExchangeTest, BusyIsANegativeAnswer) { EXPECT_EQ(After("2101", "7F2121"), State::kNegative); }
+TEST(ExchangeTest, BusyIsANegativeAnswerWhereItIsNotToBeRepeated) {
+  EXPECT_EQ(After("2101", "7F2121"), State::kNegative);
+}
+
+TEST(ExchangeTest, BusyRepeatsTheRequestUntilTheCap) {
+  ExchangeTiming timing = kTiming;
+  timing.busy_repeat = milliseconds(100);
+  timing.busy_cap = milliseconds(250);
+  const ByteBuffer busy = ByteBuffer::FromHex("7F2121");
+  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, milliseconds(0));
+  exchange.MessageArrived(busy.View(), milliseconds(30));
+  EXPECT_EQ(exchange.Deadline(), milliseconds(130));
+  EXPECT_FALSE(exchange.TakeRepeat());
+  exchange.TimeElapsed(milliseconds(130));
+  EXPECT_TRUE(exchange.TakeRepeat());
+  EXPECT_FALSE(exchange.TakeRepeat());
+  EXPECT_EQ(exchange.Deadline(), milliseconds(180));
+  exchange.MessageArrived(busy.View(), milliseconds(160));
+  exchange.TimeElapsed(milliseconds(260));
+  EXPECT_TRUE(exchange.TakeRepeat());
+  exchange.MessageArrived(busy.View(), milliseconds(290));
+  EXPECT_EQ(exchange.CurrentState(), State::kNegative);
+}
+
+TEST(ExchangeTest, AnswerToARepeatedRequestEndsIt) {
+  ExchangeTiming timing = kTiming;
+  timing.busy_repeat = milliseconds(100);
+  timing.busy_cap = milliseconds(250);
+  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, milliseconds(0));
+  exchange.MessageArrived(ByteBuffer::FromHex("7F2121").View(), milliseconds(30));
+  exchange.TimeElapsed(milliseconds(130));
+  EXPECT_TRUE(exchange.TakeRepeat());
+  exchange.MessageArrived(ByteBuffer::FromHex("6101AB").View(), milliseconds(140));
+  EXPECT_EQ(exchange.CurrentState(), State::kPositive);
+}
+
+TEST(ExchangeTest, LinkThatIsBusyPutsTheDeadlineOffButNotBeyondTheCap) {
+  Exchange exchange = Begin("2101");
+  exchange.LinkBusy(milliseconds(3000));
+  EXPECT_EQ(exchange.Deadline(), milliseconds(3050));
+  exchange.LinkBusy(milliseconds(60000));
+  EXPECT_EQ(exchange.Deadline(), milliseconds(13000));
+}
 
 TEST(ExchangeTest, SilenceEndsItAtTheDeadlineAndNotBefore) {
   Exchange exchange = Begin("2101");

@@ -88,6 +88,41 @@ TEST_F(SimulatedEcuTest, SignalBeyondTheItemStandsAtItsLimit) {
   EXPECT_EQ(Answer("2101", 500), "6101FFFFFF0000");
 }
 
+TEST_F(SimulatedEcuTest, ATextWithAMovingSignalStandsStill) {
+  Start("><Signal Item='Note' Wave='ramp' Min='0' Max='9' PeriodMs='100'/>",
+        "<Request Name='N'><Sent Bytes='1A90'/><Received MinBytes='12'>"
+        "<DataItem Name='Note' FirstByte='3' BitsCount='80' Coding='ascii'/></Received></Request>");
+  EXPECT_EQ(Answer("1A90", 50), "5A9030202020202020202020");
+}
+
+TEST_F(SimulatedEcuTest, AWrittenNumberThatIsNoneLeavesTheItemZero) {
+  Start(">",
+        "<Request Name='W'><Sent Bytes='3B0100000000'><DataItem Name='F' FirstByte='3' BitsCount='32' "
+        "Coding='float'/></Sent></Request><Request Name='R'><Sent Bytes='2101'/><Received MinBytes='6'>"
+        "<DataItem Name='F' FirstByte='3' BitsCount='32' Coding='float'/></Received></Request>");
+  EXPECT_EQ(Answer("3B017FC00000"), "7B01");
+  EXPECT_EQ(Answer("2101"), "610100000000");
+}
+
+TEST_F(SimulatedEcuTest, AWrittenBooleanIsOneInItemsOfOtherCodings) {
+  Start(">",
+        "<Request Name='W'><Sent Bytes='3B0100'><DataItem Name='B' FirstByte='3' Coding='boolean'/></Sent>"
+        "</Request><Request Name='R'><Sent Bytes='2101'/><Received MinBytes='4'>"
+        "<DataItem Name='B' FirstByte='3'/><DataItem Name='B' FirstByte='4' Coding='boolean'/></Received>"
+        "</Request>");
+  EXPECT_EQ(Answer("3B0101"), "7B01");
+  EXPECT_EQ(Answer("2101"), "61010101");
+}
+
+TEST_F(SimulatedEcuTest, RequestsWithTheSameFirstBytesAreToldApartByTheirLength) {
+  Start(">",
+        "<Request Name='A'><Sent Bytes='3B1000'><DataItem Name='A' FirstByte='3'/></Sent></Request>"
+        "<Request Name='B'><Sent Bytes='3B100000'><DataItem Name='B' FirstByte='3' BitsCount='16'/></Sent>"
+        "</Request>");
+  EXPECT_EQ(Answer("3B1001"), "7B10");
+  EXPECT_EQ(Answer("3B100102"), "7B10");
+}
+
 TEST_F(SimulatedEcuTest, ConstantThatTheItemCannotHoldLeavesItZero) {
   Start("><Signal Item='Note' Value='much too long'/><Signal Item='Speed' Value='fast'/>");
   EXPECT_EQ(Answer("1A90"), "5A900000");

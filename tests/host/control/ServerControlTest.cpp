@@ -3,16 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/Failure.h"
-#include "host/control/ServerControl.h"
-#include "host/trace/TextTerminal.h"
-#include "tests/support/FakePower.h"
-#include "tests/support/FakeSerialPort.h"
-#include "tests/support/FakeSession.h"
-#include "tests/support/FakeStatusView.h"
-#include "tests/support/FakeTcpSocket.h"
-#include "tests/support/ManualEventLoop.h"
-#include "tests/support/MemorySettings.h"
-#include "tests/support/RecordingListView.h"
+#include "tests/host/control/ControlBench.h"
 
 namespace korval::host {
 namespace {
@@ -20,7 +11,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
-using tests::CallLog;
+using tests::kExit;
+using tests::kInit;
 
 constexpr char kBanner[] = "Korval Asap server V1.3.0.5\r\n";
 
@@ -31,46 +23,7 @@ class RefusingSerialPort : public tests::FakeSerialPort {
   void SetSettings(const std::string& settings) override { throw base::Failure("bad settings " + settings); }
 };
 
-class ServerControlTest : public ::testing::Test {
- protected:
-  ServerControlTest() {
-    parts.loop = std::make_shared<tests::ManualEventLoop>();
-    parts.terminal = terminal;
-    parts.status = status;
-    parts.files = files;
-    parts.data = data;
-    parts.message_box = std::make_shared<tests::FakeMessageBox>(log);
-    parts.settings = settings;
-    parts.power = std::make_shared<tests::FakePower>(log);
-    parts.tcp_server = tcp;
-    parts.serial_port = serial;
-    parts.create_session = [this] { return session; };
-    parts.application_folder = "/opt/korval";
-  }
-
-  std::shared_ptr<ServerControl> Started() {
-    auto control = ServerControl::Create(parts);
-    EXPECT_TRUE(control->Initialise());
-    control->Show();
-    return control;
-  }
-
-  std::string Trace() const { return terminal->Text(); }
-
-  CallLog log;
-  ControlParts parts;
-  std::shared_ptr<TextTerminal> terminal = std::make_shared<TextTerminal>();
-  std::shared_ptr<tests::FakeStatusView> status = std::make_shared<tests::FakeStatusView>();
-  std::shared_ptr<tests::RecordingListView> files = std::make_shared<tests::RecordingListView>();
-  std::shared_ptr<tests::RecordingListView> data = std::make_shared<tests::RecordingListView>();
-  std::shared_ptr<tests::MemorySettings> settings = std::make_shared<tests::MemorySettings>();
-  std::shared_ptr<tests::FakeTcpSocket> tcp = std::make_shared<tests::FakeTcpSocket>(log);
-  std::shared_ptr<tests::FakeSerialPort> serial = std::make_shared<tests::FakeSerialPort>(log);
-  std::shared_ptr<tests::FakeSession> session = std::make_shared<tests::FakeSession>();
-};
-
-const base::ByteBuffer kInit{0x00, 0x06, 0x00, 0x02, 0x00, 0x08};
-const base::ByteBuffer kExit{0x00, 0x06, 0x00, 0x32, 0x00, 0x38};
+using ServerControlTest = tests::ControlBench;
 
 TEST_F(ServerControlTest, InitialiseEmptiesTheTerminalAndTracesTheBannerFirst) {
   terminal->ReplaceSelection("left over");

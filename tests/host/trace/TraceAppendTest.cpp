@@ -57,6 +57,18 @@ TEST_F(TraceAppendOnTerminal, ABackspaceErasesTheCharacterBeforeIt) {
   EXPECT_EQ(After("abc\b\b\bx"), "abdx");
 }
 
+TEST_F(TraceAppendOnTerminal, AMillionLineEndsAndBackspacesCostNoMoreThanOtherText) {
+  // Work that grows with the square of the piece would end at the test's timeout.
+  constexpr std::size_t kMany = 1'000'000;
+  EXPECT_EQ(After(std::string(kMany, '\r')).size(), 2 * kMany);
+  EXPECT_EQ(After(std::string(kMany, 'a') + std::string(kMany, '\b')).size(), kTerminalLimit);
+}
+
+TEST_F(TraceAppendOnTerminal, LongPiecesDoNotOutrunTheCut) {
+  for (int i = 0; i < 5; ++i) After(std::string(400'000, 'a'));
+  EXPECT_EQ(terminal_.Length(), kTerminalLimit + 400'000);
+}
+
 TEST_F(TraceAppendOnTerminal, ABackspaceErasesAWholeCharacterNotAByte) {
   EXPECT_EQ(After("a\xE2\x82\xAC\bb"), "ab");
   EXPECT_EQ(After("\xC2\xB0"), "ab\xC2\xB0");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "StopSignals.h"
+#include "platform/process/StopSignals.h"
 
 #include <array>
 #include <csignal>
@@ -8,7 +8,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace korval::apps {
+namespace korval::platform {
 namespace {
 
 // A signal handler may do little more than write to a descriptor.
@@ -50,4 +50,4 @@ StopSignals::~StopSignals() {
   }
 }
 
-}  // namespace korval::apps
+}  // namespace korval::platform

@@ -6,7 +6,7 @@
 
 #include <QSocketNotifier>
 
-namespace korval::apps {
+namespace korval::platform {
 
 /// Turns SIGINT and SIGTERM into an event of the event loop. One object at a time.
 class StopSignals {
@@ -20,4 +20,4 @@ class StopSignals {
   std::unique_ptr<QSocketNotifier> notifier_;
 };
 
-}  // namespace korval::apps
+}  // namespace korval::platform

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#include "VehicleLinks.h"
+
+#include <utility>
+
+#include "ecu/buslog/TracedCanBus.h"
+#include "ecu/buslog/TracedKLineWire.h"
+#include "host/settings/HostSettings.h"
+#include "platform/PluggedInterface.h"
+#include "platform/QtCanBus.h"
+#include "platform/SerialKLineWire.h"
+
+namespace korval::apps {
+namespace {
+
+using Log = std::shared_ptr<ecu::BusLog>;
+using Trace = std::function<void(const std::string&)>;
+
+std::unique_ptr<ecu::CanBus> OpenCanBus(const Log& log, const std::string& plugin,
+                                        const std::string& interface, std::int32_t bitrate) {
+  auto bus = std::make_unique<platform::QtCanBus>(plugin, interface, bitrate);
+  if (!log) return bus;
+  return std::make_unique<ecu::TracedCanBus>(std::move(bus), log, interface);
+}
+
+std::unique_ptr<ecu::KLineWire> OpenKLineWire(const Log& log, const Trace& trace, const std::string& device) {
+  auto wire = std::make_unique<platform::SerialKLineWire>(device, trace);
+  if (!log) return wire;
+  return std::make_unique<ecu::TracedKLineWire>(std::move(wire), log, device);
+}
+
+std::string PortOfChosenInterface(host::SettingsStore& settings) {
+  const std::string chosen = host::HostSettings(settings).RegGetValue("Hardware", "InstanceName", "");
+  for (const platform::PluggedInterface& plugged : platform::ScanInterfaces()) {
+    if (!chosen.empty() && plugged.serial_number == chosen) return plugged.port;
+  }
+  return "";
+}
+
+Log OpenLog(const std::optional<std::string>& path, const Trace& trace) {
+  if (!path) return nullptr;
+  ecu::BusLog::Settings settings;
+  settings.path = *path;
+  settings.on_trouble = trace;
+  return std::make_shared<ecu::BusLog>(std::move(settings));
+}
+
+}  // namespace
+
+VehicleLinks::VehicleLinks(std::shared_ptr<host::SettingsStore> settings,
+                           const std::optional<std::string>& bus_trace, Trace trace)
+    : settings_(std::move(settings)), trace_(std::move(trace)), log_(OpenLog(bus_trace, trace_)) {}
+
+void VehicleLinks::AddTo(ecu::SessionEnvironment& environment) const {
+  environment.open_can_bus = [log = log_](const std::string& plugin, const std::string& interface,
+                                          std::int32_t bitrate) {
+    return OpenCanBus(log, plugin, interface, bitrate);
+  };
+  environment.open_kline_wire = [log = log_, trace = trace_](const std::string& device) {
+    return OpenKLineWire(log, trace, device);
+  };
+  environment.on_note = trace_;
+  environment.find_usb_port = [settings = settings_] { return PortOfChosenInterface(*settings); };
+}
+
+}  // namespace korval::apps

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "ecu/buslog/BusLog.h"
+#include "ecu/session/SessionFactory.h"
+#include "host/settings/SettingsStore.h"
+
+namespace korval::apps {
+
+/// The adapters on vehicles' wires, as sessions of this computer open them.
+class VehicleLinks {
+ public:
+  /// The chosen USB interface is read from `settings`. What goes over the wires is recorded in `bus_trace`,
+  /// if any; `trace` is told what the person at the console has to know. Raises Failure when that file cannot
+  /// be written.
+  VehicleLinks(std::shared_ptr<host::SettingsStore> settings, const std::optional<std::string>& bus_trace,
+               std::function<void(const std::string&)> trace);
+
+  void AddTo(ecu::SessionEnvironment& environment) const;
+
+ private:
+  std::shared_ptr<host::SettingsStore> settings_;
+  std::function<void(const std::string&)> trace_;
+  std::shared_ptr<ecu::BusLog> log_;  // null: nothing is recorded
+};
+
+}  // namespace korval::apps

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "ecu/can/CanFrame.h"
+
+namespace korval::ecu {
+
+/// The seam to a CAN adapter: an opened bus. Runs on the event loop's thread and never waits; destroying it
+/// closes it.
+class CanBus {
+ public:
+  enum class Error {
+    kBusOff,         ///< the controller left the bus after too many errors
+    kNoAcknowledge,  ///< no other node acknowledges what is sent
+    kUnplugged,      ///< the adapter or its driver is gone
+    kQueueFull       ///< frames are sent faster than the bus takes them; the last one was dropped
+  };
+  struct Events {
+    std::function<void(const CanFrame&)> on_frame;
+    /// Every frame sent so far is on the bus.
+    std::function<void()> on_sent;
+    /// What happened, in a sentence. Queue full ends by itself, an unplugged adapter not before it is opened
+    /// anew; the others end with on_recovered.
+    std::function<void(Error, const std::string&)> on_error;
+    std::function<void()> on_recovered;
+  };
+
+  virtual ~CanBus() = default;
+  /// Replaces the events; they come from the event loop or from inside Send.
+  virtual void SetEvents(Events events) = 0;
+  virtual void Send(const CanFrame& frame) = 0;
+};
+
+}  // namespace korval::ecu

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/isotp/IsoTpEndpoint.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace korval::ecu {
+
+IsoTpEndpoint::IsoTpEndpoint(std::shared_ptr<base::EventLoop> loop, const IsoTpParameters& parameters,
+                             Events events)
+    : loop_(std::move(loop)),
+      connection_(parameters),
+      events_(std::move(events)),
+      timer_(loop_->CreateTimer([this] { TimerFired(); })) {}
+
+void IsoTpEndpoint::Send(base::ByteView message) {
+  connection_.Send(message, loop_->Now());
+  MoveOn();
+}
+
+void IsoTpEndpoint::FrameArrived(const CanFrame& frame) {
+  if (connection_.FrameArrived(frame, loop_->Now())) MoveOn();
+}
+
+void IsoTpEndpoint::FramesSent() {
+  connection_.FramesSent(loop_->Now());
+  MoveOn();
+}
+
+void IsoTpEndpoint::Stop() {
+  connection_.Stop();
+  timer_->Stop();
+}
+
+void IsoTpEndpoint::TimerFired() {
+  connection_.TimeElapsed(loop_->Now());
+  MoveOn();
+}
+
+// A frame that is confirmed from inside its sending brings the next one in the same loop, not in a deeper
+// one.
+void IsoTpEndpoint::MoveOn() {
+  if (moving_) return;
+  moving_ = true;
+  while (const auto frame = connection_.TakeFrame(loop_->Now())) events_.send_frame(*frame);
+  moving_ = false;
+  SetTimer();
+  Report();
+}
+
+void IsoTpEndpoint::SetTimer() {
+  const base::TimePoint now = loop_->Now();
+  const auto deadline = connection_.Deadline();
+  timer_->Stop();
+  if (deadline) {
+    timer_->Start(
+        std::chrono::ceil<std::chrono::microseconds>(std::max(*deadline - now, base::TimePoint(0))));
+  }
+  events_.on_busy(deadline.value_or(now));
+}
+
+void IsoTpEndpoint::Report() {
+  if (const auto message = connection_.TakeMessage()) events_.on_message(message->View());
+  if (const auto error = connection_.TakeError()) events_.on_error(*error);
+}
+
+}  // namespace korval::ecu

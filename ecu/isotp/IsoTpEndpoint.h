@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "base/EventLoop.h"
+#include "ecu/isotp/IsoTpConnection.h"
+
+namespace korval::ecu {
+
+/// One end of an ISO 15765-2 connection in an event loop: sends what its state machine has to send when it
+/// is due. Events come from inside its operations and from its timer.
+class IsoTpEndpoint {
+ public:
+  struct Events {
+    /// May confirm the frame from inside.
+    std::function<void(const CanFrame&)> send_frame;
+    /// The bytes are valid during the call.
+    std::function<void(base::ByteView)> on_message;
+    std::function<void(const IsoTpError&)> on_error;
+    /// A message is under way, and something happens to it until then at the latest; now, when none is.
+    std::function<void(base::TimePoint)> on_busy;
+  };
+
+  IsoTpEndpoint(std::shared_ptr<base::EventLoop> loop, const IsoTpParameters& parameters, Events events);
+
+  const IsoTpParameters& Parameters() const { return connection_.Parameters(); }
+  bool IsSending() const { return connection_.IsSending(); }
+  /// Sends a message that is not empty, in place of one that is under way.
+  void Send(base::ByteView message);
+  void FrameArrived(const CanFrame& frame);
+  /// Every frame sent so far is on the bus.
+  void FramesSent();
+  /// Forgets what is under way in both directions.
+  void Stop();
+
+ private:
+  void TimerFired();
+  void MoveOn();
+  void SetTimer();
+  void Report();
+
+  std::shared_ptr<base::EventLoop> loop_;
+  IsoTpConnection connection_;
+  Events events_;
+  std::unique_ptr<base::Timer> timer_;
+  bool moving_ = false;
+};
+
+}  // namespace korval::ecu

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/isotp/IsoTpLink.h"
+
+#include <utility>
+
+#include "ecu/description/ErrorNumbers.h"
+
+namespace korval::ecu {
+
+std::int32_t NumberOf(CanBus::Error error) {
+  return error == CanBus::Error::kUnplugged ? kLinkLost : kCanNetworkError;
+}
+
+IsoTpLink::IsoTpLink(const std::shared_ptr<base::EventLoop>& loop, std::shared_ptr<SharedCanBus> bus,
+                     const IsoTpParameters& parameters)
+    : bus_(std::move(bus)), endpoint_(loop, parameters, EndpointEvents()), listener_(MakeListener()) {
+  bus_->Listen(listener_);
+}
+
+IsoTpEndpoint::Events IsoTpLink::EndpointEvents() {
+  IsoTpEndpoint::Events events;
+  events.send_frame = [this](const CanFrame& frame) { bus_->Send(frame); };
+  events.on_message = [this](base::ByteView message) { events_.on_message(message); };
+  events.on_error = [this](const IsoTpError& error) {
+    events_.on_failure(NumberOf(error.result), error.text);
+  };
+  events.on_busy = [this](base::TimePoint until) { events_.on_busy(until); };
+  return events;
+}
+
+std::shared_ptr<const SharedCanBus::Listener> IsoTpLink::MakeListener() {
+  SharedCanBus::Listener listener;
+  listener.on_frame = [this](const CanFrame& frame) {
+    if (connected_) endpoint_.FrameArrived(frame);
+  };
+  listener.on_sent = [this] {
+    if (connected_) endpoint_.FramesSent();
+  };
+  listener.on_trouble = [this](const SharedCanBus::Trouble& trouble) { Fail(trouble); };
+  return std::make_shared<const SharedCanBus::Listener>(std::move(listener));
+}
+
+void IsoTpLink::Connect() {
+  endpoint_.Stop();
+  connected_ = true;
+  if (const auto& loss = bus_->Loss()) return Fail(*loss);
+  events_.on_connected();
+}
+
+// What is left of an earlier exchange would fail this one.
+void IsoTpLink::Send(base::ByteView message) {
+  endpoint_.Stop();
+  endpoint_.Send(message);
+}
+
+void IsoTpLink::Close() {
+  connected_ = false;
+  endpoint_.Stop();
+}
+
+void IsoTpLink::Fail(const SharedCanBus::Trouble& trouble) {
+  if (!connected_) return;
+  if (trouble.error == CanBus::Error::kQueueFull && !endpoint_.IsSending()) return;  // somebody else's
+  endpoint_.Stop();
+  events_.on_failure(NumberOf(trouble.error), trouble.text);
+}
+
+}  // namespace korval::ecu

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/kline/EchoFilter.h"
+
+namespace korval::ecu {
+
+void EchoFilter::Expect(base::ByteView sent) {
+  sent_ = base::ByteBuffer(sent);
+  matched_ = 0;
+}
+
+bool EchoFilter::Filter(base::ByteView received, base::ByteBuffer& rest) {
+  for (std::size_t place = 0; place < received.size(); ++place) {
+    const base::ByteView left = received.subspan(place);
+    if (echo_ == Echo::kOff || matched_ == sent_.Length()) {
+      rest.Append(left);
+      return true;
+    }
+    const std::uint8_t byte = left[0];
+    if (byte == sent_.At(matched_)) {
+      ++matched_;
+      if (matched_ == sent_.Length()) echo_ = Echo::kOn;
+    } else if (byte == 0 && matched_ == 0) {
+      continue;  // what a receiver makes of the low level of the wake-up pattern
+    } else if (echo_ == Echo::kOn) {
+      return false;
+    } else {
+      echo_ = Echo::kOff;
+      rest.Append(sent_.View(0, matched_));
+      rest.Append(left);
+      return true;
+    }
+  }
+  return true;
+}
+
+}  // namespace korval::ecu

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "base/ByteBuffer.h"
+#include "base/EventLoop.h"
+#include "ecu/kline/EchoFilter.h"
+#include "ecu/kline/FrameReader.h"
+#include "ecu/kline/KLineTiming.h"
+#include "ecu/kline/PacedSender.h"
+
+namespace korval::ecu {
+
+/// A request frame on its way out and the frames that come back until its answer, P1, P2 and P4 kept (ISO
+/// 14230-2 clause 4.4). A pure state machine.
+class FrameExchange {
+ public:
+  enum class Outcome {
+    kUnderWay,
+    kAnswered,
+    kForeign,   ///< only messages that belong to something else
+    kSilent,    ///< no frame for us in time
+    kDamaged,   ///< a frame that was none
+    kNoEcho,    ///< the adapter did not return what was sent
+    kDisturbed  ///< the adapter returned something else: somebody spoke at the same time
+  };
+  struct Addresses {
+    std::uint8_t ecu;
+    std::uint8_t tester;
+  };
+
+  /// Of nothing yet. The echo's state outlives it.
+  FrameExchange(Addresses addresses, base::TimePoint byte_time, EchoFilter& echo);
+
+  void Start(base::ByteView message, HeaderForm form, const KLineTiming& timing, base::TimePoint now);
+  /// What is to be written now; empty: nothing.
+  base::ByteView TakeBytes(base::TimePoint now);
+  void BytesArrived(base::ByteView bytes, base::TimePoint now);
+  void TimeElapsed(base::TimePoint now);
+  /// The messages for us since the last call: the answer, "response pending", foreign ones.
+  std::vector<base::ByteBuffer> TakeMessages() { return std::exchange(messages_, {}); }
+
+  Outcome CurrentOutcome() const { return outcome_; }
+  /// When TakeBytes or TimeElapsed is due.
+  base::TimePoint Deadline() const;
+  /// When what was sent so far has left.
+  base::TimePoint SentUntil() const { return sender_.End(); }
+  std::uint8_t Service() const { return service_; }
+  /// What was wrong with the last damaged frame.
+  const char* Damage() const { return damage_; }
+
+ private:
+  void ReadByte(std::uint8_t byte, base::TimePoint now);
+  void FrameArrived(base::TimePoint now);
+  bool IsForUs() const;
+  bool BelongsToRequest(base::ByteView message) const;
+
+  Addresses addresses_;
+  base::TimePoint byte_time_;
+  EchoFilter& echo_;
+  KLineTiming timing_{};
+  PacedSender sender_;
+  FrameReader reader_;
+  Outcome outcome_ = Outcome::kSilent;
+  std::uint8_t service_ = 0;
+  base::TimePoint answer_deadline_{};
+  base::TimePoint last_byte_{};
+  bool frame_in_time_ = false;  // the frame being read began before the deadline
+  bool hunting_ = false;        // nothing is a frame before the next silence
+  const char* damage_ = nullptr;
+  bool foreign_message_ = false;
+  std::vector<base::ByteBuffer> messages_;
+};
+
+}  // namespace korval::ecu

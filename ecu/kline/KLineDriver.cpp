@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/kline/KLineDriver.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "base/Failure.h"
+#include "ecu/description/ErrorNumbers.h"
+
+namespace korval::ecu {
+
+KLineDriver::KLineDriver(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<SharedKLine> line,
+                         const FunctionDescription& function)
+    : loop_(std::move(loop)),
+      line_(std::move(line)),
+      baud_(function.baud),
+      longest_turn_(function.timing.Value(&Timing::pending_cap)),
+      tester_(function),
+      timer_(loop_->CreateTimer([this] { TimerFired(); })) {}
+
+void KLineDriver::Connect() {
+  listening_ = true;
+  Claim(Task::kConnect);
+}
+
+void KLineDriver::Send(base::ByteView message) {
+  message_ = base::ByteBuffer(message);
+  Claim(Task::kSend);
+}
+
+void KLineDriver::Close() {
+  if (!std::exchange(listening_, false)) return;
+  timer_->Stop();
+  if (tester_.IsConnected() && !tester_.IsBusy()) return Claim(Task::kStop);
+  tester_.Abandon();
+  line_->Release(this, tester_.QuietSince());
+}
+
+void KLineDriver::Claim(Task task) {
+  task_ = task;
+  if (listening_ && !line_->IsFree()) events_.on_busy(loop_->Now() + longest_turn_);
+  line_->Claim(shared_from_this());
+}
+
+void KLineDriver::Granted() {
+  const base::TimePoint now = loop_->Now();
+  try {
+    line_->Prepare(baud_);
+  } catch (const base::Failure& failure) {
+    return Lost(failure.Description());
+  }
+  if (task_ == Task::kConnect) tester_.Connect(now, line_->QuietSince(), line_->SetBreak(false));
+  if (task_ == Task::kSend) tester_.Send(message_.View(), now, line_->QuietSince());
+  if (task_ == Task::kStop) tester_.Stop(now, line_->QuietSince());
+  MoveOn();
+}
+
+void KLineDriver::BytesArrived(base::ByteView bytes) {
+  const auto self = shared_from_this();
+  tester_.BytesArrived(bytes, loop_->Now());
+  MoveOn();
+}
+
+void KLineDriver::TimerFired() {
+  const auto self = shared_from_this();
+  tester_.TimeElapsed(loop_->Now());
+  MoveOn();
+}
+
+void KLineDriver::Lost(const std::string& why) {
+  const auto self = shared_from_this();
+  timer_->Stop();
+  tester_.Abandon();
+  line_->Release(this, tester_.QuietSince());
+  if (listening_) events_.on_failure(kLinkLost, why);
+}
+
+// A wire may return an echo from inside Write.
+void KLineDriver::MoveOn() {
+  if (moving_) return;
+  moving_ = true;
+  while (const auto action = tester_.TakeAction()) Perform(*action);
+  moving_ = false;
+  Report();
+}
+
+void KLineDriver::Perform(const KLineTester::Action& action) {
+  if (action.kind == KLineTester::Action::Kind::kWrite) return line_->Write(action.bytes.View());
+  line_->SetBreak(action.kind == KLineTester::Action::Kind::kPullLow);
+}
+
+// The line is released first: who hears of an answer may have the next request.
+void KLineDriver::Report() {
+  const auto self = shared_from_this();
+  const base::TimePoint now = loop_->Now();
+  const auto deadline = tester_.Deadline();
+  timer_->Stop();
+  if (deadline) {
+    timer_->Start(
+        std::chrono::ceil<std::chrono::microseconds>(std::max(*deadline - now, base::TimePoint::zero())));
+  }
+  if (!tester_.IsBusy()) line_->Release(this, tester_.QuietSince());
+  if (listening_) events_.on_busy(deadline.value_or(now));
+  while (listening_) {
+    const auto event = tester_.TakeEvent();
+    if (!event) break;
+    Raise(*event);
+  }
+}
+
+void KLineDriver::Raise(const KLineTester::Event& event) {
+  switch (event.kind) {
+    case KLineTester::Event::Kind::kConnected:
+      return events_.on_connected();
+    case KLineTester::Event::Kind::kMessage:
+      return events_.on_message(event.message.View());
+    case KLineTester::Event::Kind::kFailure:
+      return events_.on_failure(event.number, event.text);
+  }
+}
+
+}  // namespace korval::ecu

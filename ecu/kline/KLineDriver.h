@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/ByteBuffer.h"
+#include "base/EventLoop.h"
+#include "ecu/description/EcuDescription.h"
+#include "ecu/kline/KLineTester.h"
+#include "ecu/kline/SharedKLine.h"
+#include "ecu/kwp2000/MessageLink.h"
+
+namespace korval::ecu {
+
+/// Brings a tester, the line and the event loop together. What the link asks for is done when the line is
+/// granted, one thing at a time; the line is released as soon as nothing is under way.
+class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineDriver> {
+ public:
+  KLineDriver(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<SharedKLine> line,
+              const FunctionDescription& function);
+
+  void SetEvents(MessageLink::Events events) { events_ = std::move(events); }
+  void Connect();
+  void Send(base::ByteView message);
+  /// No event comes afterwards until the next Connect.
+  void Close();
+
+  void Granted() override;
+  void BytesArrived(base::ByteView bytes) override;
+  void Lost(const std::string& why) override;
+
+ private:
+  enum class Task { kConnect, kSend, kStop };
+
+  void Claim(Task task);
+  void TimerFired();
+  void MoveOn();
+  void Perform(const KLineTester::Action& action);
+  void Report();
+  void Raise(const KLineTester::Event& event);
+
+  std::shared_ptr<base::EventLoop> loop_;
+  std::shared_ptr<SharedKLine> line_;
+  std::int32_t baud_;
+  base::TimePoint longest_turn_;  // of another user
+  KLineTester tester_;
+  MessageLink::Events events_;
+  bool listening_ = false;  // to the events
+  Task task_ = Task::kConnect;
+  base::ByteBuffer message_;
+  std::unique_ptr<base::Timer> timer_;
+  bool moving_ = false;
+};
+
+}  // namespace korval::ecu

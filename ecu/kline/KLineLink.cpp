@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/kline/KLineLink.h"
+
+#include <utility>
+
+#include "ecu/kline/KLineDriver.h"
+
+namespace korval::ecu {
+
+KLineLink::KLineLink(std::shared_ptr<base::EventLoop> loop, const std::shared_ptr<SharedKLine>& line,
+                     const FunctionDescription& function)
+    : driver_(std::make_shared<KLineDriver>(std::move(loop), line, function)) {
+  line->Join(driver_);
+}
+
+KLineLink::~KLineLink() { driver_->Close(); }
+
+void KLineLink::SetEvents(Events events) { driver_->SetEvents(std::move(events)); }
+
+void KLineLink::Connect() { driver_->Connect(); }
+
+void KLineLink::Send(base::ByteView message) { driver_->Send(message); }
+
+void KLineLink::Close() { driver_->Close(); }
+
+}  // namespace korval::ecu

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+
+#include "base/EventLoop.h"
+#include "ecu/description/EcuDescription.h"
+#include "ecu/kline/SharedKLine.h"
+#include "ecu/kwp2000/MessageLink.h"
+
+namespace korval::ecu {
+
+class KLineDriver;
+
+/// The messages of one ECU by ISO 14230 on a K-line that others use too. Closing it ends the communication
+/// with stopCommunication, which goes out as long as the line is there.
+class KLineLink : public MessageLink {
+ public:
+  KLineLink(std::shared_ptr<base::EventLoop> loop, const std::shared_ptr<SharedKLine>& line,
+            const FunctionDescription& function);
+  ~KLineLink() override;
+  KLineLink(const KLineLink&) = delete;
+  KLineLink& operator=(const KLineLink&) = delete;
+
+  void SetEvents(Events events) override;
+  void Connect() override;
+  void Send(base::ByteView message) override;
+  void Close() override;
+  /// Everything about time is told by on_busy.
+  Milliseconds Latency() const override { return Milliseconds(0); }
+
+ private:
+  std::shared_ptr<KLineDriver> driver_;
+};
+
+}  // namespace korval::ecu

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+// Our side of a K-line to one ECU (ISO 14230-2): initialisation, requests and answers, end of the
+// communication. A pure state machine: bytes and the time go in; actions for the line, events and a deadline
+// come out. It speaks when the line has been silent long enough, and never two things at a time.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+
+#include "base/ByteBuffer.h"
+#include "base/EventLoop.h"
+#include "ecu/description/EcuDescription.h"
+#include "ecu/kline/EchoFilter.h"
+#include "ecu/kline/FrameExchange.h"
+#include "ecu/kline/KLineTiming.h"
+#include "ecu/kline/KeyBytes.h"
+#include "ecu/kline/SlowHandshake.h"
+#include "ecu/kline/WakeUp.h"
+
+namespace korval::ecu {
+
+/// After each call the actions are taken until there is none, then the events.
+class KLineTester {
+ public:
+  struct Action {
+    enum class Kind { kPullLow, kLetRise, kWrite };
+    Kind kind;
+    base::ByteBuffer bytes;  ///< to be written
+  };
+  struct Event {
+    enum class Kind { kConnected, kMessage, kFailure };
+    Kind kind;
+    base::ByteBuffer message;
+    std::int32_t number = 0;  ///< of the failure, see ErrorNumbers.h
+    std::string text = {};    ///< the step that failed, and which bytes were heard
+  };
+
+  explicit KLineTester(const FunctionDescription& function);
+  KLineTester(const KLineTester&) = delete;
+  KLineTester& operator=(const KLineTester&) = delete;
+
+  /// Initialises the ECU anew, once the line has been silent for TIdle; it was last busy at `quiet_since`.
+  /// Without a break the fast initialisation wakes nobody up, and the 5-baud address goes as one byte.
+  void Connect(base::TimePoint now, base::TimePoint quiet_since, bool has_break);
+  /// Sends a message, once the line has been silent for P3. Raises kValueRefused as an event for one that
+  /// the ECU cannot take.
+  void Send(base::ByteView message, base::TimePoint now, base::TimePoint quiet_since);
+  /// Ends the communication with stopCommunication, if it stands. No event comes of it.
+  void Stop(base::TimePoint now, base::TimePoint quiet_since);
+  /// Forgets everything that is under way, and the communication.
+  void Abandon();
+
+  void BytesArrived(base::ByteView bytes, base::TimePoint now);
+  void TimeElapsed(base::TimePoint now);
+
+  std::optional<Action> TakeAction();
+  std::optional<Event> TakeEvent();
+  bool IsConnected() const { return connected_; }
+  /// Something is under way: the line is ours.
+  bool IsBusy() const { return phase_ != Phase::kIdle; }
+  /// When TimeElapsed is due; none while nothing is under way.
+  std::optional<base::TimePoint> Deadline() const;
+  /// When the line was last busy.
+  base::TimePoint QuietSince() const { return quiet_since_; }
+  const KLineTiming& ActiveTiming() const { return timing_; }
+
+ private:
+  enum class Phase { kIdle, kSilence, kWakeUp, kHandshake, kExchange };
+  enum class Purpose { kInitialisation, kRequest, kStop };
+
+  void Begin(Purpose purpose, base::TimePoint silence, base::TimePoint now, base::TimePoint quiet_since);
+  void Step(base::TimePoint now);
+  void AwaitSilence(base::TimePoint now);
+  void Wake(base::TimePoint now);
+  void ShakeHands(base::TimePoint now);
+  void RunExchange(base::TimePoint now);
+  void StartExchange(base::TimePoint now);
+  void Write(base::ByteView bytes, base::TimePoint until);
+
+  void Deliver();
+  void FinishExchange();
+  void TakeAnswer(base::ByteView message);
+  void Started(std::uint8_t first_key_byte, std::uint8_t second_key_byte);
+  void ChangeTiming(base::ByteView answer);
+
+  void Fail(std::int32_t number, const std::string& what);
+  std::string WhatFailed() const;
+  std::string Heard() const;
+  base::TimePoint Time(Timing::Number Timing::*number) const { return function_.timing.Value(number); }
+
+  FunctionDescription function_;
+  base::TimePoint byte_time_;
+  EchoFilter echo_;
+  FrameExchange exchange_;
+  KeyBytes key_bytes_ = KeyBytes::Any();
+  KLineTiming timing_;
+  Phase phase_ = Phase::kIdle;
+  Purpose purpose_ = Purpose::kInitialisation;
+  bool connected_ = false;
+  bool has_break_ = true;
+  base::TimePoint quiet_since_{};
+  base::TimePoint silence_{};
+  base::TimePoint silence_end_{};  // the line has to be silent by then
+  std::optional<WakeUp> wake_up_;
+  std::optional<SlowHandshake> handshake_;
+  base::ByteBuffer message_;
+  base::ByteBuffer heard_;
+  std::deque<Action> actions_;
+  std::deque<Event> events_;
+};
+
+}  // namespace korval::ecu

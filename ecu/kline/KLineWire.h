@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "base/ByteBuffer.h"
+
+namespace korval::ecu {
+
+/// The seam to the adapter on a K-line: a serial line with 8 data bits, no parity and one stop bit. Runs on
+/// the event loop's thread and never waits; destroying it closes it.
+class KLineWire {
+ public:
+  struct Events {
+    /// Everything heard on the line, what was written included where the adapter returns it. The bytes are
+    /// valid during the call.
+    std::function<void(base::ByteView)> on_bytes;
+    /// The adapter is gone, and why, in a sentence. The wire is closed; it can be opened again.
+    std::function<void(const std::string& why)> on_lost;
+  };
+
+  virtual ~KLineWire() = default;
+  /// Replaces the events; they come from the event loop or from inside an operation.
+  virtual void SetEvents(Events events) = 0;
+  /// Opens the line at so many bit/s; one that is open is set to that speed. Raises Failure that says why not
+  /// and what to do.
+  virtual void Open(std::int32_t baud) = 0;
+  /// Pulls the line low, or lets it rise. False: this line cannot be pulled low.
+  virtual bool SetBreak(bool low) = 0;
+  /// Sends the bytes without gaps.
+  virtual void Write(base::ByteView bytes) = 0;
+  virtual void Close() = 0;
+};
+
+}  // namespace korval::ecu

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/ByteBuffer.h"
+#include "base/EventLoop.h"
+#include "ecu/kline/KLineWire.h"
+
+namespace korval::ecu {
+
+/// Somebody who talks on a K-line.
+class KLineUser {
+ public:
+  virtual ~KLineUser() = default;
+  /// The line is yours until you release it.
+  virtual void Granted() = 0;
+  virtual void BytesArrived(base::ByteView bytes) = 0;
+  /// The adapter is gone; the line is no longer yours, nor do you wait for it.
+  virtual void Lost(const std::string& why) = 0;
+};
+
+/// One opened K-line, which one user at a time talks on. It owns those who wait for it or have it. An adapter
+/// that was lost is opened anew when somebody wants to talk.
+class SharedKLine {
+ public:
+  /// Raises what opening the wire raises.
+  SharedKLine(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<KLineWire> wire);
+  ~SharedKLine() { Close(); }
+  SharedKLine(const SharedKLine&) = delete;
+  SharedKLine& operator=(const SharedKLine&) = delete;
+
+  /// The user hears of a loss as long as somebody owns it.
+  void Join(const std::weak_ptr<KLineUser>& user) { users_.push_back(user); }
+  /// Grants the line, from inside the call when it is free.
+  void Claim(const std::shared_ptr<KLineUser>& user);
+  /// The user's turn is over, or it no longer waits for one. The line was last busy at `quiet_since`.
+  void Release(const KLineUser* user, base::TimePoint quiet_since);
+  bool IsFree() const { return !owner_; }
+  /// When the line was last busy.
+  base::TimePoint QuietSince() const { return quiet_since_; }
+
+  /// For the owner. Sets the speed, and opens the line when it was lost: raises what that raises.
+  void Prepare(std::int32_t baud);
+  /// False: this line cannot be pulled low.
+  bool SetBreak(bool low) { return wire_->SetBreak(low); }
+  void Write(base::ByteView bytes) { wire_->Write(bytes); }
+
+  /// Leaves the line for good and forgets its users.
+  void Close();
+
+ private:
+  void GrantNext();
+  void BytesArrived(base::ByteView bytes);
+  void Lost(const std::string& why);
+
+  std::shared_ptr<base::EventLoop> loop_;
+  std::unique_ptr<KLineWire> wire_;
+  std::int32_t baud_ = 0;  // 0: lost or closed
+  bool closed_ = false;
+  base::TimePoint quiet_since_;
+  std::vector<std::weak_ptr<KLineUser>> users_;
+  std::shared_ptr<KLineUser> owner_;
+  std::deque<std::shared_ptr<KLineUser>> waiting_;
+};
+
+}  // namespace korval::ecu

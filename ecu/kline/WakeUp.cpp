@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/kline/WakeUp.h"
+
+#include <algorithm>
+
+namespace korval::ecu {
+namespace {
+
+constexpr Milliseconds kBitTime{200};
+constexpr unsigned kAddressBits = 8;
+
+}  // namespace
+
+WakeUp WakeUp::Fast(const Timing& timing) {
+  const Milliseconds low = timing.Value(&Timing::t_ini_l);
+  return WakeUp({{true, low}, {false, std::max(timing.Value(&Timing::t_wup) - low, Milliseconds(0))}});
+}
+
+WakeUp WakeUp::FiveBaud(const Timing& timing, std::uint8_t address) {
+  std::vector<Level> levels{{false, timing.Value(&Timing::w0)}, {true, kBitTime}};
+  for (unsigned bit = 0; bit < kAddressBits; ++bit) {
+    levels.push_back({((static_cast<unsigned>(address) >> bit) & 1U) == 0, kBitTime});
+  }
+  levels.push_back({false, kBitTime});
+  return WakeUp(std::move(levels));
+}
+
+std::optional<bool> WakeUp::TakeLevel(base::TimePoint now) {
+  if (next_ == levels_.size() || (next_ != 0 && now < due_)) return std::nullopt;
+  if (next_ == 0) due_ = now;
+  const Level& level = levels_[next_++];
+  due_ += level.duration;
+  return level.low;
+}
+
+std::optional<base::TimePoint> WakeUp::Due() const { return next_ == 0 ? std::nullopt : std::optional(due_); }
+
+}  // namespace korval::ecu

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "base/EventLoop.h"
+#include "ecu/description/Timing.h"
+
+namespace korval::ecu {
+
+/// The levels of the line that wake an ECU up (ISO 14230-2 clauses 5.2.4.2.2 and 5.2.4.2.3).
+class WakeUp {
+ public:
+  /// Low for TiniL, then high until TWup is over.
+  static WakeUp Fast(const Timing& timing);
+  /// High for W0, then the address at 5 bit/s: start bit, eight bits from the least significant, stop bit.
+  static WakeUp FiveBaud(const Timing& timing, std::uint8_t address);
+
+  /// Begins with the first level that is taken. True: pull the line low; none: nothing is due.
+  std::optional<bool> TakeLevel(base::TimePoint now);
+  /// When the next level is due, or after the last one the end; none before the first.
+  std::optional<base::TimePoint> Due() const;
+  bool IsDone(base::TimePoint now) const { return next_ == levels_.size() && now >= *Due(); }
+
+ private:
+  struct Level {
+    bool low;
+    base::TimePoint duration;
+  };
+
+  explicit WakeUp(std::vector<Level> levels) : levels_(std::move(levels)) {}
+
+  std::vector<Level> levels_;
+  std::size_t next_ = 0;
+  base::TimePoint due_{};
+};
+
+}  // namespace korval::ecu

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/session/CanInterface.h"
+
+#include <utility>
+
+#include "ecu/description/ErrorNumbers.h"
+#include "ecu/isotp/IsoTpLink.h"
+#include "ecu/isotp/IsoTpParameters.h"
+
+namespace korval::ecu {
+namespace {
+
+// As it also stands in DBC files.
+constexpr std::uint32_t kExtendedFlag = 0x80000000;
+
+}  // namespace
+
+CanInterface::CanInterface(std::shared_ptr<base::EventLoop> loop, OpenBus open,
+                           std::shared_ptr<const ErrorTable> errors,
+                           std::shared_ptr<const MessagingFile> messaging)
+    : loop_(std::move(loop)),
+      open_(std::move(open)),
+      errors_(std::move(errors)),
+      messaging_(std::move(messaging)),
+      bus_(std::make_shared<SharedCanBus>(loop_, OpenAt(messaging_->bitrate))) {}
+
+CanInterface::~CanInterface() { bus_->Close(); }
+
+SharedCanBus::Open CanInterface::OpenAt(std::int32_t bitrate) const {
+  return [open = open_, bitrate] { return open(bitrate); };
+}
+
+std::unique_ptr<MessageLink> CanInterface::LinkTo(std::shared_ptr<const EcuDescription> ecu) {
+  const FunctionDescription& function = ecu->Function();
+  const auto parameters = IsoTpParameters::OfTester(
+      function, function.transport.CompletedBy(messaging_->TransportOf(function.name)));
+  if (!parameters) {
+    throw errors_->MakeFailure(kInterfaceRefused,
+                               "the CAN identifiers of " + function.name +
+                                   " are unknown; give RequestId and ResponseId in its ECU file, or a "
+                                   "Diagnostic element in the CAN messaging file");
+  }
+  return std::make_unique<IsoTpLink>(loop_, bus_, *parameters);
+}
+
+void CanInterface::SendFrame(std::int32_t identifier, base::ByteView data) {
+  const auto bits = static_cast<std::uint32_t>(identifier);
+  const CanIdentifier sent{bits & ~kExtendedFlag, bits > kLastBaseIdentifier};
+  if (sent.number > kLastExtendedIdentifier) {
+    throw errors_->MakeFailure(
+        kValueRefused, "a CAN identifier has at most 29 bits, " + std::to_string(identifier) + " has more");
+  }
+  if (const auto& loss = bus_->Loss()) throw errors_->MakeFailure(NumberOf(loss->error), loss->text);
+  bus_->Send(CanFrame(sent, data));
+}
+
+void CanInterface::UseMessaging(const std::shared_ptr<const MessagingFile>& messaging) {
+  const auto before = std::exchange(messaging_, messaging);
+  if (messaging_->bitrate != before->bitrate) bus_->Reopen(OpenAt(messaging_->bitrate));
+}
+
+void CanInterface::HearFrames(const std::function<void(const CanFrame&)>& on_frame) {
+  SharedCanBus::Listener listener{on_frame, [] {}, [](const SharedCanBus::Trouble&) {}};
+  listener_ = std::make_shared<const SharedCanBus::Listener>(std::move(listener));
+  bus_->Listen(listener_);
+}
+
+}  // namespace korval::ecu

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/session/KLineInterface.h"
+
+#include <utility>
+
+#include "base/Failure.h"
+#include "ecu/description/ErrorNumbers.h"
+#include "ecu/kline/KLineLink.h"
+
+namespace korval::ecu {
+namespace {
+
+constexpr std::chrono::seconds kLongestFarewell{1};
+
+}  // namespace
+
+KLineInterface::KLineInterface(std::shared_ptr<base::EventLoop> loop, std::string port,
+                               std::unique_ptr<KLineWire> wire, std::shared_ptr<const ErrorTable> errors)
+    : loop_(std::move(loop)), port_(std::move(port)), errors_(std::move(errors)) {
+  try {
+    line_ = std::make_shared<SharedKLine>(loop_, std::move(wire));
+  } catch (const base::Failure& failure) {
+    throw errors_->MakeFailure(kInterfaceRefused, port_ + ": " + failure.Description());
+  }
+}
+
+std::unique_ptr<MessageLink> KLineInterface::LinkTo(std::shared_ptr<const EcuDescription> ecu) {
+  const FunctionDescription& function = ecu->Function();
+  if (function.protocol == "DiagOnCAN") {
+    throw errors_->MakeFailure(kInterfaceRefused, function.name + " is diagnosed on CAN, and " + port_ +
+                                                      " is a K-line; choose a CAN port");
+  }
+  return std::make_unique<KLineLink>(loop_, line_, function);
+}
+
+void KLineInterface::SendFrame(std::int32_t /*identifier*/, base::ByteView /*data*/) {
+  throw errors_->MakeFailure(kNoInterface, port_ + " is a K-line; a CAN frame needs a CAN port");
+}
+
+void KLineInterface::Leave() {
+  loop_->RunUntil(loop_->Now() + kLongestFarewell, [line = line_] { return line->IsFree(); });
+}
+
+}  // namespace korval::ecu

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/EventLoop.h"
+#include "ecu/description/ErrorTable.h"
+#include "ecu/kline/SharedKLine.h"
+#include "ecu/session/DiagnosticInterface.h"
+
+namespace korval::ecu {
+
+/// A serial port: one K-line for any number of ECU functions.
+class KLineInterface : public DiagnosticInterface {
+ public:
+  /// Raises 1002 when the line cannot be opened.
+  KLineInterface(std::shared_ptr<base::EventLoop> loop, std::string port, std::unique_ptr<KLineWire> wire,
+                 std::shared_ptr<const ErrorTable> errors);
+  ~KLineInterface() override { line_->Close(); }
+  KLineInterface(const KLineInterface&) = delete;
+  KLineInterface& operator=(const KLineInterface&) = delete;
+
+  /// Raises 1002 for a function that is diagnosed on CAN.
+  std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) override;
+  /// Raises 1001: there is no CAN bus.
+  void SendFrame(std::int32_t identifier, base::ByteView data) override;
+  /// Waits for the last stopCommunication.
+  void Leave() override;
+
+ private:
+  std::shared_ptr<base::EventLoop> loop_;
+  std::string port_;
+  std::shared_ptr<const ErrorTable> errors_;
+  std::shared_ptr<SharedKLine> line_;
+};
+
+}  // namespace korval::ecu

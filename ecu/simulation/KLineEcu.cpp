@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/simulation/KLineEcu.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <utility>
+
+#include "ecu/description/ErrorNumbers.h"
+#include "ecu/kwp2000/Exchange.h"
+
+namespace korval::ecu {
+namespace {
+
+using Init = FunctionDescription::Init;
+
+constexpr std::uint8_t kStartCommunication = 0x81;
+constexpr std::uint8_t kStopCommunication = 0x82;
+constexpr std::uint8_t kAccessTiming = 0x83;
+constexpr std::uint8_t kTimesToDefault = 0x01;
+constexpr std::uint8_t kTimesToGiven = 0x03;
+constexpr std::uint8_t kGeneralReject = 0x10;
+constexpr std::uint8_t kSubFunctionNotSupported = 0x12;
+constexpr std::uint8_t kResponsePending = 0x78;
+// All header forms, normal times.
+constexpr std::array<std::uint8_t, 2> kKeyBytes{0xEF, 0x8F};
+constexpr std::uint8_t kSyncByte = 0x55;
+// W1, W2, W3 and W4 as short as ISO 14230-2 allows.
+constexpr Milliseconds kBeforeSync{60};
+constexpr Milliseconds kBeforeFirstKey{5};
+constexpr Milliseconds kBeforeSecondKey{1};
+constexpr Milliseconds kBeforeAddress{25};
+// P4max: a longer silence ends a request.
+constexpr Milliseconds kLongestGap{20};
+
+std::uint8_t Inverted(std::uint8_t byte) { return static_cast<std::uint8_t>(~byte); }
+
+std::uint8_t Positive(std::uint8_t service) { return static_cast<std::uint8_t>(service + kPositiveOffset); }
+
+}  // namespace
+
+KLineEcu::KLineEcu(std::shared_ptr<base::EventLoop> loop, const FunctionDescription& function,
+                   std::shared_ptr<SimulatedEcu> ecu, Write write)
+    : loop_(std::move(loop)),
+      function_(function),
+      ecu_(std::move(ecu)),
+      write_(std::move(write)),
+      timing_(KLineTiming::Of(function.timing, KeyBytes::Any())),
+      timer_(loop_->CreateTimer([this] { SendDue(); })) {}
+
+void KLineEcu::AddressArrived(std::uint8_t address) {
+  const base::TimePoint now = loop_->Now();
+  if (function_.init != Init::kSlow || address != function_.init_address) return;
+  if (ecu_->TakeInitFault() || ecu_->TakeWireFault({})) return;
+  outgoing_.clear();
+  state_ = State::kAwaitsKeyByte;
+  SendAt(now + kBeforeSync, {kSyncByte});
+  SendAt(now + kBeforeSync + kBeforeFirstKey, {kKeyBytes[0]});
+  SendAt(now + kBeforeSync + kBeforeFirstKey + kBeforeSecondKey, {kKeyBytes[1]});
+}
+
+void KLineEcu::BytesArrived(base::ByteView bytes) {
+  const base::TimePoint now = loop_->Now();
+  if (echo_) write_(bytes);
+  const base::TimePoint silence = now - last_byte_;
+  last_byte_ = now;
+  if (silence > kLongestGap) reader_.Reset();
+  if (silence > function_.timing.Value(&Timing::p3_max)) state_ = State::kAsleep;
+  for (const std::uint8_t byte : bytes) ByteArrived(byte, now);
+}
+
+void KLineEcu::ByteArrived(std::uint8_t byte, base::TimePoint now) {
+  if (state_ == State::kAwaitsKeyByte) return KeyByteArrived(byte, now);
+  if (state_ == State::kAsleep && function_.init == Init::kSlow) return AddressArrived(byte);
+  if (reader_.Add(byte) == FrameReader::Result::kFrame && IsForUs()) FrameArrived(now);
+}
+
+void KLineEcu::KeyByteArrived(std::uint8_t byte, base::TimePoint now) {
+  if (byte != Inverted(kKeyBytes[1])) {
+    state_ = State::kAsleep;
+    return;
+  }
+  state_ = State::kTalking;
+  timing_ = KLineTiming::Of(function_.timing, KeyBytes::Any());
+  SendAt(now + kBeforeAddress, {Inverted(function_.init_address)});
+}
+
+bool KLineEcu::IsForUs() const {
+  return !reader_.HasAddresses() ||
+         (reader_.Target() == function_.address && reader_.Source() == function_.tester);
+}
+
+void KLineEcu::FrameArrived(base::TimePoint now) {
+  const base::ByteBuffer request(reader_.Message());
+  form_ = reader_.Form();
+  const std::uint8_t service = request.At(0);
+  if (service == kStartCommunication && function_.init == Init::kFast) return StartCommunication(now);
+  if (state_ != State::kTalking && function_.init != Init::kNone) return;
+  if (service == kStopCommunication) return StopCommunication(now);
+  if (service == kAccessTiming) return AccessTiming(request.View(), now);
+  Answer(request.View(), now);
+}
+
+void KLineEcu::StartCommunication(base::TimePoint now) {
+  const base::TimePoint due = now + timing_.p2_min;
+  outgoing_.clear();
+  if (const auto fault = ecu_->TakeInitFault()) {
+    if (*fault != kInitialisationRefused) return;
+    return SendAt(due, Framed(std::array{kNegativeResponse, kStartCommunication, kGeneralReject}));
+  }
+  state_ = State::kTalking;
+  timing_ = KLineTiming::Of(function_.timing, KeyBytes::Any());
+  const std::array answer{Positive(kStartCommunication), kKeyBytes[0], kKeyBytes[1]};
+  if (const auto fault = ecu_->TakeWireFault({})) {
+    return AnswerFaulty(*fault, answer, kStartCommunication, due);
+  }
+  SendAt(due, Framed(answer));
+}
+
+void KLineEcu::StopCommunication(base::TimePoint now) {
+  state_ = State::kAsleep;
+  SendAt(now + timing_.p2_min, Framed(std::array{Positive(kStopCommunication)}));
+}
+
+// Byte 2 says what is asked for. The limits and the times in use cannot be read.
+void KLineEcu::AccessTiming(base::ByteView request, base::TimePoint now) {
+  const base::TimePoint due = now + timing_.p2_min;
+  const std::uint8_t what = request.size() < 2 ? std::uint8_t{0} : request[1];
+  if (what != kTimesToDefault && what != kTimesToGiven) {
+    return SendAt(due, Framed(std::array{kNegativeResponse, kAccessTiming, kSubFunctionNotSupported}));
+  }
+  if (what == kTimesToDefault) timing_ = KLineTiming::Of(function_.timing, KeyBytes::Any());
+  if (what == kTimesToGiven) timing_.Change(request.subspan(2));
+  SendAt(due, Framed(std::array{Positive(kAccessTiming), what}));
+}
+
+void KLineEcu::Answer(base::ByteView request, base::TimePoint now) {
+  const base::TimePoint due = now + std::max<base::TimePoint>(timing_.p2_min, ecu_->Latency());
+  const auto wire_fault = ecu_->TakeWireFault(request);
+  const SimulatedEcu::Reaction reaction = ecu_->React(request, now);
+  if (reaction.fault || reaction.answer.empty()) return;
+  if (reaction.answer.size() > kLongestKLineMessage) {
+    return SendAt(due, Framed(std::array{kNegativeResponse, request[0], kGeneralReject}));
+  }
+  if (wire_fault) return AnswerFaulty(*wire_fault, reaction.answer, request[0], due);
+  SendAt(due, Framed(reaction.answer));
+}
+
+void KLineEcu::AnswerFaulty(WireFault fault, base::ByteView message, std::uint8_t service,
+                            base::TimePoint due) {
+  base::ByteBuffer frame = Framed(message);
+  switch (fault) {
+    case WireFault::kMissing:
+      return;
+    case WireFault::kLate:
+      return SendAt(due + 2 * timing_.p2_max, std::move(frame));
+    case WireFault::kDamaged: {
+      const std::size_t middle = frame.Length() / 2;
+      frame.SetAt(middle, frame.At(middle) ^ 1U);
+      return SendAt(due, std::move(frame));
+    }
+    case WireFault::kPending:
+      SendAt(due, Framed(std::array{kNegativeResponse, service, kResponsePending}));
+      return SendAt(due + timing_.p2_max + timing_.p2_min, std::move(frame));
+    case WireFault::kForeign:
+      SendAt(due, BuildFrame({true, false}, function_.tester, Inverted(function_.address), message.first(1)));
+      return SendAt(due + timing_.p2_min, std::move(frame));
+  }
+}
+
+base::ByteBuffer KLineEcu::Framed(base::ByteView message) const {
+  const bool length_byte = form_.length_byte || message.size() > kLongestLengthInFormat;
+  return BuildFrame({form_.addresses, length_byte}, function_.tester, function_.address, message);
+}
+
+void KLineEcu::SendAt(base::TimePoint due, base::ByteBuffer bytes) {
+  outgoing_.push_back({due, std::move(bytes)});
+  SendDue();
+}
+
+void KLineEcu::SendDue() {
+  const base::TimePoint now = loop_->Now();
+  while (!outgoing_.empty() && outgoing_.front().due <= now) {
+    const base::ByteBuffer bytes = std::move(outgoing_.front().bytes);
+    outgoing_.pop_front();
+    write_(bytes.View());
+  }
+  if (outgoing_.empty()) return timer_->Stop();
+  timer_->Start(std::chrono::ceil<std::chrono::microseconds>(outgoing_.front().due - now));
+}
+
+}  // namespace korval::ecu

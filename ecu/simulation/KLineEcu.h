@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+
+#include "base/ByteBuffer.h"
+#include "base/EventLoop.h"
+#include "ecu/description/EcuDescription.h"
+#include "ecu/kline/FrameReader.h"
+#include "ecu/kline/KLineTiming.h"
+#include "ecu/simulation/SimulatedEcu.h"
+
+namespace korval::ecu {
+
+/// The simulated ECU at the far end of a K-line, below the framing (ISO 14230-2): bytes arrive and bytes are
+/// written, in time. It starts the communication the way the ECU file says, answers by the simulated ECU
+/// after P2min or its latency, whichever is longer, and falls silent after P3max without a request. Answers
+/// have the header form of their requests. What the file wants to go wrong on the wire does.
+class KLineEcu {
+ public:
+  using Write = std::function<void(base::ByteView)>;
+
+  KLineEcu(std::shared_ptr<base::EventLoop> loop, const FunctionDescription& function,
+           std::shared_ptr<SimulatedEcu> ecu, Write write);
+  KLineEcu(const KLineEcu&) = delete;
+  KLineEcu& operator=(const KLineEcu&) = delete;
+
+  /// Returns what it hears, as an adapter on a single wire does.
+  void SetEcho(bool echo) { echo_ = echo; }
+  /// A line that can be pulled low wakes the ECU up without bytes: the 5-baud address, when it is whole.
+  void AddressArrived(std::uint8_t address);
+  void BytesArrived(base::ByteView bytes);
+
+ private:
+  enum class State { kAsleep, kAwaitsKeyByte, kTalking };
+  struct Outgoing {
+    base::TimePoint due;
+    base::ByteBuffer bytes;
+  };
+
+  void ByteArrived(std::uint8_t byte, base::TimePoint now);
+  void KeyByteArrived(std::uint8_t byte, base::TimePoint now);
+  void FrameArrived(base::TimePoint now);
+  bool IsForUs() const;
+  void StartCommunication(base::TimePoint now);
+  void StopCommunication(base::TimePoint now);
+  void AccessTiming(base::ByteView request, base::TimePoint now);
+  void Answer(base::ByteView request, base::TimePoint now);
+  void AnswerFaulty(WireFault fault, base::ByteView message, std::uint8_t service, base::TimePoint due);
+
+  base::ByteBuffer Framed(base::ByteView message) const;
+  void SendAt(base::TimePoint due, base::ByteBuffer bytes);
+  void SendDue();
+
+  std::shared_ptr<base::EventLoop> loop_;
+  FunctionDescription function_;
+  std::shared_ptr<SimulatedEcu> ecu_;
+  Write write_;
+  bool echo_ = false;
+  State state_ = State::kAsleep;
+  KLineTiming timing_;
+  FrameReader reader_;
+  HeaderForm form_;  // of the last request
+  base::TimePoint last_byte_{};
+  std::deque<Outgoing> outgoing_;
+  std::unique_ptr<base::Timer> timer_;
+};
+
+}  // namespace korval::ecu

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <QStringList>
+
+#include "base/EventLoop.h"
+#include "diag/PortScout.h"
+#include "platform/PluggedInterface.h"
+
+namespace korval::platform {
+
+/// Lists the plugged-in interfaces that have a serial number. Every two seconds it takes a glimpse at what is
+/// there, and looks closer only when that differs.
+class DevicePortScout : public diag::PortScout {
+ public:
+  using Scan = std::function<std::vector<PluggedInterface>()>;
+  using Glimpse = std::function<QStringList()>;
+
+  static constexpr std::chrono::milliseconds kInterval{2000};
+
+  /// On this computer's interfaces.
+  explicit DevicePortScout(std::shared_ptr<base::EventLoop> loop);
+  DevicePortScout(std::shared_ptr<base::EventLoop> loop, Scan scan, Glimpse glimpse);
+
+  std::string DeviceList() override;
+  void SetOnDevicesHaveChanged(std::function<void()> on_changed) override;
+  void Shutdown() override;
+
+ private:
+  std::vector<std::string> SerialNumbers() const;
+  void Look();
+
+  std::shared_ptr<base::EventLoop> loop_;
+  Scan scan_;
+  Glimpse glimpse_;
+  QStringList names_;
+  std::vector<std::string> known_;
+  std::function<void()> on_changed_;
+  std::unique_ptr<base::Timer> timer_;
+};
+
+}  // namespace korval::platform

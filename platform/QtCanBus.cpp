@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: MIT
+#include "platform/QtCanBus.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include <QCanBus>
+#include <QCanBusFrame>
+#include <QPointer>
+#include <QVariant>
+
+#include "base/Failure.h"
+
+namespace korval::platform {
+namespace {
+
+constexpr std::chrono::milliseconds kStatusInterval{250};
+
+QCanBusFrame QtFrame(const ecu::CanFrame& frame) {
+  const base::ByteView bytes = frame.Bytes();
+  QCanBusFrame qt(frame.identifier.number, QByteArray(reinterpret_cast<const char*>(bytes.data()),
+                                                      static_cast<qsizetype>(bytes.size())));
+  qt.setExtendedFrameFormat(frame.identifier.extended);
+  return qt;
+}
+
+ecu::CanFrame FrameOf(const QCanBusFrame& qt) {
+  const QByteArray payload = qt.payload();
+  return {{qt.frameId(), qt.hasExtendedFrameFormat()},
+          base::ByteView(reinterpret_cast<const std::uint8_t*>(payload.constData()),
+                         static_cast<std::size_t>(payload.size()))};
+}
+
+// Frames of CAN FD belong to others on the bus.
+bool IsClassicData(const QCanBusFrame& frame) {
+  return frame.frameType() == QCanBusFrame::DataFrame && !frame.hasFlexibleDataRateFormat();
+}
+
+// A socketcan interface gets its bit rate from the system, a virtual one has none.
+bool TakesBitrate(const std::string& plugin) { return plugin != "socketcan" && plugin != "virtualcan"; }
+
+void Configure(QCanBusDevice& device, const std::string& plugin, std::int32_t bitrate) {
+  if (TakesBitrate(plugin)) device.setConfigurationParameter(QCanBusDevice::BitRateKey, bitrate);
+  if (plugin != "socketcan") return;
+  device.setConfigurationParameter(QCanBusDevice::ErrorFilterKey,
+                                   QVariant::fromValue(QCanBusFrame::FrameErrors(QCanBusFrame::AnyError)));
+}
+
+std::string WhatToDo(const std::string& plugin, const std::string& interface, std::int32_t bitrate) {
+  if (plugin == "socketcan") {
+    return "plug the adapter in and bring the interface up (ip link set " + interface +
+           " up type can bitrate " + std::to_string(bitrate) + " restart-ms 100)";
+  }
+  return "check the plugin's name, install the adapter's driver, plug the adapter in and close other "
+         "programs "
+         "that use it";
+}
+
+std::string NameOf(const std::string& plugin, const std::string& interface) {
+  return "CAN interface " + interface + " (" + plugin + ")";
+}
+
+std::unique_ptr<QCanBusDevice> OpenDevice(const std::string& plugin, const std::string& interface,
+                                          std::int32_t bitrate) {
+  const auto refuse = [&](const QString& why) {
+    throw base::Failure(NameOf(plugin, interface) + " cannot be opened: " + why.toStdString() + "; " +
+                        WhatToDo(plugin, interface, bitrate));
+  };
+  QString error;
+  std::unique_ptr<QCanBusDevice> device(QCanBus::instance()->createDevice(
+      QString::fromStdString(plugin), QString::fromStdString(interface), &error));
+  if (!device) refuse(error);
+  Configure(*device, plugin, bitrate);
+  if (!device->connectDevice()) refuse(device->errorString());
+  return device;
+}
+
+}  // namespace
+
+QtCanBus::QtCanBus(const std::string& plugin, const std::string& interface, std::int32_t bitrate)
+    : QtCanBus(OpenDevice(plugin, interface, bitrate), NameOf(plugin, interface)) {}
+
+QtCanBus::QtCanBus(std::unique_ptr<QCanBusDevice> device, std::string name)
+    : name_(std::move(name)), events_(std::make_shared<const Events>()), device_(std::move(device)) {
+  connect(device_.get(), &QCanBusDevice::framesReceived, this, &QtCanBus::QueueReceive);
+  connect(device_.get(), &QCanBusDevice::framesWritten, this, &QtCanBus::FramesWritten);
+  connect(device_.get(), &QCanBusDevice::stateChanged, this, &QtCanBus::StateChanged);
+  connect(device_.get(), &QCanBusDevice::errorOccurred, this, [this](QCanBusDevice::CanBusError error) {
+    if (error == QCanBusDevice::ReadError || error == QCanBusDevice::ConnectionError) QueueLoss();
+  });
+  connect(&status_check_, &QTimer::timeout, this, &QtCanBus::CheckStatus);
+  if (device_->hasBusStatus()) status_check_.start(kStatusInterval);
+}
+
+QtCanBus::~QtCanBus() {
+  device_->disconnect();
+  device_->disconnectDevice();
+}
+
+void QtCanBus::FramesWritten(qint64 count) {
+  unconfirmed_ -= std::min(unconfirmed_, static_cast<std::size_t>(count));
+  const auto events = events_;  // the handler may replace them
+  if (unconfirmed_ == 0 && events->on_sent) events->on_sent();
+}
+
+// A virtual bus is connected only after a while.
+void QtCanBus::StateChanged(QCanBusDevice::CanBusDeviceState state) {
+  if (state != QCanBusDevice::ConnectedState) return;
+  for (const ecu::CanFrame& frame : std::exchange(waiting_, {})) Write(frame);
+}
+
+void QtCanBus::Send(const ecu::CanFrame& frame) {
+  if (waiting_.size() + unconfirmed_ >= kTransmitLimit) {
+    return Raise(Error::kQueueFull,
+                 "its transmit queue is full: the bus is overloaded, or nobody takes its frames");
+  }
+  if (device_->state() == QCanBusDevice::ConnectingState) {
+    waiting_.push_back(frame);
+  } else {
+    Write(frame);
+  }
+}
+
+void QtCanBus::Write(const ecu::CanFrame& frame) {
+  ++unconfirmed_;  // the confirmation may come from inside
+  if (device_->writeFrame(QtFrame(frame))) return;
+  unconfirmed_ -= std::min<std::size_t>(unconfirmed_, 1);
+  if (device_->state() != QCanBusDevice::ConnectedState) return QueueLoss();
+  Raise(Error::kQueueFull, "a frame could not be sent: " + device_->errorString().toStdString());
+}
+
+void QtCanBus::QueueReceive() {
+  if (std::exchange(receive_queued_, true)) return;
+  QMetaObject::invokeMethod(this, &QtCanBus::Receive, Qt::QueuedConnection);
+}
+
+void QtCanBus::Receive() {
+  receive_queued_ = false;
+  const QPointer<QtCanBus> self(this);  // a handler may destroy the bus
+  while (self && device_->framesAvailable() > 0) {
+    const QCanBusFrame frame = device_->readFrame();
+    const auto events = events_;
+    if (frame.frameType() == QCanBusFrame::ErrorFrame) {
+      ErrorFrameArrived(frame);
+    } else if (IsClassicData(frame) && events->on_frame) {
+      events->on_frame(FrameOf(frame));
+    }
+  }
+}
+
+void QtCanBus::ErrorFrameArrived(const QCanBusFrame& frame) {
+  const QCanBusFrame::FrameErrors errors = frame.error();
+  if (errors.testFlag(QCanBusFrame::ControllerRestartError)) return Recover();
+  if (errors.testFlag(QCanBusFrame::BusOffError)) {
+    Raise(Error::kBusOff, "the controller is bus off: check bit rate, wiring and termination");
+  } else if (errors.testFlag(QCanBusFrame::MissingAcknowledgmentError)) {
+    Raise(Error::kNoAcknowledge, "nobody acknowledges: check wiring, bit rate and the ECU's power");
+  }
+}
+
+void QtCanBus::CheckStatus() {
+  const bool bus_off = device_->busStatus() == QCanBusDevice::CanBusStatus::BusOff;
+  if (std::exchange(bus_off_, bus_off) == bus_off) return;
+  if (!bus_off) return Recover();
+  Raise(Error::kBusOff, "the controller is bus off: check bit rate, wiring and termination");
+}
+
+// From inside a signal the device may not be destroyed, which is what its owner does next.
+void QtCanBus::QueueLoss() {
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        Raise(Error::kUnplugged, "it was lost (" + device_->errorString().toStdString() +
+                                     "): check that the adapter is plugged in and its interface is up");
+      },
+      Qt::QueuedConnection);
+}
+
+void QtCanBus::Raise(Error error, const std::string& text) {
+  const auto events = events_;
+  if (events->on_error) events->on_error(error, name_ + ": " + text);
+}
+
+void QtCanBus::Recover() {
+  const auto events = events_;
+  if (events->on_recovered) events->on_recovered();
+}
+
+}  // namespace korval::platform

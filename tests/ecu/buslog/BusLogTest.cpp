@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/Failure.h"
+#include "ecu/buslog/BusLog.h"
+#include "ecu/buslog/TracedCanBus.h"
+#include "tests/support/TempFolder.h"
+
+namespace korval::ecu {
+namespace {
+
+using base::ByteBuffer;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr std::chrono::microseconds kTime{1794650400000042};
+
+std::string ReadFile(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+class BusLogTest : public testing::Test {
+ protected:
+  BusLog::Settings Settings(std::size_t limit = 1000) {
+    return {Path(), limit, [] { return kTime; },
+            [this](const std::string& text) { troubles_.push_back(text); }};
+  }
+  std::string Path() const { return folder_.Path() + "/bus.log"; }
+  std::string Written() const { return ReadFile(Path()); }
+
+  tests::TempFolder folder_;
+  std::vector<std::string> troubles_;
+};
+
+CanFrame Frame(std::uint32_t identifier, bool extended, const std::string& hex) {
+  const ByteBuffer bytes = ByteBuffer::FromHex(hex);
+  return {CanIdentifier{identifier, extended}, bytes.View()};
+}
+
+TEST_F(BusLogTest, CanFramesStandInCandumpsLogFormat) {
+  BusLog log(Settings());
+  log.Record("can0", BusLog::Direction::kSent, Frame(0x7E0, false, "021A90"));
+  log.Record("can0", BusLog::Direction::kReceived, Frame(0x1A0, true, ""));
+  EXPECT_EQ(Written(),
+            "(1794650400.000042) can0 7E0#021A90 T\n"
+            "(1794650400.000042) can0 000001A0# R\n");
+}
+
+TEST_F(BusLogTest, KLineBytesStandInHexadecimal) {
+  BusLog log(Settings());
+  log.Record("/dev/ttyUSB0", BusLog::Direction::kSent, ByteBuffer::FromHex("8110F18103").View());
+  EXPECT_EQ(Written(), "(1794650400.000042) /dev/ttyUSB0 T 81 10 F1 81 03\n");
+}
+
+TEST_F(BusLogTest, AFileThatIsFullBecomesTheOneBefore) {
+  BusLog log(Settings(80));
+  for (const std::uint32_t identifier : {1U, 2U, 3U, 4U, 5U}) {
+    log.Record("can0", BusLog::Direction::kSent, Frame(identifier, false, ""));
+  }
+  EXPECT_EQ(Written(), "(1794650400.000042) can0 005# T\n");
+  EXPECT_EQ(ReadFile(Path() + ".1"), "(1794650400.000042) can0 003# T\n(1794650400.000042) can0 004# T\n");
+}
+
+TEST_F(BusLogTest, AFileThatExistsGoesOn) {
+  { BusLog(Settings()).Record("can0", BusLog::Direction::kSent, Frame(1, false, "")); }
+  BusLog(Settings()).Record("can0", BusLog::Direction::kSent, Frame(2, false, ""));
+  EXPECT_EQ(Written(), "(1794650400.000042) can0 001# T\n(1794650400.000042) can0 002# T\n");
+}
+
+TEST_F(BusLogTest, AFolderThatDoesNotExistIsRaised) {
+  BusLog::Settings settings = Settings();
+  settings.path = folder_.Path() + "/nowhere/bus.log";
+  try {
+    const BusLog log(settings);
+    FAIL() << "nothing was raised";
+  } catch (const base::Failure& failure) {
+    EXPECT_THAT(failure.Description(),
+                HasSubstr(settings.path + " cannot be written: check that its folder exists"));
+  }
+}
+
+TEST_F(BusLogTest, AFullDiskEndsTheRecordWithOneSentence) {
+  BusLog::Settings settings = Settings();
+  settings.path = "/dev/full";
+  BusLog log(settings);
+  for (int i = 0; i < 3; ++i) log.Record("can0", BusLog::Direction::kSent, Frame(1, false, ""));
+  EXPECT_THAT(troubles_, ElementsAre("Bus trace /dev/full has ended: is the disk full?"));
+}
+
+class LoopedBus : public CanBus {
+ public:
+  void SetEvents(Events events) override { events_ = std::move(events); }
+  void Send(const CanFrame& frame) override { events_.on_frame(frame); }
+
+ private:
+  Events events_;
+};
+
+TEST_F(BusLogTest, ATracedBusRecordsBothDirectionsAndPassesThemOn) {
+  TracedCanBus bus(std::make_unique<LoopedBus>(), std::make_shared<BusLog>(Settings()), "can1");
+  std::vector<CanFrame> received;
+  bus.SetEvents({[&](const CanFrame& frame) { received.push_back(frame); }, {}, {}, {}});
+  bus.Send(Frame(0x100, false, "AA"));
+  EXPECT_THAT(received, ElementsAre(Frame(0x100, false, "AA")));
+  EXPECT_EQ(Written(), "(1794650400.000042) can1 100#AA T\n(1794650400.000042) can1 100#AA R\n");
+}
+
+}  // namespace
+}  // namespace korval::ecu

@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: MIT
+// Diagnostics on CAN from the session down to the frames, on a bus in model time.
+#include <chrono>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ecu/can/SharedCanBus.h"
+#include "tests/ecu/can/CanBench.h"
+
+namespace korval::ecu {
+namespace {
+
+using std::chrono::hours;
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr char kLongAnswer[] =
+    "610274686520717569636B2062726F776E20666F78206A756D7073206F7665722074686520646F67";
+
+TEST(CanLinkTest, SingleFramesThereAndBack) {
+  CanBench bench;
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  EXPECT_THAT(bench.bus.log, ElementsAre("7E0#0221015555555555", "7E8#0461010019555555"));
+}
+
+TEST(CanLinkTest, LongAnswerGetsItsFlowControl) {
+  CanBench bench;
+  EXPECT_EQ(bench.Send("2102"), kLongAnswer);
+  EXPECT_THAT(bench.bus.log,
+              ElementsAre("7E0#0221025555555555", "7E8#1028610274686520", "7E0#3000005555555555",
+                          "7E8#21717569636B2062", "7E8#22726F776E20666F", "7E8#2378206A756D7073",
+                          "7E8#24206F7665722074",
+                          "7E8#2568652064"
+                          "6F6755"));
+}
+
+TEST(CanLinkTest, LongRequestGoesOutInBlocksThatTheEcuAsksFor) {
+  CanBench bench(std::string(CanBench::kIdentifiers) + "BlockSize='3' StMinMs='2'");
+  EXPECT_EQ(bench.Send("3B03" + std::string(kLongAnswer).substr(4)), "7B03");
+  EXPECT_THAT(bench.bus.log, Contains("7E8#3003025555555555").Times(2));
+}
+
+TEST(CanLinkTest, ValuesAreReadAndWrittenByName) {
+  CanBench bench;
+  const auto instance = bench.session->CreateInstance("qor4inst.abs");
+  instance->SetProtocol(bench.Abs());
+  EXPECT_EQ(instance->Get("Speed"), base::Variant(12.5));
+  instance->Set("Text", std::string("written in seven frames of a request.."));
+  EXPECT_EQ(instance->Get("Text"), base::Variant("written in seven frames of a request.."));
+}
+
+TEST(CanLinkTest, ExtendedAddressingWith29BitIdentifiersAndWithoutPadding) {
+  CanBench bench(
+      "Name='ABS' RequestId='18DA28F1' ResponseId='18DAF128' Addressing='extended' Address='28' Tester='F1' "
+      "Padding='none' KeepAliveMs='0'");
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  EXPECT_THAT(bench.bus.log, ElementsAre("18DA28F1#28022101", "18DAF128#F10461010019"));
+  EXPECT_EQ(bench.Send("2102"), kLongAnswer);
+  EXPECT_THAT(bench.bus.log, Contains("18DA28F1#28300000"));
+  EXPECT_THAT(bench.bus.log, Contains("18DAF128#F121"
+                                      "2071756963"
+                                      "6B"));
+}
+
+TEST(CanLinkTest, AnswerMayTakeLongerThanP2OnceItHasBegun) {
+  CanBench bench(std::string(CanBench::kIdentifiers) + "P2Ms='20' StMinMs='100'");
+  EXPECT_EQ(bench.Send("2102"), kLongAnswer);
+  EXPECT_GT(bench.loop->Now(), milliseconds(400));
+}
+
+TEST(CanLinkTest, SilenceEndsTheWaitP2BehindTheRequest) {
+  CanBench bench;
+  bench.DisconnectEcu();
+  EXPECT_EQ(bench.Send("2101"), "2000");
+  EXPECT_EQ(bench.loop->Now(), microseconds(222) + milliseconds(50));
+  EXPECT_THAT(bench.description, HasSubstr("ABS does not answer"));
+}
+
+TEST(CanLinkTest, IdentifiersThatNobodyKnowsAre1002) {
+  CanBench bench("Name='ABS' RequestId='7E0'");
+  EXPECT_EQ(bench.Send("2101"), "1002");
+  EXPECT_THAT(bench.description, HasSubstr("CAN identifiers of ABS are unknown"));
+  EXPECT_THAT(bench.bus.log, testing::IsEmpty());
+}
+
+TEST(CanLinkTest, DiagnosticSessionIsOpenedFirst) {
+  CanBench bench(std::string(CanBench::kIdentifiers) + "Session='89'");
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  EXPECT_EQ(bench.bus.log.front(), "7E0#0210895555555555");
+}
+
+TEST(CanLinkTest, EcuThatDisappearsAndReturnsAnswersAtOnce) {
+  CanBench bench;
+  EXPECT_EQ(bench.Send("2102"), kLongAnswer);
+  bench.bus.filter = [&bench](CanFrame& frame) {
+    if (tests::FrameText(frame) == "7E8#21717569636B2062")
+      bench.loop->At(microseconds(1), [&bench] { bench.DisconnectEcu(); });
+    return true;
+  };
+  EXPECT_EQ(bench.Send("2102"), "2000");
+  EXPECT_THAT(bench.description, HasSubstr("no consecutive frame within 1000 ms (N_Cr)"));
+  EXPECT_EQ(bench.Send("2101"), "2000");
+  bench.bus.filter = nullptr;
+  bench.ConnectEcu();
+  EXPECT_EQ(bench.Send("2102"), kLongAnswer);
+}
+
+TEST(CanLinkTest, AdapterThatIsPulledAndPutBackIsOpenedAnew) {
+  CanBench bench;
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  bench.bus.Unplug();
+  EXPECT_EQ(bench.Send("2101"), "1000");
+  EXPECT_THAT(bench.description, HasSubstr("unplugged"));
+  EXPECT_FALSE(bench.Abs()->Initialised());
+  bench.loop->Advance(hours(1));
+  EXPECT_EQ(bench.Send("2101"), "1000");
+  bench.bus.Plug();
+  bench.ConnectEcu();
+  bench.loop->Advance(SharedCanBus::kReopenInterval);
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  EXPECT_TRUE(bench.Abs()->Initialised());
+}
+
+TEST(CanLinkTest, CablePulledInTheMiddleEndsTheWaitAtOnce) {
+  CanBench bench;
+  bench.DisconnectEcu();
+  bench.loop->At(milliseconds(10), [&] { bench.bus.Unplug(); });
+  EXPECT_EQ(bench.Send("2101"), "1000");
+  EXPECT_EQ(bench.loop->Now(), milliseconds(10));
+}
+
+TEST(CanLinkTest, BusOffIs1015UntilTheControllerIsBack) {
+  CanBench bench;
+  bench.Send("2101");
+  bench.bus.RaiseError(CanBus::Error::kBusOff);
+  EXPECT_EQ(bench.Send("2101"), "1015");
+  EXPECT_THAT(bench.description, HasSubstr("bus off"));
+  bench.bus.RaiseRecovered();
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  const int opened = bench.bus.opened;
+  bench.loop->Advance(seconds(1));
+  EXPECT_EQ(bench.bus.opened, opened);
+}
+
+TEST(CanLinkTest, BusOffThatDoesNotEndByItselfIsEndedByOpeningAnew) {
+  CanBench bench;
+  bench.bus.RaiseError(CanBus::Error::kBusOff);
+  bench.loop->Advance(SharedCanBus::kReopenInterval);
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+}
+
+TEST(CanLinkTest, FramesThatNobodyAcknowledgesAre1015) {
+  CanBench bench;
+  bench.bus.SetSilent(true);
+  EXPECT_EQ(bench.Send("2101"), "1015");
+  EXPECT_EQ(bench.loop->Now(), seconds(1));
+  EXPECT_THAT(bench.description, HasSubstr("did not get onto the bus within 1000 ms (N_As)"));
+  bench.loop->At(milliseconds(3), [&] { bench.bus.RaiseError(CanBus::Error::kNoAcknowledge); });
+  EXPECT_EQ(bench.Send("2101"), "1015");
+  EXPECT_EQ(bench.loop->Now(), seconds(1) + milliseconds(3));
+  EXPECT_THAT(bench.description, HasSubstr("nobody acknowledges"));
+  bench.bus.SetSilent(false);
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+}
+
+TEST(CanLinkTest, FullTransmitQueueIs1015ForWhoeverIsSending) {
+  CanBench bench;
+  bench.bus.RaiseError(CanBus::Error::kQueueFull);
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  bench.loop->At(microseconds(100), [&] { bench.bus.RaiseError(CanBus::Error::kQueueFull); });
+  EXPECT_EQ(bench.Send("2101"), "1015");
+  EXPECT_THAT(bench.description, HasSubstr("queue full"));
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+}
+
+TEST(CanLinkTest, ClosedSessionLeavesTheBus) {
+  CanBench bench;
+  bench.Send("2101");
+  bench.session->Close();
+  EXPECT_EQ(bench.Send("2101"), "1000");
+  EXPECT_EQ(bench.bus.log.size(), 2U);
+  bench.session->SetPort("CAN:model:can0");
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+}
+
+TEST(CanLinkTest, SessionClosedInsideAWaitEndsIt) {
+  CanBench bench;
+  bench.loop->At(microseconds(300), [&] { bench.session->Close(); });
+  EXPECT_EQ(bench.Send("2102"), "1000");
+  bench.loop->Advance(seconds(10));
+  EXPECT_THAT(bench.bus.log, testing::Not(Contains(HasSubstr("7E0#30"))));
+}
+
+TEST(CanLinkTest, ForeignFramesAtFullRateDelayNothing) {
+  CanBench bench;
+  const std::function<void()> flood = [&] {
+    bench.bus.InjectHex(0x7E9, "0461010BAD555555");
+    bench.loop->At(microseconds(222), flood);
+  };
+  flood();
+  for (int i = 0; i < 100; ++i) ASSERT_EQ(bench.Send("2102"), kLongAnswer);
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+}
+
+TEST(CanLinkTest, ADayOfTesterPresentLeavesNothingBehind) {
+  CanBench bench("Name='ABS' RequestId='7E0' ResponseId='7E8' KeepAliveMs='2000'");
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  const std::size_t pending = bench.loop->PendingEvents();
+  bench.bus.log.clear();
+  bench.loop->Advance(hours(24));
+  EXPECT_EQ(bench.loop->PendingEvents(), pending);
+  EXPECT_THAT(bench.bus.log, Contains("7E0#013E555555555555").Times(24 * 3600 / 2));
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+}
+
+TEST(CanLinkTest, TwoFunctionsShareOneBus) {
+  CanBench bench;
+  bench.session->OfferEcuFile(
+      "asr.xml", base::LoadXmlText("<xml><qor:Target><Function Name='ASR' RequestId='7E1' ResponseId='7E9' "
+                                   "KeepAliveMs='0'/></qor:Target></xml>",
+                                   "asr.xml"));
+  base::ByteBuffer answer;
+  bench.loop->At(microseconds(600), [&] { bench.bus.InjectHex(0x7E9, "037F2112"); });
+  EXPECT_THROW(bench.session->EcuByFunction("ASR")->Send({0x21, 0x01}, answer), base::Failure);
+  EXPECT_EQ(answer.ToHex(), "7F2112");
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  EXPECT_EQ(bench.bus.opened, 2) << "one for the session, one for the simulated ECU";
+}
+
+}  // namespace
+}  // namespace korval::ecu

@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: MIT
+// Sessions over a K-line in memory, the simulated ECU at its far end.
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "KLineBench.h"
+
+namespace korval::ecu {
+namespace {
+
+using std::chrono::milliseconds;
+
+TEST(KLineSessionTest, FastInitialisationThenRequests) {
+  KLineBench bench;
+  EXPECT_EQ(bench.Send("2101"), "61010C808202");
+  EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("2101"));
+  EXPECT_EQ(bench.line->Said(MemoryLine::Who::kEcu), FromEcu("C1EF8F") + FromEcu("61010C808202"));
+}
+
+TEST(KLineSessionTest, FastInitialisationPullsTheLineLowForTiniLWithinTWup) {
+  KLineBench bench;
+  bench.Engine()->Initialise();
+  std::vector<MemoryLine::Edge> edges = bench.line->edges;
+  ASSERT_GE(edges.size(), 2U);
+  const auto high = edges.back();
+  const auto low = edges.at(edges.size() - 2);
+  EXPECT_TRUE(low.low);
+  EXPECT_FALSE(high.low);
+  EXPECT_EQ(low.time, milliseconds(300));
+  EXPECT_EQ(high.time - low.time, milliseconds(25));
+  EXPECT_EQ(bench.line->log.front().begin - low.time, milliseconds(50));
+}
+
+TEST(KLineSessionTest, FiveBaudAddressStandsOnTheLineBitByBit) {
+  KLineBench bench("Init='slow' InitAddress='33' W0Ms='10'");
+  bench.PullEcuOut();
+  EXPECT_EQ(bench.NumberOf("2101"), "2000");
+  std::vector<std::pair<std::int64_t, bool>> levels;
+  for (const auto& edge : bench.line->edges) {
+    const auto time = std::chrono::duration_cast<milliseconds>(edge.time).count();
+    if (time >= 310) levels.emplace_back((time - 310) / 200, edge.low);
+  }
+  // Start bit, 33 hex from its least significant bit, stop bit.
+  const std::vector<std::pair<std::int64_t, bool>> expected{{0, true}, {1, false}, {2, false}, {3, true},
+                                                            {4, true}, {5, false}, {6, false}, {7, true},
+                                                            {8, true}, {9, false}};
+  EXPECT_EQ(levels, expected);
+}
+
+TEST(KLineSessionTest, FiveBaudInitialisationThenRequests) {
+  KLineBench bench("Init='slow' InitAddress='33'");
+  bench.line->has_break = false;
+  EXPECT_EQ(bench.Send("2101"), "61010C808202");
+  EXPECT_EQ(bench.TesterSaid(), "3370" + FromTester("2101"));
+  EXPECT_EQ(bench.line->Said(MemoryLine::Who::kEcu), "55EF8FCC" + FromEcu("61010C808202"));
+}
+
+TEST(KLineSessionTest, WithoutInitialisationTheRequestGoesAtOnce) {
+  KLineBench bench("Init='none'");
+  EXPECT_EQ(bench.Send("2101"), "61010C808202");
+  EXPECT_EQ(bench.TesterSaid(), FromTester("2101"));
+}
+
+TEST(KLineSessionTest, EchoIsFoundOutOrAsTheFileSays) {
+  struct Row {
+    const char* function;
+    bool line_echoes;
+    const char* outcome;
+  };
+  const std::vector<Row> rows{{"", true, "61010C808202"},
+                              {"", false, "61010C808202"},
+                              {"Echo='on'", true, "61010C808202"},
+                              {"Echo='on'", false, "no echo: check cable and ignition"},
+                              {"Echo='off'", false, "61010C808202"},
+                              {"Init='slow'", false, "61010C808202"},
+                              {"Init='none'", false, "61010C808202"}};
+  for (const Row& row : rows) {
+    KLineBench bench(row.function);
+    bench.line->has_break = false;
+    bench.line->echo = row.line_echoes;
+    EXPECT_NE(bench.Send("2101").find(row.outcome), std::string::npos)
+        << row.function << row.line_echoes << bench.Send("2101");
+  }
+}
+
+TEST(KLineSessionTest, NothingAtAllOnTheLineNamesTheEchoToo) {
+  KLineBench bench;
+  bench.line->echo = false;
+  bench.PullEcuOut();
+  const std::string failure = bench.Send("2101");
+  EXPECT_EQ(failure.substr(0, 4), "2000");
+  EXPECT_NE(failure.find("no echo: check cable and ignition"), std::string::npos) << failure;
+}
+
+TEST(KLineSessionTest, LongMessagesHaveTheirLengthInAByteOfItsOwn) {
+  std::string response = "6105";
+  for (int place = 2; place < 255; ++place) response += "5A";
+  KLineBench bench("", "><Answer Request='2105' Response='" + response + "'/>");
+  EXPECT_EQ(bench.Send("2105"), response);
+  const std::string request = "21" + std::string(2 * 63, '0');
+  EXPECT_EQ(bench.NumberOf(request), "2001");
+  EXPECT_NE(bench.TesterSaid().find("8010F140" + request), std::string::npos);
+}
+
+TEST(KLineSessionTest, RequestLongerThanAFrameIsRefusedAndNothingIsSent) {
+  KLineBench bench;
+  bench.Engine()->Initialise();
+  const std::string said = bench.TesterSaid();
+  EXPECT_EQ(bench.NumberOf("21" + std::string(2 * 255, '0')), "2012");
+  EXPECT_EQ(bench.TesterSaid(), said);
+  EXPECT_EQ(bench.Send("2101"), "61010C808202");
+}
+
+TEST(KLineSessionTest, FaultsOfTheWireEndInTheirNumbersAndTheNextRequestHasItsAnswer) {
+  struct Row {
+    const char* fault;
+    const char* outcome;
+  };
+  const std::vector<Row> rows{{"late", "2000"},
+                              {"missing", "2000"},
+                              {"damaged", "2000"},
+                              {"pending", "61010C808202"},
+                              {"foreign", "61010C808202"}};
+  for (const Row& row : rows) {
+    KLineBench bench(
+        "", std::string(KLineBench::kUsualSimulation) + "<Fault Request='READ' Wire='" + row.fault + "'/>");
+    const std::string outcome = bench.Send("2101");
+    EXPECT_EQ(outcome.substr(0, std::string(row.outcome).size()), row.outcome) << row.fault;
+    EXPECT_EQ(bench.Send("2101"), "61010C808202") << row.fault;
+  }
+}
+
+TEST(KLineSessionTest, InitialisationThatFailsSaysItsStepAndTheBytesHeard) {
+  struct Row {
+    const char* function;
+    const char* fault;
+    const char* number;
+    const char* text;
+  };
+  const std::vector<Row> rows{{"", "Number='2042'", "2042", "fast initialisation, startCommunication: "},
+                              {"", "Number='2000'", "2000", "no answer (heard: 8110F18103)"},
+                              {"", "Wire='missing'", "2000", "no answer (heard: 8110F18103)"},
+                              {"", "Wire='damaged'", "2000",
+                               "the answer was damaged, it has a wrong checksum (heard: 8110F1810383F110C"},
+                              {"Init='slow'", "Wire='missing'", "2000",
+                               "5-baud initialisation: no sync byte 55 within W1 (heard: 10)"}};
+  for (const Row& row : rows) {
+    KLineBench bench(row.function, std::string("><Fault Init='1' ") + row.fault + "/>");
+    bench.line->has_break = false;
+    const std::string failure = bench.Send("2101");
+    EXPECT_EQ(failure.substr(0, 4), row.number) << failure;
+    EXPECT_NE(failure.find(row.text), std::string::npos) << failure;
+    EXPECT_EQ(bench.NumberOf("2101"), "6101") << row.fault;
+  }
+}
+
+TEST(KLineSessionTest, TesterPresentGoesOutInSilenceAndNeverIntoARequest) {
+  KLineBench bench("KeepAliveMs='1000'");
+  bench.Engine()->Initialise();
+  bench.loop->Advance(milliseconds(10500));
+  EXPECT_EQ(bench.TesterSaid().size(), FromTester("81").size() + 10 * FromTester("3E").size());
+  for (int request = 0; request < 200; ++request) {
+    EXPECT_EQ(bench.Send("2101"), "61010C808202");
+    bench.loop->Advance(milliseconds(7 * (request % 150)));
+  }
+  base::TimePoint end{};
+  for (const auto& entry : bench.line->log) {
+    EXPECT_GE(entry.begin, end) << "two speak at the same time";
+    end = entry.end;
+  }
+}
+
+TEST(KLineSessionTest, ClosingEndsTheCommunication) {
+  KLineBench bench;
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  bench.session->Close();
+  EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("2101") + FromTester("82"));
+  EXPECT_FALSE(bench.line->open);
+}
+
+TEST(KLineSessionTest, AccessTimingParametersChangesTheTimesInUse) {
+  KLineBench bench("P4Ms='0'");
+  EXPECT_EQ(bench.Send("8303000A00FF00"), "C303");
+  const base::TimePoint before = bench.loop->Now();
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  // P2min 0 and P3min 0: nothing but the bytes, 6 out and 10 back, takes time.
+  EXPECT_LT(bench.loop->Now() - before, milliseconds(17));
+  EXPECT_EQ(bench.Send("8301"), "C301");
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+}
+
+TEST(KLineSessionTest, BusyEcuIsAskedAgain) {
+  KLineBench bench("BusyRepeatMs='200' BusyCapMs='1000'", "><Answer Request='2105' Response='7F2121'/>");
+  bench.Engine()->Initialise();
+  const base::TimePoint before = bench.loop->Now();
+  EXPECT_EQ(bench.NumberOf("2105"), "2001");
+  EXPECT_GT(bench.loop->Now() - before, milliseconds(800));
+  EXPECT_LT(bench.loop->Now() - before, milliseconds(1300));
+}
+
+TEST(KLineSessionTest, EcuThatDisappearsIsThereAgainWithItsNextRequest) {
+  KLineBench bench;
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  bench.PullEcuOut();
+  for (int attempt = 0; attempt < 5; ++attempt) EXPECT_EQ(bench.NumberOf("2101"), "2000");
+  bench.PlugEcuIn();
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+}
+
+TEST(KLineSessionTest, AdapterPulledInTheMiddleOfARequestAndPutBack) {
+  KLineBench bench;
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  bench.loop->At(milliseconds(70), [&] { bench.line->Unplug(); });
+  EXPECT_EQ(bench.NumberOf("2101"), "1000");
+  EXPECT_NE(bench.Send("2101").find("plug the adapter in"), std::string::npos);
+  bench.line->plugged = true;
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+}
+
+TEST(KLineSessionTest, LineWithoutASilenceIsGivenUpAndServesOnceItIsSilent) {
+  KLineBench bench("P3MaxMs='1000'");
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  bool flooded = true;
+  const std::string foreign =
+      BuildFrame({true, false}, 0xF1, 0x28, std::vector<std::uint8_t>(8, 0x61)).ToHex();
+  std::function<void()> flood = [&] {
+    if (!flooded) return;
+    bench.line->EcuWrites(foreign);
+    bench.loop->At(milliseconds(11), flood);
+  };
+  flood();
+  const base::TimePoint before = bench.loop->Now();
+  const std::string failure = bench.Send("2101");
+  EXPECT_EQ(failure.substr(0, 4), "2000");
+  EXPECT_NE(failure.find("the line is never silent"), std::string::npos) << failure;
+  EXPECT_LT(bench.loop->Now() - before, milliseconds(1200));
+  flooded = false;
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+}
+
+TEST(KLineSessionTest, FloodWhileTheAnswerIsAwaitedEndsWithP2) {
+  KLineBench bench;
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  bench.PullEcuOut();
+  bool flooded = true;
+  const std::string foreign =
+      BuildFrame({true, false}, 0xF1, 0x28, std::vector<std::uint8_t>(8, 0x61)).ToHex();
+  std::function<void()> flood = [&] {
+    if (!flooded) return;
+    bench.line->EcuWrites(foreign);
+    bench.loop->At(milliseconds(12), flood);
+  };
+  bench.loop->At(milliseconds(130), flood);
+  const base::TimePoint before = bench.loop->Now();
+  EXPECT_EQ(bench.NumberOf("2101"), "2000");
+  EXPECT_LT(bench.loop->Now() - before, milliseconds(200));
+  flooded = false;
+}
+
+TEST(KLineSessionTest, DayOfModelTimeLeavesNothingBehind) {
+  KLineBench bench("P4Ms='0' KeepAliveMs='4000'");
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  const std::size_t pending = bench.loop->PendingEvents();
+  for (int hour = 0; hour < 24; ++hour) {
+    for (int minute = 0; minute < 60; ++minute) {
+      bench.loop->Advance(std::chrono::minutes(1));
+      ASSERT_EQ(bench.NumberOf("2101"), "6101");
+    }
+    bench.line->log.clear();
+    EXPECT_LE(bench.loop->PendingEvents(), pending + 2);
+  }
+}
+
+TEST(KLineSessionTest, TwoEcusShareTheLine) {
+  KLineBench bench;
+  bench.session->OfferEcuFile(
+      "brake.xml", KLineBench::Parse("<xml xmlns:qor='urn:korval:ecu'><qor:Target><Function Name='ABS' "
+                                     "Address='28'/></qor:Target></xml>"));
+  const auto brake = EcuDescription::Load(KLineBench::Parse(
+      "<xml xmlns:qor='urn:korval:ecu'><qor:Target><Function Name='ABS' Address='28'/></qor:Target></xml>"));
+  KLineEcu second(bench.loop, brake->Function(), std::make_shared<SimulatedEcu>(brake, bench.loop->Now()),
+                  [&](base::ByteView bytes) { bench.line->EcuWrites(bytes); });
+  bench.line->ecu_hears = [&](base::ByteView bytes) {
+    bench.ecu->BytesArrived(bytes);
+    second.BytesArrived(bytes);
+  };
+  std::string inner;
+  bench.loop->At(milliseconds(400), [&] {
+    base::ByteBuffer answer;
+    bench.session->EcuByFunction("ABS")->Send(base::ByteBuffer{0x3E}, answer);
+    inner = answer.ToHex();
+  });
+  for (int request = 0; request < 20; ++request) EXPECT_EQ(bench.Send("2101"), "61010C808202");
+  EXPECT_EQ(inner, "7E");
+  bench.loop->Advance(std::chrono::seconds(20));
+  base::TimePoint end{};
+  for (const auto& entry : bench.line->log) {
+    EXPECT_GE(entry.begin, end) << "two speak at the same time";
+    end = entry.end;
+  }
+}
+
+}  // namespace
+}  // namespace korval::ecu

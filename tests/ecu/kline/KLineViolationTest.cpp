@@ -1,0 +1,209 @@
+// SPDX-License-Identifier: MIT
+// What goes wrong on a K-line, row by row: the number, and what is not sent afterwards.
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "ScriptedEcu.h"
+
+namespace korval::ecu {
+namespace {
+
+using std::chrono::milliseconds;
+using Script = ScriptedEcu::Script;
+
+const std::string kAnswer = FromEcu("61010C808202");
+const std::string kGood = "61010C808202";
+
+struct Outcome {
+  std::string result;
+  base::TimePoint took;
+  std::string said_afterwards;
+};
+
+// The outcome of 21 01 with a script for it, from the end of the initialisation.
+Outcome Play(const Script& script, const std::string& function = "KeepAliveMs='0'") {
+  KLineBench bench(function);
+  bench.Engine()->Initialise();
+  ScriptedEcu ecu(bench, script);
+  const base::TimePoint before = bench.loop->Now();
+  const std::string result = bench.Send("2101");
+  const base::TimePoint took = bench.loop->Now() - before;
+  const std::size_t said = bench.TesterSaid().size();
+  bench.loop->Advance(std::chrono::seconds(3));
+  return {result, took, bench.TesterSaid().substr(said)};
+}
+
+struct Row {
+  const char* what;
+  Script script;
+  const char* outcome;  // begins like this
+  const char* text = "";
+};
+
+std::string FrameOf(HeaderForm form, std::uint8_t target, std::uint8_t source) {
+  return BuildFrame(form, target, source, base::ByteBuffer::FromHex(kGood).View()).ToHex();
+}
+
+const std::vector<Row>& Rows() {
+  static const std::vector<Row> rows{
+      {"the answer as it should be", {{milliseconds(25), kAnswer}}, "6101"},
+      {"length in a byte of its own", {{milliseconds(25), FrameOf({true, true}, 0xF1, 0x10)}}, "6101"},
+      {"no addresses", {{milliseconds(25), FrameOf({false, false}, 0, 0)}}, "6101"},
+      {"no addresses, length byte", {{milliseconds(25), FrameOf({false, true}, 0, 0)}}, "6101"},
+      {"silence", {}, "2000", "no answer"},
+      {"late", {{milliseconds(80), kAnswer}}, "2000", "no answer"},
+      {"at the last moment", {{milliseconds(49), kAnswer}}, "6101"},
+      {"doubled", {{milliseconds(25), kAnswer}, {milliseconds(45), kAnswer}}, "6101"},
+      {"to another tester", {{milliseconds(25), FrameOf({true, false}, 0xF5, 0x10)}}, "2000"},
+      {"from another ECU", {{milliseconds(25), FrameOf({true, false}, 0xF1, 0x28)}}, "2000"},
+      {"a foreign frame, then the answer",
+       {{milliseconds(10), FrameOf({true, false}, 0xF1, 0x28)}, {milliseconds(45), kAnswer}},
+       "6101"},
+      {"of another service", {{milliseconds(25), FromEcu("5080")}}, "2003", "5080"},
+      {"of another identifier", {{milliseconds(25), FromEcu("6102AABB")}}, "2003", "6102AABB"},
+      {"of another service, then the answer",
+       {{milliseconds(10), FromEcu("7E")}, {milliseconds(45), kAnswer}},
+       "6101"},
+      {"negative", {{milliseconds(25), FromEcu("7F2131")}}, "2001", "requestOutOfRange"},
+      {"pending, then the answer",
+       {{milliseconds(25), FromEcu("7F2178")}, {milliseconds(4000), kAnswer}},
+       "6101"},
+      {"pending, then nothing", {{milliseconds(25), FromEcu("7F2178")}}, "2000", "no answer"},
+      {"a format byte of another standard",
+       {{milliseconds(25), "486B1041000104"}},
+       "2000",
+       "another standard"},
+      {"a length of 0", {{milliseconds(25), "80F11000"}}, "2000", "a length of 0"},
+      {"over-long", {{milliseconds(25), kAnswer + "AABBCC"}}, "6101"},
+      {"garbage in front of the answer", {{milliseconds(5), "FF00"}, {milliseconds(40), kAnswer}}, "6101"},
+      {"a pause within the answer below P1",
+       {{milliseconds(25), kAnswer.substr(0, 8)}, {milliseconds(45), kAnswer.substr(8)}},
+       "6101"},
+      {"a pause within the answer above P1",
+       {{milliseconds(25), kAnswer.substr(0, 8)}, {milliseconds(60), kAnswer.substr(8)}},
+       "2000",
+       "a truncated frame"},
+  };
+  return rows;
+}
+
+TEST(KLineViolationTest, EveryRowHasItsNumberAndNothingIsSentAfterwards) {
+  for (const Row& row : Rows()) {
+    const Outcome outcome = Play(row.script);
+    EXPECT_EQ(outcome.result.substr(0, 4), row.outcome) << row.what << ": " << outcome.result;
+    EXPECT_NE(outcome.result.find(row.text), std::string::npos) << row.what << ": " << outcome.result;
+    EXPECT_EQ(outcome.said_afterwards, "") << row.what;
+  }
+}
+
+TEST(KLineViolationTest, AnswerDamagedInAnyByteIsNoValue) {
+  const base::ByteBuffer good = base::ByteBuffer::FromHex(kAnswer);
+  for (std::size_t place = 0; place < good.Length(); ++place) {
+    base::ByteBuffer damaged = good;
+    damaged.SetAt(place, static_cast<std::uint8_t>(damaged.At(place) ^ 0x10U));
+    const Outcome outcome = Play({{milliseconds(25), damaged.ToHex()}});
+    EXPECT_EQ(outcome.result.substr(0, 4), "2000") << damaged.ToHex() << ": " << outcome.result;
+    EXPECT_EQ(outcome.said_afterwards, "") << damaged.ToHex();
+  }
+}
+
+TEST(KLineViolationTest, AnswerTruncatedAfterAnyByteIsNoValue) {
+  for (std::size_t length = 1; length < kAnswer.size() / 2; ++length) {
+    const Outcome outcome = Play({{milliseconds(25), kAnswer.substr(0, 2 * length)}});
+    EXPECT_EQ(outcome.result.substr(0, 4), "2000") << length;
+    EXPECT_NE(outcome.result.find("a truncated frame"), std::string::npos) << length << outcome.result;
+    EXPECT_LT(outcome.took, milliseconds(200)) << length;
+  }
+}
+
+TEST(KLineViolationTest, EndlessPendingEndsAtTheCap) {
+  Script script;
+  for (int answer = 0; answer < 100; ++answer) {
+    script.push_back({milliseconds(25 + 1000 * answer), FromEcu("7F2178")});
+  }
+  const Outcome outcome = Play(script, "KeepAliveMs='0' PendingCapMs='20000'");
+  EXPECT_EQ(outcome.result.substr(0, 4), "2000");
+  EXPECT_GE(outcome.took, milliseconds(19900));
+  EXPECT_LE(outcome.took, milliseconds(20100));
+}
+
+TEST(KLineViolationTest, SomebodyElseSpeakingIntoTheRequestEndsIt) {
+  KLineBench bench("KeepAliveMs='0'");
+  bench.Engine()->Initialise();
+  // P3 after the initialisation, then the first byte of the request goes out.
+  bench.loop->At(milliseconds(56), [&] { bench.line->EcuWrites("AA"); });
+  const std::string failure = bench.Send("2101");
+  EXPECT_EQ(failure.substr(0, 4), "2000");
+  EXPECT_NE(failure.find("the echo is not what was sent"), std::string::npos) << failure;
+  EXPECT_LT(bench.TesterSaid().size(), (FromTester("81") + FromTester("2101")).size());
+}
+
+struct StartRow {
+  const char* what;
+  const char* answer;
+  const char* outcome;
+  const char* text;
+};
+
+TEST(KLineViolationTest, StartsOfTheCommunicationThatAreNone) {
+  const std::vector<StartRow> rows{
+      {"refused", "7F8110", "2042", "startCommunication (81): generalReject (10)"},
+      {"without key bytes", "C1", "2042", "an answer without key bytes"},
+      {"key bytes of another standard", "C10808", "2042", "key bytes 0808 are not those of ISO 14230"},
+      {"of another service", "7E", "2042", "another answer"}};
+  for (const StartRow& row : rows) {
+    KLineBench bench;
+    bench.PullEcuOut();
+    FrameReader reader;
+    bench.line->ecu_hears = [&](base::ByteView bytes) {
+      if (reader.Add(bytes[0]) != FrameReader::Result::kFrame) return;
+      bench.loop->At(milliseconds(25), [&] { bench.line->EcuWrites(FromEcu(row.answer)); });
+    };
+    const std::string failure = bench.Send("2101");
+    EXPECT_EQ(failure.substr(0, 4), row.outcome) << row.what << ": " << failure;
+    EXPECT_NE(failure.find(row.text), std::string::npos) << row.what << ": " << failure;
+    EXPECT_NE(failure.find("heard: 8110F18103"), std::string::npos) << row.what << ": " << failure;
+    EXPECT_EQ(bench.TesterSaid(), FromTester("81")) << row.what;
+  }
+}
+
+TEST(KLineViolationTest, FiveBaudInitialisationsThatStopHalfway) {
+  struct SlowRow {
+    const char* ecu_bytes;
+    const char* outcome;
+    const char* text;
+  };
+  const std::vector<SlowRow> rows{{"", "2000", "no sync byte 55 within W1"},
+                                  {"54", "2000", "no sync byte 55 within W1 (heard: 1054)"},
+                                  {"55", "2000", "no key byte 1 within W2 (heard: 1055)"},
+                                  {"55EF", "2000", "no key byte 2 within W3 (heard: 1055EF)"},
+                                  {"55EF8F", "2000", "no inverted address EF within W4 (heard: 1055EF8F70)"},
+                                  {"55080870", "2000", "no inverted address EF within W4"}};
+  for (const SlowRow& row : rows) {
+    KLineBench bench("Init='slow'");
+    bench.line->has_break = false;
+    bool address_came = false;
+    bench.line->ecu_hears = [&](base::ByteView) {
+      if (std::exchange(address_came, true)) return;
+      bench.loop->At(milliseconds(60), [&] { bench.line->EcuWrites(row.ecu_bytes); });
+    };
+    const std::string failure = bench.Send("2101");
+    EXPECT_EQ(failure.substr(0, 4), row.outcome) << row.ecu_bytes << ": " << failure;
+    EXPECT_NE(failure.find(row.text), std::string::npos) << row.ecu_bytes << ": " << failure;
+  }
+}
+
+TEST(KLineViolationTest, LateAnswerIsNotTakenForTheNextRequests) {
+  KLineBench bench("KeepAliveMs='0'");
+  bench.Engine()->Initialise();
+  ScriptedEcu ecu(bench, {{milliseconds(90), FromEcu("6101FFFFFFFF")}});
+  EXPECT_EQ(bench.NumberOf("2101"), "2000");
+  bench.PlugEcuIn();
+  EXPECT_EQ(bench.Send("2101"), kGood);
+}
+
+}  // namespace
+}  // namespace korval::ecu

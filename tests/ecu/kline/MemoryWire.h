@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/Failure.h"
+#include "ecu/kline/KLineWire.h"
+#include "tests/support/ManualEventLoop.h"
+
+namespace korval::ecu {
+
+/// Both ends of a K-line. A byte is on the line as long as its speed says, in either direction.
+class MemoryLine {
+ public:
+  enum class Who { kTester, kEcu };
+  struct Entry {
+    base::TimePoint begin;
+    base::TimePoint end;
+    Who who;
+    std::uint8_t byte;
+  };
+  struct Edge {
+    base::TimePoint time;
+    bool low;
+  };
+
+  explicit MemoryLine(std::shared_ptr<tests::ManualEventLoop> event_loop) : loop(std::move(event_loop)) {}
+
+  /// From now on, byte by byte behind what the ECU is already sending.
+  void EcuWrites(base::ByteView bytes) {
+    for (const std::uint8_t byte : bytes) ecu_end_ = Transmit(Who::kEcu, byte, ecu_end_);
+  }
+  void EcuWrites(const std::string& hex) { EcuWrites(base::ByteBuffer::FromHex(hex).View()); }
+  void TesterWrites(base::ByteView bytes) {
+    for (const std::uint8_t byte : bytes) tester_end_ = Transmit(Who::kTester, byte, tester_end_);
+  }
+  base::TimePoint ByteTime() const { return std::chrono::nanoseconds(10000000000LL / baud); }
+  /// Everything one end has begun to say, as hexadecimal digits.
+  std::string Said(Who who) const {
+    base::ByteBuffer said;
+    for (const Entry& entry : log) {
+      if (entry.who == who) said.Append(entry.byte);
+    }
+    return said.ToHex();
+  }
+  /// The adapter is pulled out, or put back.
+  void Unplug() {
+    plugged = false;
+    open = false;
+    if (events.on_lost) events.on_lost("the adapter was unplugged");
+  }
+
+  std::shared_ptr<tests::ManualEventLoop> loop;
+  KLineWire::Events events;
+  std::function<void(base::ByteView)> ecu_hears = [](base::ByteView) {};
+  bool echo = true;
+  bool has_break = true;
+  bool plugged = true;
+  bool open = false;
+  std::int32_t baud = 10400;
+  std::vector<Entry> log;
+  std::vector<Edge> edges;
+
+ private:
+  base::TimePoint Transmit(Who who, std::uint8_t byte, base::TimePoint busy_until) {
+    const base::TimePoint begin = std::max(loop->Now(), busy_until);
+    const base::TimePoint end = begin + ByteTime();
+    log.push_back({begin, end, who, byte});
+    loop->At(end - loop->Now(), [this, who, byte] {
+      const base::ByteBuffer bytes{byte};
+      const bool near_hears = open && (who == Who::kEcu || echo);
+      if (near_hears) events.on_bytes(bytes.View());
+      if (who == Who::kTester) ecu_hears(bytes.View());
+    });
+    return end;
+  }
+
+  base::TimePoint ecu_end_{};
+  base::TimePoint tester_end_{};
+};
+
+/// The near end.
+class MemoryWire : public KLineWire {
+ public:
+  explicit MemoryWire(std::shared_ptr<MemoryLine> line) : line_(std::move(line)) {}
+  ~MemoryWire() override { line_->open = false; }
+  MemoryWire(const MemoryWire&) = delete;
+  MemoryWire& operator=(const MemoryWire&) = delete;
+
+  void SetEvents(Events events) override { line_->events = std::move(events); }
+  void Open(std::int32_t baud) override {
+    if (!line_->plugged) throw base::Failure("there is no such device; plug the adapter in");
+    line_->open = true;
+    line_->baud = baud;
+  }
+  bool SetBreak(bool low) override {
+    if (line_->has_break) line_->edges.push_back({line_->loop->Now(), low});
+    return line_->has_break;
+  }
+  void Write(base::ByteView bytes) override { line_->TesterWrites(bytes); }
+  void Close() override { line_->open = false; }
+
+ private:
+  std::shared_ptr<MemoryLine> line_;
+};
+
+}  // namespace korval::ecu

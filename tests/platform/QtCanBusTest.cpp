@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "FakeCanDevice.h"
+#include "QtTest.h"
+#include "base/Failure.h"
+#include "platform/QtCanBus.h"
+
+namespace korval::platform {
+namespace {
+
+using ecu::CanBus;
+using ecu::CanFrame;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+const CanFrame kFrame({0x123, true}, std::array<std::uint8_t, 2>{0xAB, 0xCD});
+
+class QtCanBusTest : public QtTest {
+ protected:
+  QtCanBusTest() {
+    CanBus::Events events;
+    events.on_frame = [this](const CanFrame& frame) { frames.push_back(frame); };
+    events.on_sent = [this] { ++sent; };
+    events.on_error = [this](CanBus::Error error, const std::string& text) {
+      errors.push_back(error);
+      error_text = text;
+    };
+    events.on_recovered = [this] { ++recovered; };
+    bus.SetEvents(std::move(events));
+  }
+
+  FakeCanDevice* device = new FakeCanDevice;
+  QtCanBus bus{std::unique_ptr<QCanBusDevice>(device), "CAN interface can0 (fake)"};
+  std::vector<CanFrame> frames;
+  std::vector<CanBus::Error> errors;
+  std::string error_text;
+  int sent = 0;
+  int recovered = 0;
+};
+
+TEST_F(QtCanBusTest, FramesKeepIdentifierFormatAndBytes) {
+  bus.Send(kFrame);
+  ASSERT_THAT(device->written, SizeIs(1));
+  EXPECT_EQ(device->written[0].frameId(), 0x123U);
+  EXPECT_TRUE(device->written[0].hasExtendedFrameFormat());
+  EXPECT_EQ(device->written[0].payload(), QByteArray("\xAB\xCD"));
+  device->Receive({QCanBusFrame(0x7E8, QByteArray("\x01"))});
+  EXPECT_THAT(frames, IsEmpty()) << "frames are delivered from the event loop";
+  RunQueuedEvents();
+  EXPECT_THAT(frames, ElementsAre(CanFrame({0x7E8, false}, std::array<std::uint8_t, 1>{1})));
+}
+
+TEST_F(QtCanBusTest, SentIsSaidWhenEveryFrameIs) {
+  bus.Send(kFrame);
+  bus.Send(kFrame);
+  device->Confirm(1);
+  EXPECT_EQ(sent, 0);
+  device->Confirm(1);
+  EXPECT_EQ(sent, 1);
+}
+
+TEST_F(QtCanBusTest, FramesWaitForTheConnection) {
+  device->ChangeState(QCanBusDevice::ConnectingState);
+  bus.Send(kFrame);
+  EXPECT_THAT(device->written, IsEmpty());
+  device->ChangeState(QCanBusDevice::ConnectedState);
+  EXPECT_THAT(device->written, SizeIs(1));
+}
+
+TEST_F(QtCanBusTest, HandlerThatWaitsHidesNoFrame) {
+  CanBus::Events events;
+  bool inner = false;
+  events.on_frame = [&](const CanFrame& frame) {
+    frames.push_back(frame);
+    if (frames.size() > 1) return;
+    device->Receive({QCanBusFrame(2, {}), QCanBusFrame(3, {})});
+    inner = RunUntil([&] { return frames.size() == 3; });
+  };
+  bus.SetEvents(std::move(events));
+  device->Receive({QCanBusFrame(1, {})});
+  ASSERT_TRUE(RunUntil([&] { return frames.size() == 3; }));
+  EXPECT_TRUE(inner);
+  EXPECT_EQ(frames[2].identifier.number, 3U);
+}
+
+TEST_F(QtCanBusTest, RemoteAndFlexibleDataRateFramesAreOthers) {
+  QCanBusFrame flexible(1, QByteArray(12, 'x'));
+  QCanBusFrame remote(QCanBusFrame::RemoteRequestFrame);
+  device->Receive({flexible, remote});
+  RunQueuedEvents();
+  EXPECT_THAT(frames, IsEmpty());
+}
+
+TEST_F(QtCanBusTest, ErrorFramesSayBusOffNoAcknowledgeAndRestart) {
+  device->ReceiveError(QCanBusFrame::BusOffError);
+  RunQueuedEvents();
+  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kBusOff));
+  EXPECT_THAT(error_text, HasSubstr("CAN interface can0 (fake): the controller is bus off"));
+  device->ReceiveError(QCanBusFrame::ControllerRestartError);
+  RunQueuedEvents();
+  EXPECT_EQ(recovered, 1);
+  device->ReceiveError(QCanBusFrame::MissingAcknowledgmentError);
+  device->ReceiveError(QCanBusFrame::LostArbitrationError);
+  RunQueuedEvents();
+  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kBusOff, CanBus::Error::kNoAcknowledge));
+  EXPECT_THAT(error_text, HasSubstr("nobody acknowledges"));
+  EXPECT_THAT(frames, IsEmpty());
+}
+
+TEST_F(QtCanBusTest, LostAdapterIsSaidFromTheEventLoop) {
+  device->Fail(QCanBusDevice::ReadError);
+  EXPECT_THAT(errors, IsEmpty());
+  RunQueuedEvents();
+  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kUnplugged));
+  EXPECT_THAT(error_text, HasSubstr("network is down"));
+}
+
+TEST_F(QtCanBusTest, FrameThatTheDriverRefusesIsAFullQueue) {
+  device->refuse = true;
+  bus.Send(kFrame);
+  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kQueueFull));
+  EXPECT_THAT(error_text, HasSubstr("no buffer space"));
+  device->refuse = false;
+  bus.Send(kFrame);
+  device->Confirm(1);
+  EXPECT_EQ(sent, 1);
+}
+
+TEST_F(QtCanBusTest, FramesThatNobodyTakesFillTheQueueUpToItsLimit) {
+  for (std::size_t i = 0; i <= QtCanBus::kTransmitLimit; ++i) bus.Send(kFrame);
+  EXPECT_THAT(device->written, SizeIs(QtCanBus::kTransmitLimit));
+  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kQueueFull));
+}
+
+TEST_F(QtCanBusTest, WhatCannotBeOpenedSaysWhatWhyAndWhatToDo) {
+  const auto refusal = [](const char* plugin) {
+    try {
+      const QtCanBus opened(plugin, "nocan7", 250000);
+      return std::string("opened");
+    } catch (const base::Failure& failure) {
+      return failure.Description();
+    }
+  };
+  EXPECT_THAT(refusal("nosuchplugin"), HasSubstr("CAN interface nocan7 (nosuchplugin) cannot be opened: "));
+  EXPECT_THAT(refusal("nosuchplugin"), HasSubstr("check the plugin's name"));
+  EXPECT_THAT(refusal("socketcan"), HasSubstr("ip link set nocan7 up type can bitrate 250000"));
+}
+
+}  // namespace
+}  // namespace korval::platform

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+// The same session over every kind of link: inside the server, on a K-line and on a CAN bus.
+#include <csignal>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <thread>
+
+#include "tests/system/FreePort.h"
+#include "tests/system/ServerBench.h"
+
+namespace korval::tests {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+
+using Options = std::vector<std::string>;
+
+/// How the server reaches the ECU, and how the ECU is started when it is a process of its own.
+struct Wire {
+  std::string name;
+  std::string port;  ///< of the server
+  Options ecu;       ///< of the simulator; empty: there is none
+};
+
+const std::string kWireSimulation = kEngineAnswers + R"(
+    <Signal Item="CoolantTemp" Wave="constant" Value="90"/>
+    <Dtc Code="1234" Status="20"/><Dtc Code="F678" Status="A0"/><Dtc Code="0001" Status="60"/>)";
+
+class WireSessionTest : public ServerBench {
+ protected:
+  WireSessionTest() {
+    WritePair("wire",
+              EcuFile(R"(Name="ENGINE" Ecu="Engine control" RequestId="7E0" ResponseId="7E8")",
+                      kEngineRequests, kWireSimulation),
+              kEngineData);
+  }
+
+  std::string BusInterface() const { return "tcp://127.0.0.1:" + bus_port_ + "/can0"; }
+  Wire Simulation() const { return {"SIM", "SIM", {}}; }
+  Wire KLine(const Options& more = {}) const {
+    Wire wire{"K-line", folder_.Path("kline"), {"--kline", folder_.Path("kline")}};
+    wire.ecu.insert(wire.ecu.end(), more.begin(), more.end());
+    return wire;
+  }
+  Wire Can() const {
+    const std::string bus = "virtualcan:" + BusInterface();
+    return {"CAN", "CAN:" + bus, {"--can", bus}};
+  }
+
+  void StartOn(const Wire& wire, const Options& more = {}) {
+    ecu_.reset();
+    if (!wire.ecu.empty()) {
+      Options options{"--ecu", folder_.Path("korv/wire_ecu.xml")};
+      options.insert(options.end(), wire.ecu.begin(), wire.ecu.end());
+      ecu_ = std::make_unique<ServerProcess>(options, folder_.Path("home"), KORVAL_ECU_SIM);
+      ecu_->WaitFor("Engine control answers on");
+    }
+    Options options{"--diag-port", wire.port};
+    options.insert(options.end(), more.begin(), more.end());
+    Start(options);
+  }
+
+  void StopOn(const Wire& wire) {
+    StopInOrder();
+    if (ecu_) {
+      EXPECT_EQ(ecu_->Stop(SIGTERM), 0) << wire.name << ": " << ecu_->StandardError();
+    }
+  }
+
+  /// What a whole session is answered with.
+  std::vector<std::string> Session() const {
+    const RawClient client = Connect();
+    std::vector<std::string> answers;
+    for (const std::string& request : Script()) answers.push_back(Hex(client.Ask(request)));
+    return answers;
+  }
+
+  static std::vector<std::string> Script() {
+    std::vector<std::string> script{Request(kInit),
+                                    Request(kIdentify, Word(0x0201) + Text("Bench")),
+                                    SelectRequest("wire.xml", "MAP"),
+                                    GetRequest(1, "TMOT"),
+                                    SetRequest(1, "IDLE", 850),
+                                    GetRequest(1, "IDLE"),
+                                    AcquisitionRequest(1, {"N", "TMOT", "CUT", "NUMTEXT"})};
+    script.insert(script.end(), 3, Request(kGetOnlineValue));
+    script.push_back(ExtendedSetRequest(1, "kwprequest", "2180"));
+    for (const char* name :
+         {"kwprequest", "readdtc", "dtccode", "dtcstatus", "nextdtc", "dtccode", "nextdtc", "dtccode",
+          "nextdtc", "qorexecreq(READ_TEXTS)", "qorvalue(READ_TEXTS;SoftwareName)"}) {
+      script.push_back(ExtendedGetRequest(1, name));
+    }
+    script.push_back(Request(kExit));
+    return script;
+  }
+
+  std::string bus_port_ = std::to_string(FreePort());
+  std::unique_ptr<ServerProcess> ecu_;
+};
+
+TEST_F(WireSessionTest, TheSameValuesComeOverEveryLink) {
+  StartOn(Simulation());
+  const std::vector<std::string> expected = Session();
+  StopOn(Simulation());
+  ASSERT_EQ(expected.at(3), Hex(Reply(kGetParameter, kSuccess, FourReals(90))));
+  for (const Wire& wire : {KLine(), KLine({"--echo"}), Can()}) {
+    StartOn(wire);
+    EXPECT_EQ(Session(), expected) << wire.name;
+    StopOn(wire);
+  }
+}
+
+TEST_F(WireSessionTest, AnEcuThatLeavesAndReturnsGivesValuesAgain) {
+  for (const Wire& wire : {KLine(), Can()}) {
+    StartOn(wire);
+    const RawClient client = Connect();
+    OpenPair(client, "wire");
+    Succeed(client, AcquisitionRequest(1, {"TMOT"}));
+    const std::string with_ecu = Hex(client.Ask(Request(kGetOnlineValue)));
+    EXPECT_EQ(with_ecu, Hex(Reply(kGetOnlineValue, kSuccess, Word(1) + Real(90)))) << wire.name;
+    ecu_->Pause();
+    client.Ask(Request(kGetOnlineValue));
+    server_->WaitFor("GetOnlineValue : Reinit Ecu Engine control");
+    ecu_->Resume();
+    std::string again;
+    for (int cycle = 0; cycle < 2; ++cycle) again = Hex(client.Ask(Request(kGetOnlineValue)));
+    EXPECT_EQ(again, with_ecu) << wire.name;
+    StopOn(wire);
+  }
+}
+
+TEST_F(WireSessionTest, AForeignToolSeesTheFramesOnTheBus) {
+  StartOn(Can());
+  ServerProcess listener({"-l", "virtualcan", BusInterface()}, folder_.Path("home"), KORVAL_CANBUSUTIL);
+  while (listener.StandardError().find("socket connected") == std::string::npos) std::this_thread::yield();
+  const RawClient client = Connect();
+  OpenPair(client, "wire");
+  Succeed(client, GetRequest(1, "TMOT"));
+  EXPECT_EQ(listener.WaitFor("     7E0   [8]  02 21 01"), "     7E0   [8]  02 21 01 55 55 55 55 55");
+  EXPECT_EQ(listener.WaitFor("     7E8   [8]  06 61 01"), "     7E8   [8]  06 61 01 0C 80 82 02 55");
+  listener.Stop(SIGTERM);
+  StopOn(Can());
+}
+
+TEST_F(WireSessionTest, TheBusTraceHoldsBothDirections) {
+  StartOn(Can(), {"--bus-trace", folder_.Path("bus.log")});
+  const RawClient client = Connect();
+  OpenPair(client, "wire");
+  Succeed(client, GetRequest(1, "TMOT"));
+  StopOn(Can());
+  std::ostringstream written;
+  written << std::ifstream(folder_.Path("bus.log")).rdbuf();
+  EXPECT_THAT(written.str(),
+              AllOf(HasSubstr("can0 7E0#0221015555555555 T\n"), HasSubstr("can0 7E8#0661010C80820255 R\n")));
+}
+
+}  // namespace
+}  // namespace korval::tests
