@@ -7,13 +7,23 @@
 
 #include "HeadlessServer.h"
 #include "Options.h"
+#include "window/RunWindow.h"
 
 namespace {
+
+using korval::apps::Options;
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
-int Run(const korval::apps::Options& options) {
+QStringList Arguments(int argc, char** argv) {
+  QStringList arguments;
+  for (int i = 0; i < argc; ++i) arguments.append(QString::fromLocal8Bit(argv[i]));
+  return arguments;
+}
+
+int RunOnConsole(int argc, char** argv, const Options& options) {
+  const QCoreApplication application(argc, argv);
   if (options.help) {
     std::printf("%s", korval::apps::HelpText().c_str());
     return 0;
@@ -22,11 +32,13 @@ int Run(const korval::apps::Options& options) {
     std::printf("korval-asap-server %s\n", KORVAL_VERSION);
     return 0;
   }
-  if (!options.headless) {
-    std::fprintf(stderr, "This server has no window yet: start it with --headless (see --help)\n");
-    return kWrongUsage;
-  }
   return korval::apps::HeadlessServer(options).Run();
+}
+
+int Run(int argc, char** argv) {
+  const Options options = korval::apps::ParseOptions(Arguments(argc, argv));
+  const bool needs_window = !options.headless && !options.help && !options.version;
+  return needs_window ? korval::apps::RunWindow(argc, argv, options) : RunOnConsole(argc, argv, options);
 }
 
 }  // namespace
@@ -34,11 +46,10 @@ int Run(const korval::apps::Options& options) {
 int main(int argc, char** argv) {
   // A reader of the trace or a client that goes away must not end the server.
   std::signal(SIGPIPE, SIG_IGN);
-  QCoreApplication application(argc, argv);
   QCoreApplication::setApplicationName("korval-asap-server");
   QCoreApplication::setApplicationVersion(KORVAL_VERSION);
   try {
-    return Run(korval::apps::ParseOptions(QCoreApplication::arguments()));
+    return Run(argc, argv);
   } catch (const korval::apps::UsageError& error) {
     std::fprintf(stderr, "korval-asap-server: %s (see --help)\n", error.what());
     return kWrongUsage;

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <utility>
+
+#include <QPointer>
+
+#include "host/trace/ListView.h"
+#include "ui/Refresh.h"
+#include "ui/RowList.h"
+
+namespace korval::ui {
+
+/// A list of the console on its widget, which may go first. The widget follows by a timer.
+class RowListView : public host::ListView {
+ public:
+  explicit RowListView(RowList* list) : list_(list), refresh_(list, [this] { ShowNow(); }) {}
+
+  void Clear() override {
+    if (!list_) return;
+    write_ = nullptr;
+    list_->Rows().Clear();
+    refresh_.Ask();
+  }
+  void AddRow(const std::vector<std::string>& cells) override {
+    if (!list_) return;
+    list_->Rows().AddRow(cells);
+    refresh_.Ask();
+  }
+  void SetCell(std::size_t row, std::size_t column, const std::string& text) override {
+    if (!list_) return;
+    list_->Rows().SetCell(row, column, text);
+    refresh_.Ask();
+  }
+  void SetCellsWhenShown(std::function<void()> write) override {
+    write_ = std::move(write);
+    refresh_.Ask();
+  }
+
+  /// Brings the widget up to date at once.
+  void ShowNow() {
+    if (!list_) return;
+    if (const auto write = std::exchange(write_, nullptr)) write();
+    list_->Rows().Show();
+  }
+
+ private:
+  QPointer<RowList> list_;
+  Refresh refresh_;
+  std::function<void()> write_;
+};
+
+}  // namespace korval::ui

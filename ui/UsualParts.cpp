@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#include "ui/UsualParts.h"
+
+#include <utility>
+
+#include <QCoreApplication>
+#include <QHostAddress>
+
+#include "base/Failure.h"
+#include "diag/LinkErrors.h"
+#include "host/trace/TraceConsole.h"
+#include "platform/DevicePortScout.h"
+#include "platform/LogindPower.h"
+#include "platform/QSettingsStore.h"
+#include "platform/QtEventLoop.h"
+#include "platform/QtSerialPort.h"
+#include "platform/QtTcpSocket.h"
+
+namespace korval::ui {
+namespace {
+
+std::shared_ptr<viator3::Session> NoSession() {
+  throw base::Failure(
+      diag::kNoInterface,
+      "No diagnostic session: the host application has to hand one over before the client's init");
+}
+
+}  // namespace
+
+host::ControlParts CompleteWithUsualParts(host::ControlParts views) {
+  host::ControlParts parts = std::move(views);
+  const auto trace = [terminal = parts.terminal](const std::string& text) {
+    host::TraceConsole(*terminal).Line(text);
+  };
+  const auto report = [box = parts.message_box](const std::string& text) {
+    box->Show(text, host::MessageStyle::kExclamation);
+  };
+  parts.application_folder = QCoreApplication::applicationDirPath().toStdString();
+  parts.loop = std::make_shared<platform::QtEventLoop>();
+  parts.settings = std::make_shared<platform::QSettingsStore>(QString(), QString(), report);
+  parts.power = std::make_shared<platform::LogindPower>();
+  parts.serial_port = std::make_shared<platform::QtSerialPort>(trace);
+  parts.tcp_server = std::make_shared<platform::QtTcpSocket>(QHostAddress(QHostAddress::Any),
+                                                             platform::QtTcpSocket::Subnets(), trace);
+  parts.port_scout = std::make_shared<platform::DevicePortScout>(parts.loop);
+  parts.create_session = NoSession;
+  return parts;
+}
+
+}  // namespace korval::ui
