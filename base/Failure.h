@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -24,5 +25,15 @@ class Failure : public std::runtime_error {
  private:
   std::int32_t number_;
 };
+
+/// Carries out one step of a closing that goes on to its end, whatever the step raises.
+template <typename Step>
+void IgnoreFailure(Step step) noexcept {
+  try {
+    step();
+  } catch (const std::exception&) {
+    return;
+  }
+}
 
 }  // namespace korval::base

@@ -9,20 +9,6 @@
 #include "protocol/Reply.h"
 
 namespace korval::diag {
-namespace {
-
-template <typename Step>
-void IgnoreFailure(Step step) noexcept {
-  try {
-    step();
-  } catch (const std::exception&) {
-    // A release goes on to its end, whatever is left of the session.
-    return;
-  }
-}
-
-}  // namespace
-
 DiagnosisObject::DiagnosisObject(host::TraceConsole& console, SessionFactory create_session,
                                  std::function<void()> drop_collections)
     : console_(console),
@@ -75,10 +61,10 @@ void DiagnosisObject::ReleaseDiagnosisObject(HostSession host_session) noexcept 
   if (!session_) return;
   // Taken out first, so that an event inside the closing finds nothing left to release.
   const std::shared_ptr<viator3::Session> session = std::exchange(session_, nullptr);
-  IgnoreFailure(drop_collections_);
+  base::IgnoreFailure(drop_collections_);
   if (session_is_external_ && host_session == HostSession::kKeepOpen) return;
-  IgnoreFailure([&] { session->Close(); });
-  IgnoreFailure([&] { session->SetPort(""); });
+  base::IgnoreFailure([&] { session->Close(); });
+  base::IgnoreFailure([&] { session->SetPort(""); });
 }
 
 }  // namespace korval::diag

@@ -2,6 +2,7 @@
 #include "diag/InterfaceSelection.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/Failure.h"
 #include "base/XmlFile.h"
@@ -28,6 +29,14 @@ std::vector<std::string> SerialNumbers(const std::string& device_list) {
 }  // namespace
 
 void InterfaceSelection::SelectDiagInterface() {
+  asked_ = true;
+  if (selecting_) return;
+  selecting_ = true;
+  while (std::exchange(asked_, false)) Select();
+  selecting_ = false;
+}
+
+void InterfaceSelection::Select() {
   const std::string port = settings_.RegGetValue("General", "CommPort", "");
   if (port != kUsbPort) {
     ShowReady();
@@ -78,6 +87,8 @@ void InterfaceSelection::ReopenLink() {
   } catch (const base::Failure&) {
     // The old interface is gone; what counts is whether the new one opens.
   }
+  // An event inside the closing may have ended the session: its port is no longer ours to open.
+  if (diagnosis_.Session() != session) return;
   try {
     session->SetPort(kUsbPort);
   } catch (const base::Failure& failure) {

@@ -25,6 +25,7 @@ class InterfaceSelection {
   void SelectDiagInterface();
 
  private:
+  void Select();
   std::string Choose(const std::string& chosen, const std::vector<std::string>& plugged);
   void ReportMissing(const std::string& chosen);
   void ShowReady();
@@ -35,6 +36,8 @@ class InterfaceSelection {
   PortScout& scout_;
   PortLabel& label_;
   DiagnosisObject& diagnosis_;
+  bool selecting_ = false;  // reopening the link may wait, and the interfaces may change again inside
+  bool asked_ = false;
 };
 
 }  // namespace korval::diag

@@ -51,7 +51,9 @@ std::vector<std::string> DevicePortScout::SerialNumbers() const {
 
 void DevicePortScout::Look() {
   timer_->Start(kInterval);
-  if (QStringList names = glimpse_(); std::exchange(names_, names) == names) return;
+  if (QStringList names = glimpse_(); std::exchange(names_, names) != names) looks_left_ = kLooks;
+  if (looks_left_ == 0) return;
+  --looks_left_;
   std::vector<std::string> numbers = SerialNumbers();
   if (std::exchange(known_, numbers) == numbers) return;
   // Whoever is told may shut the scout down.

@@ -15,13 +15,15 @@
 namespace korval::platform {
 
 /// Lists the plugged-in interfaces that have a serial number. Every two seconds it takes a glimpse at what is
-/// there, and looks closer only when that differs.
+/// there, and looks closer only when that differs: a few times, because the serial number comes after the
+/// name.
 class DevicePortScout : public diag::PortScout {
  public:
   using Scan = std::function<std::vector<PluggedInterface>()>;
   using Glimpse = std::function<QStringList()>;
 
   static constexpr std::chrono::milliseconds kInterval{2000};
+  static constexpr int kLooks = 3;
 
   /// On this computer's interfaces.
   explicit DevicePortScout(std::shared_ptr<base::EventLoop> loop);
@@ -39,6 +41,7 @@ class DevicePortScout : public diag::PortScout {
   Scan scan_;
   Glimpse glimpse_;
   QStringList names_;
+  int looks_left_ = 0;
   std::vector<std::string> known_;
   std::function<void()> on_changed_;
   std::unique_ptr<base::Timer> timer_;

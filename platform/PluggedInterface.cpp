@@ -48,6 +48,11 @@ std::vector<PluggedInterface> ScanInterfaces(const QString& class_folder) {
 }
 
 QStringList InterfaceNames(const QString& class_folder) {
+  if (!QDir(class_folder).exists()) {
+    QStringList names;
+    for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts()) names.append(info.portName());
+    return names;
+  }
   return QDir(class_folder + "/tty").entryList(QDir::Dirs | QDir::NoDotAndDotDot) +
          QDir(class_folder + "/net").entryList(QDir::Dirs | QDir::NoDotAndDotDot);
 }

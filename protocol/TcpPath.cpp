@@ -31,6 +31,7 @@ void TcpPath::Bind(const std::weak_ptr<void>& owner) {
 }
 
 void TcpPath::StartListening() {
+  ++openings_;
   socket_.SetLocalPort(port_);
   socket_.Listen();
   console_.Line("Init WinSock : port=" + std::to_string(port_));
@@ -48,6 +49,7 @@ void TcpPath::Reopen() noexcept {
 }
 
 void TcpPath::Close() {
+  ++openings_;
   client_.reset();
   socket_.Close();
 }
@@ -78,8 +80,10 @@ void TcpPath::OnClose() {
   client_.reset();
   socket_.Disconnect();
   state_.Set(SessionState::State::kIdle);
+  const unsigned opening = openings_;
   services_.EndSession();
-  Reopen();
+  // Whoever opened or closed the port while the session was being closed has settled what it is to be.
+  if (opening == openings_) Reopen();
 }
 
 void TcpPath::OnDataArrival() {
@@ -131,6 +135,7 @@ void TcpPath::Answer(const CommandRunner::Outcome& outcome) {
 }
 
 void TcpPath::ServePowerRequest(bool close_host_session) {
+  const unsigned opening = openings_;
   const bool released = runner_.ReleaseForPowerRequest(close_host_session);
   if (released) {
     client_.reset();
@@ -138,7 +143,7 @@ void TcpPath::ServePowerRequest(bool close_host_session) {
   }
   runner_.ActOnPowerRequest();
   // A host whose power service refuses must stay reachable.
-  if (released) Reopen();
+  if (released && opening == openings_) Reopen();
 }
 
 }  // namespace korval::protocol

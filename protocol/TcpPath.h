@@ -54,6 +54,7 @@ class TcpPath {
   bool busy_ = false;
   bool reply_suppressed_ = false;
   Client client_;
+  unsigned openings_ = 0;
 };
 
 }  // namespace korval::protocol

@@ -39,6 +39,7 @@ host::OverrideSettings::Overrides OverridesOf(const Options& options) {
   set(host::PropertyPath("KorvFolder"), options.korv_folder);
   if (options.serial_port) set(host::PropertyPath("CommPort"), std::to_string(*options.serial_port));
   if (options.handshaking) set(host::PropertyPath("Handshaking"), std::to_string(*options.handshaking));
+  if (options.tcp_port) set(host::PropertyPath("tcpipPort"), std::to_string(*options.tcp_port));
   if (options.open_serial) set(host::PropertyPath("comAutoStart"), "-1");
   return overrides;
 }
@@ -109,7 +110,7 @@ host::ControlParts CompleteParts(const Options& options, host::ControlParts view
   parts.tcp_server = std::make_shared<platform::QtTcpSocket>(options.listen_address, options.allowed_clients,
                                                              TraceTo(parts.terminal));
   parts.tcp_port = options.tcp_port;
-  if (parts.port_label) parts.port_scout = std::make_shared<platform::DevicePortScout>(parts.loop);
+  parts.port_scout = std::make_shared<platform::DevicePortScout>(parts.loop);
   parts.create_session = SessionFactory(options, parts);
   return parts;
 }

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "diag/PortLabel.h"
 #include "host/trace/ListView.h"
 #include "host/trace/MessageBox.h"
 #include "host/trace/StatusView.h"
@@ -28,6 +31,13 @@ class UnseenList : public host::ListView {
   void AddRow(const std::vector<std::string>&) override {}
   void SetCell(std::size_t, std::size_t, const std::string&) override {}
   void SetCellsWhenShown(std::function<void()>) override {}
+};
+
+class UnseenPortLabel : public diag::PortLabel {
+ public:
+  void SetCaption(const std::string&) override {}
+  void SetToolTip(const std::string&) override {}
+  void SetForeColour(std::int32_t) override {}
 };
 
 class UnseenStatus : public host::StatusView {

@@ -19,6 +19,7 @@ HeadlessServer::HeadlessServer(const Options& options) : debug_(options.debug) {
   parts.status = std::make_shared<UnseenStatus>();
   parts.files = std::make_shared<UnseenList>();
   parts.data = std::make_shared<UnseenList>();
+  parts.port_label = std::make_shared<UnseenPortLabel>();
   parts.message_box = std::make_shared<StderrMessageBox>();
   parts_ = CompleteParts(options, std::move(parts));
   control_ = host::ServerControl::Create(parts_);

@@ -2,6 +2,7 @@
 #include "Options.h"
 
 #include <QCommandLineParser>
+#include <QDir>
 
 namespace korval::apps {
 namespace {
@@ -62,6 +63,13 @@ class Values {
     return parser_.value(QString::fromLatin1(name)).toStdString();
   }
 
+  // In the form in which the settings panel gives a folder back.
+  std::optional<std::string> Folder(const char* name) const {
+    if (!parser_.isSet(QString::fromLatin1(name))) return std::nullopt;
+    const QString folder = parser_.value(QString::fromLatin1(name));
+    return folder.isEmpty() ? "" : QDir::cleanPath(QDir(folder).absolutePath()).toStdString();
+  }
+
   std::optional<int> Number(const char* name, int from, int to, const char* expected) const {
     const QString option = QString::fromLatin1(name);
     if (!parser_.isSet(option)) return std::nullopt;
@@ -119,8 +127,8 @@ Options ParseOptions(const QStringList& arguments) {
   options.handshaking = values.Number("handshaking", 0, 3, "a code from 0 to 3");
   options.serial_device = values.Text("serial-device");
   options.serial_settings = values.Text("serial-settings");
-  options.asap_folder = values.Text("asap-folder");
-  options.korv_folder = values.Text("korv-folder");
+  options.asap_folder = values.Folder("asap-folder");
+  options.korv_folder = values.Folder("korv-folder");
   options.diag_port = values.Text("diag-port");
   options.bus_trace = values.Text("bus-trace");
   options.settings_file = values.Text("settings");

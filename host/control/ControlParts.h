@@ -32,7 +32,7 @@ struct ControlParts {
   std::shared_ptr<ListView> data;   // LVdata
   /// Null where there is no panel to edit the settings on.
   std::shared_ptr<SettingsPanel> panel;
-  /// Null, both, where nobody sees which diagnostic interface is chosen.
+  /// Null, both, where the diagnostic interface is not chosen from what is plugged in.
   std::shared_ptr<diag::PortLabel> port_label;
   std::shared_ptr<diag::PortScout> port_scout;
   std::shared_ptr<MessageBox> message_box;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/control/ServerControl.h"
 
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -103,8 +104,15 @@ bool ServerControl::ApplySettings() {
 void ServerControl::Show() {
   WatchDevices();
   SelectDiagInterface();
-  tcp_path_.StartListening();
+  if (terminated_) return;
+  std::exception_ptr no_tcp;
+  try {
+    tcp_path_.StartListening();
+  } catch (const base::Failure&) {
+    no_tcp = std::current_exception();
+  }
   OpenSerialPort();
+  if (no_tcp) std::rethrow_exception(no_tcp);
 }
 
 void ServerControl::WatchDevices() {
@@ -119,34 +127,42 @@ void ServerControl::SelectDiagInterface() {
 }
 
 void ServerControl::ResetAll() {
+  if (resetting_) return;
+  resetting_ = true;
   console_.Line("Reset All");
   CloseTransports();
   console_.Line("- Reinit diagnostique session");
   EndSession();
+  resetting_ = false;
+  if (terminated_) return;
   console_.Line("- Open tcpip server");
   tcp_path_.Reopen();
   OpenSerialPort();
 }
 
 void ServerControl::Terminate() noexcept {
-  try {
-    serial_path_.Close();
-  } catch (const base::Failure&) {
-    // Nobody is left to tell, and the rest must still be closed.
-  }
-  tcp_path_.Close();
-  DropCollections();
-  if (parts_.port_scout) parts_.port_scout->Shutdown();
+  terminated_ = true;
+  base::IgnoreFailure([this] { serial_path_.Close(); });
+  base::IgnoreFailure([this] { tcp_path_.Close(); });
+  base::IgnoreFailure([this] { DropCollections(); });
+  base::IgnoreFailure([this] {
+    if (parts_.port_scout) parts_.port_scout->Shutdown();
+  });
   diagnosis_.ReleaseDiagnosisObject();
 }
 
+void ServerControl::ToggleSerialPort() {
+  if (!editing_) serial_path_.Toggle();
+}
+
 void ServerControl::EditProperties() {
-  if (!parts_.panel) return;
+  if (!parts_.panel || editing_ || resetting_) return;
   if (parts_.serial_port->IsOpen()) {
     parts_.message_box->Show("You can change communicate settings only when communication is off",
                              MessageStyle::kPlain);
     return;
   }
+  editing_ = true;
   CloseTransports();
   parts_.panel->SetValue(CurrentValues());
   parts_.panel->SetVisible(true);
@@ -160,6 +176,7 @@ PanelValues ServerControl::CurrentValues() const {
 
 void ServerControl::TakePanelResult(bool cancelled) {
   if (!parts_.panel) return;
+  editing_ = false;
   parts_.panel->SetVisible(false);
   if (!cancelled) TakeValues(parts_.panel->Values());
   ResetAll();
@@ -195,7 +212,7 @@ void ServerControl::CloseTransports() {
 }
 
 void ServerControl::OpenSerialPort() {
-  if (!open_serial_at_start_) return;
+  if (!open_serial_at_start_ || parts_.serial_port->IsOpen()) return;
   console_.Line("- Open com port");
   serial_path_.Toggle();
 }

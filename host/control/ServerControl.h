@@ -49,9 +49,10 @@ class ServerControl : private protocol::SessionServices {
   /// person at the console has then been told, and the start ends there.
   bool Initialise();
   /// Selects the diagnostic interface and opens the transports. Raises Failure when the TCP port cannot be
-  /// opened.
+  /// opened; the serial port is served all the same.
   void Show();
-  /// Closes and reopens both transports and releases the diagnosis object.
+  /// Closes and reopens both transports and releases the diagnosis object. Asked for again while the session
+  /// is being closed, it does nothing more.
   void ResetAll();
   /// Closes everything. Commands that wait end with a Failure and answer nobody.
   void Terminate() noexcept;
@@ -59,8 +60,10 @@ class ServerControl : private protocol::SessionServices {
   // What a person does on the console. Whoever calls holds the control, because each may wait.
 
   /// Opens the serial port when it is closed, closes it when it is open.
-  void ToggleSerialPort() { serial_path_.Toggle(); }
-  /// Closes the transports and shows the settings panel; refused while the serial port is open.
+  /// Does nothing while the settings are edited, whose answer reopens the ports.
+  void ToggleSerialPort();
+  /// Closes the transports and shows the settings panel; refused while the serial port is open, and nothing
+  /// happens while it is shown already or a Reset All closes the session.
   void EditProperties();
   /// The panel's answer: takes its values over unless cancelled, and in both cases runs Reset All.
   void TakePanelResult(bool cancelled);
@@ -99,6 +102,10 @@ class ServerControl : private protocol::SessionServices {
   TraceConsole console_;
   std::uint16_t tcp_port_ = ServerSettings::kDefaultTcpPort;
   bool open_serial_at_start_ = false;
+  // Closing a session may wait with the events running, and any of these may happen inside.
+  bool editing_ = false;
+  bool resetting_ = false;
+  bool terminated_ = false;
   InstallationInformation installation_;
   HostSettings host_settings_;
   PowerControl power_;

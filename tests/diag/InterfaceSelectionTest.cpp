@@ -121,6 +121,30 @@ TEST_F(InterfaceSelectionTest, TheChoiceIsStoredBeforeTheLinkIsReopened) {
   EXPECT_EQ(stored_then, "A1");
 }
 
+TEST_F(InterfaceSelectionTest, ASessionThatEndsWhileItsLinkIsReleasedGetsNoNewPort) {
+  OpenSession();
+  session_->on_set_port = [&](const std::string&) {
+    session_->on_set_port = nullptr;
+    diagnosis_.ReleaseDiagnosisObject();
+  };
+  SelectUsb("Z9", kTwoPlugged);
+  EXPECT_THAT(session_->log, ElementsAre("Port=", "Close", "Port="));
+}
+
+TEST_F(InterfaceSelectionTest, AChangeWhileTheLinkIsReopenedIsSelectedAfterwards) {
+  OpenSession();
+  session_->on_set_port = [&](const std::string& port) {
+    if (port != "NONE") return;
+    session_->on_set_port = nullptr;
+    scout_.device_list = "<devices><sn>C3</sn></devices>";
+    selection_.SelectDiagInterface();
+    EXPECT_EQ(Stored(), "A1") << "not before the first selection has ended";
+  };
+  SelectUsb("Z9", kTwoPlugged);
+  EXPECT_EQ(Stored(), "C3");
+  EXPECT_EQ(label_.caption, "USB C3");
+}
+
 TEST_F(InterfaceSelectionTest, AFailureToReleaseTheLinkIsForgotten) {
   OpenSession();
   session_->on_set_port = [](const std::string& port) {

@@ -71,6 +71,16 @@ TEST_F(DevicePortScoutTest, LooksCloserOnlyWhenTheNamesDiffer) {
   EXPECT_EQ(scans_, scans_at_start);
 }
 
+TEST_F(DevicePortScoutTest, FindsASerialNumberThatComesAfterTheName) {
+  Watch();
+  names_.append("ttyUSB1");
+  loop_->Advance(DevicePortScout::kInterval);
+  EXPECT_EQ(changes_, 0);
+  plugged_.push_back({"/dev/ttyUSB1", "", "KD-3"});
+  loop_->Advance(DevicePortScout::kInterval);
+  EXPECT_EQ(changes_, 1);
+}
+
 TEST_F(DevicePortScoutTest, LooksNoMoreAfterItsShutdown) {
   Watch();
   scout_.Shutdown();

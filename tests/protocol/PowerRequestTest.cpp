@@ -114,7 +114,7 @@ TEST_F(PowerRequestTest, WithoutADiagnosisObjectTheClientStays) {
 
 TEST_F(PowerRequestTest, TheSocketIsClosedBeforeTheTraceAndTheAct) {
   RunOverTcp();
-  const std::size_t dropped = std::min(bench_.LogIndex("close"), bench_.LogIndex("disconnect"));
+  const std::size_t dropped = std::min(bench_.LogIndex("close tcp"), bench_.LogIndex("disconnect"));
   EXPECT_LT(dropped, bench_.LogIndex(kRebootTrace));
   EXPECT_LT(bench_.LogIndex(kRebootTrace), bench_.LogIndex(kReboot));
 }

@@ -266,7 +266,7 @@ TEST_F(SerialPathTest, TheToggleOpensAClosedPort) {
 TEST_F(SerialPathTest, TheToggleClosesAnOpenPortAndSetsTheInputModeAllTheSame) {
   bench_.server->serial.Toggle();
   EXPECT_FALSE(bench_.port.IsOpen());
-  EXPECT_EQ(bench_.log, (tests::CallLog{"close", "raw bytes", "toggled closed"}));
+  EXPECT_EQ(bench_.log, (tests::CallLog{"close serial", "raw bytes", "toggled closed"}));
   EXPECT_EQ(bench_.view.panels["Settings"], "COM1 Settings: 9600,n,8,1");
 }
 

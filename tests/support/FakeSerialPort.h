@@ -11,7 +11,7 @@
 
 namespace korval::tests {
 
-/// A serial port in memory. Logs "open", "close", "raw bytes" and "write HEX".
+/// A serial port in memory. Logs "open", "close serial", "raw bytes" and "write HEX".
 class FakeSerialPort : public protocol::SerialPort {
  public:
   explicit FakeSerialPort(CallLog& log) : log_(log) {}
@@ -50,7 +50,7 @@ class FakeSerialPort : public protocol::SerialPort {
   }
   void Close() override {
     if (!close_failure.empty()) throw base::Failure(close_failure);
-    log_.emplace_back("close");
+    log_.emplace_back("close serial");
     open_ = false;
   }
   void DeliverRawBytes() override { log_.emplace_back("raw bytes"); }

@@ -14,7 +14,7 @@
 namespace korval::tests {
 
 /// A TCP server socket in memory. The test plays the clients, and may do so from inside a handler, as a
-/// nested event loop would. Logs "listen", "accept N", "disconnect", "close" and "send HEX".
+/// nested event loop would. Logs "listen", "accept N", "disconnect", "close tcp" and "send HEX".
 class FakeTcpSocket : public protocol::TcpSocket {
  public:
   explicit FakeTcpSocket(CallLog& log) : log_(log) {}
@@ -76,7 +76,7 @@ class FakeTcpSocket : public protocol::TcpSocket {
   }
   void Close() override {
     if (!close_failure.empty()) throw base::Failure(close_failure);
-    log_.emplace_back("close");
+    log_.emplace_back("close tcp");
     DropClient();
     listening_ = false;
   }

@@ -10,12 +10,14 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "tests/system/FreePort.h"
 #include "tests/system/ServerBench.h"
 
 namespace korval::tests {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::AnyOf;
 using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -43,8 +45,6 @@ class TakenPort {
   int socket_;
   int number_ = 0;
 };
-
-int FreePort() { return TakenPort().Number(); }
 
 class CommandLineTest : public ServerBench {
  protected:
@@ -193,6 +193,16 @@ TEST_F(CommandLineTest, TheFirstStartChoosesTheSimulatedEcuAndSaysSo) {
   StopInOrder();
   StartWith({"--tcp-port", "0"});
   EXPECT_THAT(Joined(start_), Not(HasSubstr("SIM")));
+}
+
+// Whatever is plugged into this computer, the interface chosen is not.
+TEST_F(CommandLineTest, WithoutAWindowTheInterfaceIsSelectedToo) {
+  StoreSettings("Properties\\tcpipPort=" + std::to_string(FreePort()) +
+                "\n[QOR]\nGeneral\\CommPort=NONE\nHardware\\InstanceName=no-such\n");
+  StartWith({});
+  EXPECT_THAT(Joined(start_),
+              AnyOf(HasSubstr("Selected USB-Diag is no-such plug them !!!"),
+                    HasSubstr("Interface no-such missing , automaticaly choose first one : ")));
 }
 
 TEST_F(CommandLineTest, ADamagedSettingsFileIsReportedOnceAndDefaultsServe) {

@@ -137,7 +137,7 @@ TEST_F(ControlTest, ResetAllClosesAndReopensTheTcpServer) {
   CreateAndShow();
   log_.clear();
   Click(Find<QPushButton>("ResetAll"));
-  EXPECT_THAT(log_, ElementsAre("close", "close", "listen"));
+  EXPECT_THAT(log_, ElementsAre("close tcp", "close serial", "listen"));
   EXPECT_TRUE(
       Trace().contains("Reset All\n- Close tcpip server\n- Close RS232 comm port\n"
                        "- Reinit diagnostique session\n- Open tcpip server\n"));

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <QDir>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -41,9 +42,9 @@ TEST(OptionsTest, EveryOptionIsRead) {
                                  "2",
                                  "--open-serial",
                                  "--asap-folder",
-                                 "a",
+                                 "/srv//asap/",
                                  "--korv-folder",
-                                 "k",
+                                 "ecu/../k",
                                  "--diag-port",
                                  "",
                                  "--settings",
@@ -65,8 +66,8 @@ TEST(OptionsTest, EveryOptionIsRead) {
   EXPECT_EQ(options.serial_settings, "9600,n,8,1");
   EXPECT_EQ(options.handshaking, 2);
   EXPECT_TRUE(options.open_serial);
-  EXPECT_EQ(options.asap_folder, "a");
-  EXPECT_EQ(options.korv_folder, "k");
+  EXPECT_EQ(options.asap_folder, "/srv/asap");
+  EXPECT_EQ(options.korv_folder, QDir::current().filePath("k").toStdString());
   EXPECT_EQ(options.diag_port, "");
   EXPECT_EQ(options.settings_file, "s.ini");
   EXPECT_EQ(options.install_record_file, "i.ini");

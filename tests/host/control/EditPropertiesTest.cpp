@@ -44,9 +44,27 @@ TEST_F(EditPropertiesTest, ClosesTheTransportsLoadsThePanelAndShowsIt) {
   log.clear();
   ForgetTrace();
   control->EditProperties();
-  EXPECT_THAT(log, ElementsAre("close", "close", "panel loaded", "panel shown"));
+  EXPECT_THAT(log, ElementsAre("close tcp", "close serial", "panel loaded", "panel shown"));
   EXPECT_EQ(Trace(), "- Close tcpip server\r\n- Close RS232 comm port\r\n");
   EXPECT_FALSE(tcp->IsListening());
+}
+
+TEST_F(EditPropertiesTest, TheSerialPortStaysClosedWhileThePanelIsShown) {
+  const auto control = Started();
+  control->EditProperties();
+  control->ToggleSerialPort();
+  EXPECT_FALSE(serial->IsOpen());
+  control->TakePanelResult(true);
+  control->ToggleSerialPort();
+  EXPECT_TRUE(serial->IsOpen());
+}
+
+TEST_F(EditPropertiesTest, APanelThatIsShownIsNotLoadedAgain) {
+  const auto control = Started();
+  control->EditProperties();
+  log.clear();
+  control->EditProperties();
+  EXPECT_THAT(log, ElementsAre());
 }
 
 TEST_F(EditPropertiesTest, LoadsThePanelWithTheCurrentValues) {

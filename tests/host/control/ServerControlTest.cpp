@@ -71,6 +71,24 @@ TEST_F(ServerControlTest, RefusedSerialSettingsEndTheStartWithAMessageBoxAndNoBa
   EXPECT_EQ(Trace(), "");
 }
 
+TEST_F(ServerControlTest, WhatARefusedStartDidNotReadKeepsItsDefault) {
+  Store("Settings", "nonsense");
+  Store("CommPort", "7");
+  Store("AsapFolder", "/srv/asap");
+  Store("KorvFolder", "/srv/ecu");
+  Store("tcpipPort", "2345");
+  Store("comAutoStart", "-1");
+  const auto refusing = std::make_shared<RefusingSerialPort>(log);
+  parts.serial_port = refusing;
+  const auto control = ServerControl::Create(parts);
+  EXPECT_FALSE(control->Initialise());
+  control->Show();
+  EXPECT_THAT(Trace(), HasSubstr("Init WinSock : port=1001\r\n"));
+  EXPECT_FALSE(refusing->IsOpen());
+  control->EditProperties();
+  EXPECT_EQ(panel->values, (PanelValues{"9600,n,8,1", 1, 0, false, 1001, "/opt/korval", "/opt/korval"}));
+}
+
 TEST_F(ServerControlTest, AHandshakingThatIsNoNumberEndsTheStart) {
   settings->user["KorvalAsapServer/Properties/Handshaking"] = "RTS";
   const auto control = ServerControl::Create(parts);
@@ -94,6 +112,15 @@ TEST_F(ServerControlTest, ShowRaisesWhenTheTcpPortCannotBeOpened) {
   const auto control = ServerControl::Create(parts);
   EXPECT_TRUE(control->Initialise());
   EXPECT_THROW(control->Show(), base::Failure);
+}
+
+TEST_F(ServerControlTest, ATcpPortThatCannotBeOpenedDoesNotKeepTheSerialPortClosed) {
+  Store("comAutoStart", "-1");
+  tcp->listen_failure = "port in use";
+  const auto control = ServerControl::Create(parts);
+  EXPECT_TRUE(control->Initialise());
+  EXPECT_THROW(control->Show(), base::Failure);
+  EXPECT_TRUE(serial->IsOpen());
 }
 
 TEST_F(ServerControlTest, InitOpensTheSessionAndExitClosesIt) {
@@ -133,7 +160,7 @@ TEST_F(ServerControlTest, ResetAllTracesItsStepsAndReopensBothTransports) {
       "Reset All\r\n- Close tcpip server\r\n- Close RS232 comm port\r\n- Reinit diagnostique session\r\n"
       "- Open tcpip server\r\nInit WinSock : port=1001\r\n          > LocalHostName=bench\r\n"
       "          > LocalIP=127.0.0.1\r\n          > LocalPort=1001\r\n- Open com port\r\n");
-  EXPECT_THAT(log, ElementsAre("close", "close", "listen", "open", "raw bytes"));
+  EXPECT_THAT(log, ElementsAre("close tcp", "close serial", "listen", "open", "raw bytes"));
   EXPECT_THAT(session->log, ElementsAre("Close", "Port="));
   EXPECT_EQ(status->session_status, "Status: Idle");
 }
@@ -180,10 +207,91 @@ TEST_F(ServerControlTest, TerminateClosesEverythingInOrder) {
   tcp->Arrive(kInit);
   log.clear();
   session->log.clear();
+  session->on_close = [this] { EXPECT_EQ(scout->shutdowns, 1); };
   control->Terminate();
-  EXPECT_THAT(log, ElementsAre("close", "close"));
+  EXPECT_THAT(log, ElementsAre("close serial", "close tcp"));
   EXPECT_FALSE(tcp->IsListening());
   EXPECT_THAT(session->log, ElementsAre("Close", "Port="));
+}
+
+TEST_F(ServerControlTest, TerminateGoesOnWhenATransportCannotBeClosed) {
+  const auto control = Started();
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  session->log.clear();
+  tcp->close_failure = "socket stuck";
+  serial->close_failure = "port stuck";
+  control->Terminate();
+  EXPECT_EQ(scout->shutdowns, 1);
+  EXPECT_THAT(session->log, ElementsAre("Close", "Port="));
+}
+
+TEST_F(ServerControlTest, ResetAllInsideAResetAllLeavesTheSerialPortOpen) {
+  Store("comAutoStart", "-1");
+  const auto control = Started();
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  session->on_close = [&] { control->ResetAll(); };
+  log.clear();
+  control->ResetAll();
+  EXPECT_TRUE(serial->IsOpen());
+  EXPECT_THAT(log, ElementsAre("close tcp", "close serial", "listen", "open", "raw bytes"));
+}
+
+TEST_F(ServerControlTest, ASerialPortThatIsOpenedInsideAResetAllStaysOpen) {
+  Store("comAutoStart", "-1");
+  const auto control = Started();
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  session->on_close = [&] { control->ToggleSerialPort(); };
+  control->ResetAll();
+  EXPECT_TRUE(serial->IsOpen());
+}
+
+TEST_F(ServerControlTest, TheSettingsAreNotEditedInsideAResetAll) {
+  const auto control = Started();
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  session->on_close = [&] { control->EditProperties(); };
+  log.clear();
+  control->ResetAll();
+  EXPECT_THAT(log, ElementsAre("close tcp", "close serial", "listen"));
+}
+
+TEST_F(ServerControlTest, NothingIsOpenedAgainWhenTheControlIsTerminatedInsideAResetAll) {
+  Store("comAutoStart", "-1");
+  const auto control = Started();
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  session->on_close = [&] { control->Terminate(); };
+  control->ResetAll();
+  EXPECT_FALSE(tcp->IsListening());
+  EXPECT_FALSE(serial->IsOpen());
+}
+
+TEST_F(ServerControlTest, NothingIsOpenedAgainWhenTheControlIsTerminatedInsideADisconnect) {
+  const auto control = Started();
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  session->on_close = [&] { control->Terminate(); };
+  log.clear();
+  tcp->Leave();
+  EXPECT_FALSE(tcp->IsListening());
+  EXPECT_THAT(log, ElementsAre("disconnect", "close serial", "close tcp"));
+}
+
+TEST_F(ServerControlTest, NothingIsOpenedWhenTheControlIsTerminatedWhileItIsShown) {
+  Store("comAutoStart", "-1");
+  settings->user["QOR/General/CommPort"] = "NONE";
+  scout->device_list = "<devices><device><sn>A1</sn></device></devices>";
+  const auto control = ServerControl::Create(parts);
+  control->SetSession(session);
+  ASSERT_TRUE(control->Initialise());
+  session->on_set_port = [&](const std::string&) { control->Terminate(); };
+  control->Show();
+  EXPECT_FALSE(tcp->IsListening());
+  EXPECT_FALSE(serial->IsOpen());
+  EXPECT_THAT(session->log, ElementsAre("Port=")) << "a session that was let go gets no new port";
 }
 
 TEST_F(ServerControlTest, MayBeLetGoInsideOneOfItsOwnEvents) {
