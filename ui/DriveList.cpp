@@ -21,7 +21,6 @@ bool Holds(const QString& folder, const QString& path) {
 }  // namespace
 
 DriveList::DriveList(QWidget* parent) : QComboBox(parent) {
-  Fill();
   connect(this, &QComboBox::activated, this,
           [this](int index) { emit DriveChosen(itemData(index).toString()); });
 }
@@ -38,7 +37,6 @@ void DriveList::Fill() {
 }
 
 void DriveList::ShowDriveOf(const QString& path) {
-  Fill();
   int best = -1;
   qsizetype longest = 0;
   for (int i = 0; i < count(); ++i) {

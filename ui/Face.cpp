@@ -46,7 +46,7 @@ void SetWidths(RowList& list, const std::initializer_list<int>& characters) {
 
 Face::Face(QWidget* parent) : QWidget(parent) {
   auto* rows = new QVBoxLayout(this);
-  rows->setContentsMargins(8, 4, 8, 0);
+  rows->setContentsMargins(8, 4, 8, 4);
   rows->addWidget(Top());
   rows->addWidget(Middle(), 1);
   rows->addWidget(Bottom());
@@ -59,15 +59,16 @@ Face::Face(QWidget* parent) : QWidget(parent) {
 
 QWidget* Face::Top() {
   auto* top = new QWidget;
+  // A name of its own would keep the text of a label from whoever listens to it.
   status_ = new QLabel;
   status_->setObjectName("lbStatus");
-  status_->setAccessibleName(tr("Session"));
+  status_->setAccessibleDescription(tr("Session"));
   QFont bold = status_->font();
   bold.setBold(true);
   status_->setFont(bold);
   remote_ = new QLabel;
   remote_->setObjectName("lbRemote");
-  remote_->setAccessibleName(tr("Remote system"));
+  remote_->setAccessibleDescription(tr("Remote system"));
   for (auto* label : {status_, remote_}) label->setTextFormat(Qt::PlainText);
   // A client's name may be long; it must not widen the window.
   remote_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -259,6 +260,10 @@ void Face::ShowConnected(bool connected) {
   open_comm_->setToolTip(WithKey(connected ? tr("Closes the serial port") : tr("Opens the serial port"),
                                  open_comm_->shortcut()));
   open_comm_->setIcon(PictureIcon(connected ? Picture::kConnected : Picture::kNotConnected));
+}
+
+void Face::SetActionsEnabled(bool enabled) {
+  for (auto* action : {open_comm_, properties_}) action->setEnabled(enabled);
 }
 
 QString Face::Layout() const {

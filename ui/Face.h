@@ -40,6 +40,9 @@ class Face : public QWidget {
   void ShowRemoteSystem(const QString& text);
   /// Brings one of the two images to the front.
   void ShowConnected(bool connected);
+  /// The tool bar's actions, which a form's menu may repeat: such a menu stays in sight when the face does
+  /// not.
+  void SetActionsEnabled(bool enabled);
 
   /// How the person has arranged the face, as text, and back. A text that is none changes nothing.
   QString Layout() const;

@@ -40,6 +40,11 @@ FolderPicker::FolderPicker(const QString& prefix, const QString& title, QWidget*
 // A text box that has the focus when it goes reports the end of editing, to a picker of which little is left.
 FolderPicker::~FolderPicker() { path_->disconnect(this); }
 
+void FolderPicker::Load(const QString& path) {
+  drives_->Fill();
+  SetPath(path);
+}
+
 void FolderPicker::SetPath(const QString& path) { folders_->SetPath(path); }
 
 void FolderPicker::FollowFolder(const QString& path) {

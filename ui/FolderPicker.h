@@ -19,6 +19,8 @@ class FolderPicker : public QGroupBox {
   FolderPicker(const QString& prefix, const QString& title, QWidget* parent = nullptr);
   ~FolderPicker() override;
 
+  /// Looks at which drives there are and points the lists at a folder.
+  void Load(const QString& path);
   /// Points the drive list, the folder list and the file list at a folder.
   void SetPath(const QString& path);
   QString Path() const { return folders_->Path(); }

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include <QPointer>
 #include <QScrollArea>
 #include <QShowEvent>
 #include <QStackedLayout>
@@ -34,7 +35,7 @@ class KorvAsapServer::Private {
 
   void Start(KorvAsapServer& owner, const Assemble& assemble);
   void AddPanel(ConfigComPort* panel);
-  void Show(KorvAsapServer& owner);
+  void ShowOnce(KorvAsapServer& owner);
   void End();
 
   const std::shared_ptr<host::ServerControl>& Control() const { return control_; }
@@ -42,6 +43,7 @@ class KorvAsapServer::Private {
 
  private:
   host::ControlParts Views(KorvAsapServer& owner) const;
+  void Show(KorvAsapServer& owner);
   void Connect(KorvAsapServer& owner, ConfigComPort* panel);
   void RestoreView();
   void KeepView();
@@ -61,7 +63,7 @@ void KorvAsapServer::Private::Start(KorvAsapServer& owner, const Assemble& assem
   settings_ = parts.settings;
   auto* panel = new ConfigComPort(settings_, message_box_, nullptr);
   AddPanel(panel);
-  parts.panel = std::make_shared<PanelView>(stack_, panel);
+  parts.panel = std::make_shared<PanelView>(stack_, face_, panel);
   parts.create_session = [factory = factory_, usual = parts.create_session] {
     return *factory ? (*factory)() : usual();
   };
@@ -111,9 +113,15 @@ void KorvAsapServer::Private::Connect(KorvAsapServer& owner, ConfigComPort* pane
                    [control](const bool& cancelled) { control->TakePanelResult(cancelled); });
 }
 
+void KorvAsapServer::Private::ShowOnce(KorvAsapServer& owner) {
+  if (!control_ || std::exchange(was_shown_, true)) return;
+  QMetaObject::invokeMethod(
+      &owner, [this, &owner] { Show(owner); }, Qt::QueuedConnection);
+}
+
+// What is shown may wait, and the widget be deleted meanwhile.
 void KorvAsapServer::Private::Show(KorvAsapServer& owner) {
-  if (!control_ || was_shown_) return;
-  was_shown_ = true;
+  const QPointer<KorvAsapServer> alive(&owner);
   const auto control = control_;
   const auto message_box = message_box_;
   try {
@@ -121,7 +129,7 @@ void KorvAsapServer::Private::Show(KorvAsapServer& owner) {
   } catch (const base::Failure& failure) {
     control->Console().Line("Init WinSock error : " + failure.Description());
     message_box->Show(failure.Description(), host::MessageStyle::kExclamation);
-    emit owner.ShowFailed(QString::fromStdString(failure.Description()));
+    if (alive) emit alive->ShowFailed(QString::fromStdString(failure.Description()));
   }
 }
 
@@ -193,7 +201,7 @@ void KorvAsapServer::SelectDiagInterface() {
 
 void KorvAsapServer::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
-  d_->Show(*this);
+  d_->ShowOnce(*this);
 }
 
 }  // namespace korval::ui

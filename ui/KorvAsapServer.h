@@ -17,9 +17,9 @@ struct ControlParts;
 namespace korval::ui {
 
 /// The ASAP3 server as a control to be placed on a host application's form. It reads its settings when it
-/// is created, and opens its TCP port (and the serial port, when it is set so) when it is first shown. It
-/// lives on the application's main thread and keeps serving while message boxes and dialogs are open. It
-/// may be deleted at any time, also while a command waits for an ECU.
+/// is created, and opens its TCP port (and the serial port, when it is set so) as the first event after it
+/// was first shown. It lives on the application's main thread and keeps serving while message boxes and
+/// dialogs are open. It may be deleted at any time, also while a command waits for an ECU.
 ///
 /// A client's init needs a diagnostic session: the host hands over one of its own (`Session`), or says how
 /// to make one for each client (SetSessionFactory). Without either, init is answered with failure 1001.

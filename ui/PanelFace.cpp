@@ -173,8 +173,8 @@ void PanelFace::LoadLists() {
   parity_->setCurrentIndex(kParityNone);
 }
 
-void PanelFace::ShowAsapFolder(const std::string& path) { asap_->SetPath(QString::fromStdString(path)); }
-void PanelFace::ShowKorvFolder(const std::string& path) { korv_->SetPath(QString::fromStdString(path)); }
+void PanelFace::ShowAsapFolder(const std::string& path) { asap_->Load(QString::fromStdString(path)); }
+void PanelFace::ShowKorvFolder(const std::string& path) { korv_->Load(QString::fromStdString(path)); }
 std::string PanelFace::AsapDirPath() const { return asap_->Path().toStdString(); }
 std::string PanelFace::KorvDirPath() const { return korv_->Path().toStdString(); }
 

@@ -10,7 +10,7 @@ namespace korval::ui {
 
 PortLabelBox::PortLabelBox(QWidget* parent) : QLabel(parent) {
   setObjectName("lbPort");
-  setAccessibleName(tr("Diagnostic interface"));
+  setAccessibleDescription(tr("Diagnostic interface"));
   setTextFormat(Qt::PlainText);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <utility>
 
@@ -18,8 +19,8 @@ class RowListView : public host::ListView {
   explicit RowListView(RowList* list) : list_(list), refresh_(list, [this] { ShowNow(); }) {}
 
   void Clear() override {
-    if (!list_) return;
     write_ = nullptr;
+    if (!list_) return;
     list_->Rows().Clear();
     refresh_.Ask();
   }
@@ -34,6 +35,7 @@ class RowListView : public host::ListView {
     refresh_.Ask();
   }
   void SetCellsWhenShown(std::function<void()> write) override {
+    if (!list_) return;
     write_ = std::move(write);
     refresh_.Ask();
   }
@@ -41,11 +43,23 @@ class RowListView : public host::ListView {
   /// Brings the widget up to date at once.
   void ShowNow() {
     if (!list_) return;
-    if (const auto write = std::exchange(write_, nullptr)) write();
+    WriteCells();
     list_->Rows().Show();
   }
 
  private:
+  // The values may be those of a host's session, and above a timer nobody is left to catch what they raise:
+  // the cells keep the texts that they have.
+  void WriteCells() {
+    const auto write = std::exchange(write_, nullptr);
+    if (!write) return;
+    try {
+      write();
+    } catch (const std::exception&) {
+      return;
+    }
+  }
+
   QPointer<RowList> list_;
   Refresh refresh_;
   std::function<void()> write_;

@@ -31,7 +31,7 @@ StatusPanels::StatusPanels(QWidget* parent) : QStatusBar(parent) {
     auto* panel = new QLabel(QString::fromLatin1(kind.text));
     panel->setObjectName(QString::fromLatin1(kind.key));
     panel->setToolTip(tr(kind.tool_tip));
-    panel->setAccessibleName(tr(kind.tool_tip));
+    panel->setAccessibleDescription(tr(kind.tool_tip));
     panel->setTextFormat(Qt::PlainText);
     panel->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
     panel->setMargin(2);

@@ -1,16 +1,28 @@
 // SPDX-License-Identifier: MIT
 #include "ui/TerminalView.h"
 
+#include <algorithm>
+
 namespace korval::ui {
+namespace {
+
+// As the box has it, with one character for a line end.
+QString Displayed(QString text) { return text.remove(QLatin1Char('\r')); }
+
+// The first `count` characters, of which some are two in a QString.
+QString First(const QString& text, std::size_t count) {
+  qsizetype end = 0;
+  for (; count > 0 && end < text.size(); --count) end += text[end].isHighSurrogate() ? 2 : 1;
+  return text.left(end);
+}
+
+}  // namespace
 
 TerminalView::TerminalView(TerminalBox* box) : box_(box), refresh_(box, [this] { ShowNow(); }) {}
 
 void TerminalView::DropFirst(std::size_t count) {
-  // Once nothing of the box is left it is filled anew, and counting on would only cost time.
-  const bool count_on = dropped_ < shown_;
-  const qsizetype before = count_on ? Displayed().size() : 0;
+  dropped_ += std::min(count, text_.Length());
   text_.DropFirst(count);
-  if (count_on) dropped_ += before - Displayed().size();
   refresh_.Ask();
 }
 
@@ -21,15 +33,10 @@ void TerminalView::ReplaceSelection(std::string_view text) {
 
 void TerminalView::ShowNow() {
   if (!box_) return;
-  const QString text = Displayed();
-  box_->ShowText(text, dropped_);
-  shown_ = text.size();
+  const qsizetype dropped = Displayed(First(shown_, dropped_)).size();
+  shown_ = QString::fromStdString(text_.Text());
   dropped_ = 0;
-}
-
-// As the box has it, with one character for a line end.
-QString TerminalView::Displayed() const {
-  return QString::fromStdString(text_.Text()).remove(QLatin1Char('\r'));
+  box_->ShowText(Displayed(shown_), dropped);
 }
 
 }  // namespace korval::ui

@@ -27,12 +27,10 @@ class TerminalView : public host::Terminal {
   void ShowNow();
 
  private:
-  QString Displayed() const;
-
   host::TextTerminal text_;
   QPointer<TerminalBox> box_;
-  qsizetype shown_ = 0;    // characters in the box
-  qsizetype dropped_ = 0;  // of those, how many have gone from the start since
+  QString shown_;            // what the box was filled from
+  std::size_t dropped_ = 0;  // how many characters have gone from its start since
   Refresh refresh_;
 };
 

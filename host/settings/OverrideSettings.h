@@ -26,11 +26,9 @@ class OverrideSettings : public SettingsStore {
   }
   void Write(const std::string& path, const std::string& value) override {
     const auto found = overrides_.find(path);
-    if (found != overrides_.end()) {
-      if (found->second == value) return;
-      overrides_.erase(found);
-    }
+    if (found != overrides_.end() && found->second == value) return;
     store_->Write(path, value);
+    if (found != overrides_.end()) overrides_.erase(found);
   }
   std::optional<std::string> ReadMachineWide(const std::string& path) const override {
     return store_->ReadMachineWide(path);

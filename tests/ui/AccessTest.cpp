@@ -121,6 +121,23 @@ TEST_F(AccessTest, WhereverTheFocusGoesAScreenReaderHasAName) {
   }
 }
 
+TEST_F(AccessTest, AScreenReaderHearsWhatTheLabelsAndPanelsShowAndWhatItIs) {
+  CreateAndShow();
+  Action("OpenComm").trigger();
+  parts_.status->ShowPanel("Status", "Status: Online");
+  parts_.status->ShowRemoteSystem("rig");
+  for (const char* name :
+       {"lbPort", "lbStatus", "lbRemote", "Status", "Settings", "timeout", "ConnectTime"}) {
+    auto& label = Find<QLabel>(name);
+    if (label.objectName() == "lbPort") label.setText("SIM");
+    ASSERT_FALSE(label.text().isEmpty()) << name;
+    const auto* reader = QAccessible::queryAccessibleInterface(&label);
+    ASSERT_NE(reader, nullptr);
+    EXPECT_EQ(reader->text(QAccessible::Name), label.text()) << name;
+    EXPECT_FALSE(reader->text(QAccessible::Description).isEmpty()) << name;
+  }
+}
+
 TEST_F(AccessTest, ColoursAreLegibleOnALightAndOnADarkDesktop) {
   for (const QColor& window : {QColor(0xEF, 0xEF, 0xEF), QColor(0x2B, 0x2B, 0x2B)}) {
     QPalette palette(window);

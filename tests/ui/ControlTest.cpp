@@ -24,6 +24,19 @@ using ::testing::Not;
 
 constexpr char kBanner[] = "Korval Asap server V1.3.0.5\n";
 
+// Whatever happens while a line opens happens in `on_open`.
+class WaitingSerialPort : public FakeSerialPort {
+ public:
+  using FakeSerialPort::FakeSerialPort;
+
+  void Open() override {
+    on_open();
+    FakeSerialPort::Open();
+  }
+
+  std::function<void()> on_open;
+};
+
 class ControlTest : public ControlWidgetTest {
  protected:
   QStringList Headers(const char* list) const {
@@ -92,6 +105,7 @@ TEST_F(ControlTest, OpensItsPortsWhenItIsFirstShownAndNotAgain) {
   log_.clear();
   control_->hide();
   control_->show();
+  QCoreApplication::processEvents();
   EXPECT_THAT(log_, IsEmpty());
 }
 
@@ -116,6 +130,7 @@ TEST_F(ControlTest, ATcpPortThatCannotBeOpenedIsTracedShownAndSignalled) {
   Create();
   const QSignalSpy failed(control_.get(), &ui::KorvAsapServer::ShowFailed);
   control_->show();
+  QCoreApplication::processEvents();
   ASSERT_EQ(failed.count(), 1);
   EXPECT_EQ(failed[0][0].toString(), "port in use");
   ASSERT_NE(OpenBox(), nullptr);
@@ -279,6 +294,33 @@ TEST_F(ControlTest, MayBeDeletedInsideAWaitingCommand) {
   tcp_->Arrive(kInit);
   EXPECT_EQ(control_, nullptr);
   EXPECT_THAT(tcp_->TakeSent(), IsEmpty());
+}
+
+TEST_F(ControlTest, MayBeDeletedWhileItLooksForItsInterface) {
+  settings_->user["QOR/General/CommPort"] = "NONE";
+  scout_->device_list = "<sn>A1</sn>";
+  Create();
+  control_->SetSession(session_);
+  session_->on_set_port = [this](const std::string&) { control_.reset(); };
+  control_->show();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(control_, nullptr);
+  EXPECT_FALSE(tcp_->IsListening());
+}
+
+TEST_F(ControlTest, MayBeDeletedWhileItOpensItsPorts) {
+  const auto serial = std::make_shared<WaitingSerialPort>(log_);
+  serial->on_open = [this] { control_.reset(); };
+  serial_ = serial;
+  Store("comAutoStart", "-1");
+  tcp_->listen_failure = "port in use";
+  Create();
+  int failures = 0;
+  QObject::connect(control_.get(), &ui::KorvAsapServer::ShowFailed, [&failures] { ++failures; });
+  control_->show();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(control_, nullptr);
+  EXPECT_EQ(failures, 0) << "a control that is gone signals nothing";
 }
 
 TEST_F(ControlTest, MayBeDeletedInsideTheClickThatResetsAll) {

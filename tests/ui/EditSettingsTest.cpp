@@ -52,6 +52,24 @@ TEST_F(EditSettingsTest, ACancelledEditChangesNothingAndReopensTheTcpServer) {
   EXPECT_THAT(settings_->written, IsEmpty());
 }
 
+TEST_F(EditSettingsTest, TheToolBarsActionsWaitUntilTheEditEnds) {
+  OpenPanel();
+  Find<QLineEdit>("txportip").setText("4711");
+  for (const char* action : {"OpenComm", "Properties"}) {
+    EXPECT_FALSE(Action(action).isEnabled()) << action;
+    Action(action).trigger();
+  }
+  EXPECT_FALSE(serial_->IsOpen());
+  EXPECT_EQ(Find<QLineEdit>("txportip").text(), "4711");
+  for (const char* button : {"cmdCancel", "cmdOK"}) {
+    Press(button);
+    for (const char* action : {"OpenComm", "Properties"}) {
+      EXPECT_TRUE(Action(action).isEnabled()) << action << " after " << button;
+    }
+    OpenPanel();
+  }
+}
+
 TEST_F(EditSettingsTest, AnAcceptedEditIsStoredAndInForceAtOnce) {
   OpenPanel();
   Find<QComboBox>("cboSpeed").setCurrentText("19200");

@@ -234,7 +234,7 @@ class FolderPickerTest : public WidgetTest {
       EXPECT_TRUE(file.open(QIODevice::WriteOnly));
     }
     picker_.resize(500, 400);
-    picker_.SetPath(Maps());
+    picker_.Load(Maps());
   }
 
   QString Maps() const { return folder_.filePath("maps"); }
@@ -308,6 +308,16 @@ TEST_F(FolderPickerTest, TheDriveListShowsTheDriveOfTheFolder) {
   picker_.SetPath(QDir::homePath());
   EXPECT_EQ(drives.currentData(), QDir::homePath());
   picker_.SetPath("/usr");
+  EXPECT_EQ(drives.currentData(), "/");
+}
+
+TEST_F(FolderPickerTest, TheDrivesAreLookedForWhenItIsLoadedAndNotAtEveryStep) {
+  auto& drives = Find<QComboBox>(picker_, "AsapDrive");
+  drives.addItem("added", "/added");
+  picker_.SetPath("/usr");
+  EXPECT_GE(drives.findData("/added"), 0);
+  picker_.Load("/usr");
+  EXPECT_LT(drives.findData("/added"), 0);
   EXPECT_EQ(drives.currentData(), "/");
 }
 

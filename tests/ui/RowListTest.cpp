@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <stdexcept>
+
 #include <QClipboard>
 #include <QHeaderView>
 
@@ -102,6 +104,20 @@ TEST_F(RowListTest, ClearForgetsCellsOfTheNextShowing) {
   EXPECT_EQ(Column(0), QStringList({"new"}));
 }
 
+TEST_F(RowListTest, AValueThatCannotBeHadLeavesItsCellAndTheOthersAreShown) {
+  view_.AddRow({"N", "1"});
+  view_.AddRow({"A", "2"});
+  Column(0);
+  view_.SetCellsWhenShown([this] {
+    view_.SetCell(0, 1, "3");
+    throw std::runtime_error("the host's session is gone");
+  });
+  EXPECT_TRUE(RunUntil([this] { return list_.model()->index(0, 1).data().toString() == "3"; }));
+  EXPECT_EQ(Column(1), QStringList({"3", "2"}));
+  view_.SetCellsWhenShown([this] { view_.SetCell(1, 1, "4"); });
+  EXPECT_EQ(Column(1), QStringList({"3", "4"}));
+}
+
 TEST_F(RowListTest, AClickOnAHeaderSortsNumbersByValueAndAThirdGoesBackToTheListsOrder) {
   for (const char* value : {"9", "100", "-1.5"}) view_.AddRow({"x", value});
   Column(1);
@@ -163,6 +179,18 @@ TEST_F(RowListTest, AThousandValuesThatTickAreShownInOneRefresh) {
   EXPECT_EQ(refreshes, 0);
   EXPECT_EQ(Column(1).back(), "999");
   EXPECT_EQ(refreshes, 1);
+}
+
+TEST_F(RowListTest, WithoutItsWidgetTheListHoldsOnToNoValues) {
+  auto widget = std::make_unique<ui::RowList>("LVdata", "Acquired data", QStringList{"Data"});
+  ui::RowListView view(widget.get());
+  const auto items = std::make_shared<int>(0);
+  view.SetCellsWhenShown([items] {});
+  widget.reset();
+  view.Clear();
+  EXPECT_EQ(items.use_count(), 1);
+  view.SetCellsWhenShown([items] {});
+  EXPECT_EQ(items.use_count(), 1);
 }
 
 TEST_F(RowListTest, TheListMayOutliveItsWidget) {

@@ -169,6 +169,30 @@ TEST_F(TerminalTest, ASelectionSurvivesNewTextAndTheDroppingOfOldText) {
   EXPECT_EQ(box_.textCursor().selectionStart(), 10000 - 4096);
 }
 
+TEST_F(TerminalTest, ASelectionSurvivesACutThroughALineEndAndACharacterOutsideTheBasicPlane) {
+  console_.Append("a\r\xF0\x9F\x94\xA7\rKEEP");
+  view_.ShowNow();
+  EXPECT_EQ(box_.toPlainText(), QString::fromUtf8("a\n\xF0\x9F\x94\xA7\nKEEP"));
+  Select(5, 9);
+  ASSERT_EQ(Selected(), "KEEP");
+  view_.DropFirst(2);
+  EXPECT_EQ(Shown(), QString::fromUtf8("\n\xF0\x9F\x94\xA7\nKEEP"));
+  EXPECT_EQ(Selected(), "KEEP");
+  view_.DropFirst(1);
+  view_.DropFirst(2);
+  EXPECT_EQ(Shown(), "\nKEEP");
+  EXPECT_EQ(Selected(), "KEEP");
+}
+
+TEST_F(TerminalTest, ACutOfMoreThanThereIsEmptiesTheBox) {
+  console_.Line("short");
+  view_.ShowNow();
+  view_.DropFirst(1000);
+  view_.DropFirst(1000);
+  console_.Append("next");
+  EXPECT_EQ(Shown(), "next");
+}
+
 TEST_F(TerminalTest, WhatIsSelectedCanBeCopied) {
   console_.Line("copy me");
   view_.ShowNow();

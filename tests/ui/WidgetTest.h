@@ -37,6 +37,7 @@ class WidgetTest : public ::testing::Test {
     widget.show();
     widget.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&widget));
+    QCoreApplication::processEvents();
   }
   static void Click(QWidget& widget) {
     // A check box reacts to clicks on its mark and text only, which stand at its left.

@@ -39,9 +39,10 @@ InterfaceChoice CurrentChoice(const host::HostSettings& settings) {
   return choice;
 }
 
-void Choose(host::HostSettings& settings, const InterfaceChoice& choice) {
-  settings.RegSetValue("General", "CommPort", choice.port);
-  if (choice.port == kUsbPort) settings.RegSetValue("Hardware", "InstanceName", choice.serial_number);
+// Not by way of the host's settings, which say nothing of a store that cannot be written.
+void Choose(host::SettingsStore& store, const InterfaceChoice& choice) {
+  if (choice.port == kUsbPort) store.Write("QOR/Hardware/InstanceName", choice.serial_number);
+  store.Write("QOR/General/CommPort", choice.port);
 }
 
 }  // namespace korval::apps

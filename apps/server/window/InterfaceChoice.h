@@ -7,6 +7,7 @@
 #include <QString>
 
 #include "host/settings/HostSettings.h"
+#include "host/settings/SettingsStore.h"
 #include "platform/PluggedInterface.h"
 
 namespace korval::apps {
@@ -30,6 +31,7 @@ struct OfferedInterface {
 std::vector<OfferedInterface> OfferedInterfaces(const std::vector<platform::PluggedInterface>& plugged);
 
 InterfaceChoice CurrentChoice(const host::HostSettings& settings);
-void Choose(host::HostSettings& settings, const InterfaceChoice& choice);
+/// Stores the choice. Raises Failure when the store cannot be written.
+void Choose(host::SettingsStore& store, const InterfaceChoice& choice);
 
 }  // namespace korval::apps

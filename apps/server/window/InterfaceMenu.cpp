@@ -7,6 +7,8 @@
 #include <QActionGroup>
 #include <QInputDialog>
 
+#include "base/Failure.h"
+
 namespace korval::apps {
 
 InterfaceMenu::InterfaceMenu(std::shared_ptr<host::SettingsStore> store, Scan scan, QWidget* parent)
@@ -58,8 +60,12 @@ void InterfaceMenu::AskForPort() {
 }
 
 void InterfaceMenu::Store(const InterfaceChoice& choice, const QString& text) {
-  host::HostSettings settings(*store_);
-  Choose(settings, choice);
+  try {
+    Choose(*store_, choice);
+  } catch (const base::Failure& failure) {
+    emit NotStored(QString::fromStdString(failure.Description()));
+    return;
+  }
   emit Chosen(text);
 }
 

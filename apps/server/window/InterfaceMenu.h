@@ -25,6 +25,8 @@ class InterfaceMenu : public QMenu {
  signals:
   /// The choice was stored; gives what the menu calls it.
   void Chosen(const QString& text);
+  /// The choice could not be stored; gives the reason.
+  void NotStored(const QString& reason);
 
  private:
   void Rebuild();

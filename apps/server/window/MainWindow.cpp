@@ -10,6 +10,7 @@
 #include <QMessageBox>
 
 #include "base/Failure.h"
+#include "ui/MessageBoxView.h"
 
 namespace korval::apps {
 namespace {
@@ -45,6 +46,10 @@ void MainWindow::AddInterfaceMenu(const InterfaceMenu::Scan& scan) {
   connect(menu, &InterfaceMenu::Chosen, this, [this](const QString& text) {
     emit InterfaceChosen(text);
     control_->SelectDiagInterface();
+  });
+  // On the control, like the store's own message of that text: a person needs it once.
+  connect(menu, &InterfaceMenu::NotStored, this, [this](const QString& reason) {
+    ui::MessageBoxView(control_).Show(reason.toStdString(), host::MessageStyle::kExclamation);
   });
 }
 

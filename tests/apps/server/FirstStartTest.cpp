@@ -5,6 +5,7 @@
 #include <string>
 
 #include <QCheckBox>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <gmock/gmock.h>
 
@@ -73,6 +74,17 @@ TEST_F(FirstStartTest, AnInterfaceChosenInTheMenuIsTraced) {
   EXPECT_THAT(
       TraceWith("Diagnostic interface chosen"),
       HasSubstr("Diagnostic interface chosen: Simulated ECU (SIM) (from the client's next init on)\n"));
+}
+
+TEST_F(FirstStartTest, AnInterfaceThatCannotBeStoredIsNotTracedAsChosen) {
+  folder_.Write("file", "");
+  options_.settings_file = folder_.Path("file/settings.ini");
+  Start();
+  auto* menu = server_->Window().findChild<InterfaceMenu*>();
+  emit menu->aboutToShow();
+  menu->actions().first()->trigger();
+  EXPECT_NE(server_->Window().findChild<QMessageBox*>(), nullptr);
+  EXPECT_THAT(TraceWith("V1.3"), Not(HasSubstr("Diagnostic interface chosen")));
 }
 
 }  // namespace

@@ -23,6 +23,8 @@ class InterfaceMenuTest : public tests::WidgetTest {
   InterfaceMenuTest() {
     QObject::connect(&menu_, &InterfaceMenu::Chosen,
                      [this](const QString& text) { chosen_.push_back(text.toStdString()); });
+    QObject::connect(&menu_, &InterfaceMenu::NotStored,
+                     [this](const QString& reason) { not_stored_.push_back(reason.toStdString()); });
   }
 
   void Open() { emit menu_.aboutToShow(); }
@@ -52,6 +54,7 @@ class InterfaceMenuTest : public tests::WidgetTest {
   std::vector<platform::PluggedInterface> plugged_{{"/dev/ttyUSB0", "K-line & CAN adapter", "KD-1"},
                                                    {"CAN:socketcan:can0", "", ""}};
   std::vector<std::string> chosen_;
+  std::vector<std::string> not_stored_;
   QMainWindow window_;
   InterfaceMenu menu_{store_, [this] { return plugged_; }, &window_};
 };
@@ -110,6 +113,25 @@ TEST_F(InterfaceMenuTest, StoresAUsbInterfaceAsNoneAndItsSerialNumber) {
   EXPECT_EQ(Stored(kPort), "NONE");
   EXPECT_EQ(Stored(kInstance), "KD-1");
   EXPECT_THAT(chosen_, ElementsAre("USB KD-1 - K-line & CAN adapter"));
+}
+
+TEST_F(InterfaceMenuTest, AStoreThatCannotBeWrittenIsToldInsteadOfAChoice) {
+  store_->user[kPort] = "SIM";
+  store_->read_only = true;
+  Open();
+  Click("CAN:socketcan:can0");
+  EXPECT_EQ(Stored(kPort), "SIM");
+  EXPECT_THAT(chosen_, IsEmpty());
+  EXPECT_THAT(not_stored_, ElementsAre("the settings cannot be written"));
+}
+
+TEST_F(InterfaceMenuTest, ASerialNumberThatCannotBeStoredLeavesThePortToo) {
+  store_->user[kPort] = "SIM";
+  store_->refused = {kInstance};
+  Open();
+  Click("USB KD-1 - K-line && CAN adapter");
+  EXPECT_EQ(Stored(kPort), "SIM");
+  EXPECT_THAT(chosen_, IsEmpty());
 }
 
 TEST_F(InterfaceMenuTest, AnotherPortIsTypedIntoADialogThatBlocksNothing) {

@@ -92,6 +92,21 @@ TEST_F(MainWindowTest, TheServerMenuRepeatsTheToolBarAndQuits) {
   EXPECT_FALSE(window->isVisible());
 }
 
+TEST_F(MainWindowTest, AChoiceThatCannotBeStoredIsToldInABoxThatBlocksNothing) {
+  store_->read_only = true;
+  const auto window = Open();
+  bool announced = false;
+  QObject::connect(window.get(), &MainWindow::InterfaceChosen, [&] { announced = true; });
+  auto* menu = window->findChild<InterfaceMenu*>();
+  emit menu->aboutToShow();
+  menu->actions().first()->trigger();
+  EXPECT_FALSE(announced);
+  const auto* box = window->findChild<QMessageBox*>();
+  ASSERT_NE(box, nullptr);
+  EXPECT_EQ(box->text(), "the settings cannot be written");
+  EXPECT_FALSE(box->isModal());
+}
+
 TEST_F(MainWindowTest, AChosenInterfaceIsStoredAndAnnounced) {
   const auto window = Open();
   std::vector<std::string> announced;

@@ -41,5 +41,11 @@ TEST_F(OverrideSettingsTest, EndsAnOverrideWhenAnotherValueIsSaved) {
   EXPECT_EQ(settings_.Read("QOR/General/CommPort"), "COM4");
 }
 
+TEST_F(OverrideSettingsTest, AValueThatCannotBeSavedLeavesTheOverride) {
+  store_->read_only = true;
+  EXPECT_THROW(settings_.Write("QOR/General/CommPort", "COM4"), base::Failure);
+  EXPECT_EQ(settings_.Read("QOR/General/CommPort"), "SIM");
+}
+
 }  // namespace
 }  // namespace korval::host

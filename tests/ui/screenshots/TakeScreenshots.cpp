@@ -1,77 +1,115 @@
 // SPDX-License-Identifier: MIT
 // Takes pictures of the server's window: takescreenshots FOLDER ASAP3 EXAMPLES (the client program, the
-// examples' folder). Everything runs on loopback, on settings of its own, and no power request is ever sent.
+// examples' folder). A picture is only taken of what it is meant to show; exit status 1 when one is missing.
+// Everything runs on loopback, on settings and devices of its own, and no power request is ever sent.
 #include <cstdio>
 #include <functional>
+#include <stdexcept>
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QDeadlineTimer>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
+#include <QLabel>
+#include <QMessageBox>
 #include <QProcess>
 #include <QStyleFactory>
+#include <QTcpServer>
 #include <QTemporaryDir>
 
 #include "ControlAssembly.h"
 #include "PseudoTerminal.h"
-#include "host/settings/ServerSettings.h"
-#include "platform/PluggedInterface.h"
+#include "diag/PortLabel.h"
+#include "tests/support/FakePortScout.h"
 #include "ui/Pictures.h"
+#include "ui/PortLabelBox.h"
 #include "window/MainWindow.h"
 
 namespace {
 
 using namespace korval;  // NOLINT(google-build-using-namespace): a program's own file
 
-constexpr std::uint16_t kPort = 5001;
+constexpr int kPatienceMs = 30000;
+constexpr int kSettlingMs = 300;  // for layout and painting, and for the trace to catch up
+constexpr char kSimulatedEcu[] = "[QOR]\nGeneral\\CommPort=SIM\n";
 constexpr char kUnpluggedInterface[] = "[QOR]\nGeneral\\CommPort=NONE\nHardware\\InstanceName=KD-20417\n";
 
-// The server's window on settings of its own.
+void Require(bool holds, const std::string& what) {
+  if (!holds) throw std::runtime_error("not so: " + what);
+}
+
+void WaitUntil(const std::function<bool()>& done, const std::string& what) {
+  const QDeadlineTimer end(kPatienceMs);
+  while (!done()) {
+    Require(!end.hasExpired(), what);
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+  }
+}
+
+std::uint16_t FreePort() {
+  QTcpServer server;
+  Require(server.listen(QHostAddress::LocalHost), "a TCP port is free");
+  return server.serverPort();
+}
+
+// The server's window on settings and a serial line of its own, with no interface plugged in.
 class Scene {
  public:
-  explicit Scene(const char* settings = "") {
-    QFile file(folder_.filePath("user.ini"));
-    if (file.open(QIODevice::WriteOnly)) file.write(settings);
+  explicit Scene(const char* settings = kSimulatedEcu) {
+    const QString settings_file = folder_.filePath("user.ini");
+    QFile file(settings_file);
+    Require(file.open(QIODevice::WriteOnly) && file.write(settings) > 0, "the settings can be written");
     file.close();
     apps::Options options;
     options.serial_device = line_.Device();
     options.listen_address = QHostAddress(QHostAddress::LocalHost);
-    options.tcp_port = kPort;
+    options.tcp_port = FreePort();
     options.dry_run_power = true;
-    options.settings_file = folder_.filePath("user.ini").toStdString();
+    options.settings_file = settings_file.toStdString();
     options.install_record_file = folder_.filePath("machine.ini").toStdString();
     const std::string examples = QCoreApplication::arguments().at(3).toStdString();
     options.asap_folder = examples + "/asap";
     options.korv_folder = examples + "/ecu";
-    if (*settings == '\0') options.diag_port = "SIM";
     auto* control = new ui::KorvAsapServer([&](host::ControlParts views) {
       parts_ = apps::CompleteParts(options, std::move(views));
+      parts_.port_scout = std::make_shared<tests::FakePortScout>();
       return parts_;
     });
     window_ = std::make_unique<apps::MainWindow>(control, parts_.settings,
-                                                 [] { return platform::ScanInterfaces(); });
+                                                 [] { return std::vector<platform::PluggedInterface>(); });
     window_->show();
-    Run(300);
+    WaitUntil([&] { return parts_.tcp_server->CurrentState() != protocol::TcpSocket::State::kClosed; },
+              "the server listens");
   }
 
   template <typename Widget>
-  Widget* Find(const char* name) const {
-    return window_->findChild<Widget*>(QString::fromLatin1(name));
+  Widget& Find(const char* name) const {
+    auto* found = window_->findChild<Widget*>(QString::fromLatin1(name));
+    Require(found != nullptr, std::string("there is a ") + name);
+    return *found;
   }
   std::uint16_t Port() const { return parts_.tcp_server->LocalPort(); }
-
-  static void Run(int milliseconds) {
-    QElapsedTimer clock;
-    for (clock.start(); clock.elapsed() < milliseconds;)
-      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+  /// The value column of the acquired data.
+  QStringList Values() const {
+    constexpr int kValueColumn = 2;
+    const QAbstractItemModel& rows = *Find<QAbstractItemView>("LVdata").model();
+    QStringList values;
+    for (int row = 0; row < rows.rowCount(); ++row) {
+      values.append(rows.index(row, kValueColumn).data().toString());
+    }
+    return values;
   }
 
-  bool Save(const QString& path) const {
-    const bool saved = window_->grab().save(path);
-    std::printf("%s%s\n", qPrintable(path), saved ? "" : " could not be written");
-    return saved;
+  void Save(const QString& path) const {
+    const QDeadlineTimer settled(kSettlingMs);
+    WaitUntil([&] { return settled.hasExpired(); }, "time passes");
+    for (const auto* box : window_->findChildren<QMessageBox*>()) {
+      Require(!box->isVisible(), "no message box says '" + box->text().toStdString() + "'");
+    }
+    Require(window_->grab().save(path), "the picture can be written");
   }
 
  private:
@@ -81,32 +119,58 @@ class Scene {
   std::unique_ptr<apps::MainWindow> window_;
 };
 
-bool Idle(const QString& path) { return Scene().Save(path); }
-
-bool WithClient(const QString& path, const QString& client_program) {
+void Idle(const QString& path) {
   const Scene scene;
-  scene.Find<QCheckBox>("showvalue")->setChecked(true);
-  scene.Find<QAction>("OpenComm")->trigger();
+  Require(scene.Find<QLabel>("lbStatus").text() == "Status: Idle", "the session is idle");
+  scene.Save(path);
+}
+
+void WithClient(const QString& path) {
+  const Scene scene;
+  scene.Find<QCheckBox>("showvalue").setChecked(true);
+  scene.Find<QAction>("OpenComm").trigger();
   QProcess client;
+  client.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   client.setStandardOutputFile(QProcess::nullDevice());
-  client.start(client_program, {"--port", QString::number(scene.Port()), "watch", "--file", "engine.xml",
-                                "--section", "ENGINE", "--interval", "200", "Speed", "Coolant", "Throttle",
-                                "Battery", "Torque", "Lambda", "Oil", "Manifold", "Load", "Rail"});
-  Scene::Run(3000);
-  const bool saved = scene.Save(path);
+  client.start(QCoreApplication::arguments().at(2),
+               {"--port", QString::number(scene.Port()), "watch", "--file", "engine.xml", "--section",
+                "ENGINE", "--interval", "200", "Speed", "Coolant", "Throttle", "Battery", "Torque", "Lambda",
+                "Oil", "Manifold", "Load", "Rail"});
+  Require(client.waitForStarted(), "the client starts");
+  const auto wait_until = [&client](const std::function<bool()>& done, const std::string& what) {
+    WaitUntil(
+        [&] {
+          Require(client.state() == QProcess::Running, "the client stays connected");
+          return done();
+        },
+        what);
+  };
+  wait_until([&] { return scene.Values().size() == 10 && !scene.Values().contains(QString()); },
+             "the acquired data have values");
+  const QStringList first_look = scene.Values();
+  wait_until([&] { return scene.Values() != first_look; }, "values change between two looks");
+  wait_until([&] { return scene.Find<QLabel>("ConnectTime").text() > "00:00:00 "; }, "the clock counts");
+  Require(scene.Find<QLabel>("lbStatus").text() == "Status: Select File", "a file is selected");
+  Require(scene.Find<QWidget>("imgConnected").isVisible(), "the serial line is open");
+  scene.Save(path);
+  // It takes its leave of the server, which answers in the events here.
   client.terminate();
-  client.waitForFinished();
-  return saved;
+  WaitUntil([&] { return client.state() == QProcess::NotRunning; }, "the client ends");
 }
 
-bool Panel(const QString& path) {
+void Panel(const QString& path) {
   const Scene scene;
-  scene.Find<QAction>("Properties")->trigger();
-  Scene::Run(300);
-  return scene.Save(path);
+  scene.Find<QAction>("Properties").trigger();
+  Require(scene.Find<QWidget>("ConfigComPort1").isVisible(), "the settings panel is in front");
+  scene.Save(path);
 }
 
-bool RedLabel(const QString& path) { return Scene(kUnpluggedInterface).Save(path); }
+void RedLabel(const QString& path) {
+  const Scene scene(kUnpluggedInterface);
+  Require(scene.Find<ui::PortLabelBox>("lbPort").ForeColour() == diag::PortLabel::kRed,
+          "the port label is red");
+  scene.Save(path);
+}
 
 QPalette DarkPalette() {
   const QColor window(0x2B, 0x2B, 0x2B);
@@ -117,10 +181,21 @@ QPalette DarkPalette() {
   return palette;
 }
 
+bool Take(void (*picture)(const QString&), const QString& path) {
+  try {
+    picture(path);
+  } catch (const std::runtime_error& failure) {
+    std::fprintf(stderr, "takescreenshots: %s: %s\n", qPrintable(path), failure.what());
+    return false;
+  }
+  std::printf("%s\n", qPrintable(path));
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  QApplication application(argc, argv);
+  const QApplication application(argc, argv);
   if (argc != 4) {
     std::fprintf(stderr, "usage: takescreenshots FOLDER ASAP3 EXAMPLES\n");
     return 2;
@@ -128,13 +203,12 @@ int main(int argc, char** argv) {
   QApplication::setWindowIcon(ui::PictureIcon(ui::Picture::kServer));
   QApplication::setStyle(QStyleFactory::create("Fusion"));
   const QDir folder(QString::fromLocal8Bit(argv[1]));
-  const QString client = QString::fromLocal8Bit(argv[2]);
-  bool saved = Idle(folder.filePath("idle.png"));
-  saved = WithClient(folder.filePath("client.png"), client) && saved;
-  saved = Panel(folder.filePath("settings.png")) && saved;
-  saved = RedLabel(folder.filePath("port-missing.png")) && saved;
+  bool taken = Take(Idle, folder.filePath("idle.png"));
+  taken = Take(WithClient, folder.filePath("client.png")) && taken;
+  taken = Take(Panel, folder.filePath("settings.png")) && taken;
+  taken = Take(RedLabel, folder.filePath("port-missing.png")) && taken;
   QApplication::setPalette(DarkPalette());
-  saved = WithClient(folder.filePath("client-dark.png"), client) && saved;
-  saved = Panel(folder.filePath("settings-dark.png")) && saved;
-  return saved ? 0 : 1;
+  taken = Take(WithClient, folder.filePath("client-dark.png")) && taken;
+  taken = Take(Panel, folder.filePath("settings-dark.png")) && taken;
+  return taken ? 0 : 1;
 }
