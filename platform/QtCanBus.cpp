@@ -2,7 +2,7 @@
 #include "platform/QtCanBus.h"
 
 #include <algorithm>
-#include <chrono>
+#include <cerrno>
 #include <utility>
 
 #include <QCanBus>
@@ -14,8 +14,6 @@
 
 namespace korval::platform {
 namespace {
-
-constexpr std::chrono::milliseconds kStatusInterval{250};
 
 QCanBusFrame QtFrame(const ecu::CanFrame& frame) {
   const base::ByteView bytes = frame.Bytes();
@@ -61,6 +59,17 @@ std::string NameOf(const std::string& plugin, const std::string& interface) {
   return "CAN interface " + interface + " (" + plugin + ")";
 }
 
+// The plugin of socketcan does not tell when its interface goes.
+std::function<QtCanBus::State()> StateOf(const std::string& plugin, const std::string& interface) {
+  if (plugin != "socketcan") return {};
+  return [opened = SocketCanInterface::Named(interface)] { return opened.CurrentState(); };
+}
+
+// The plugins pass on the system's own words.
+bool IsQueueFull(const QString& error) {
+  return error == qt_error_string(ENOBUFS) || error == qt_error_string(EAGAIN);
+}
+
 std::unique_ptr<QCanBusDevice> OpenDevice(const std::string& plugin, const std::string& interface,
                                           std::int32_t bitrate) {
   const auto refuse = [&](const QString& why) {
@@ -73,24 +82,28 @@ std::unique_ptr<QCanBusDevice> OpenDevice(const std::string& plugin, const std::
   if (!device) refuse(error);
   Configure(*device, plugin, bitrate);
   if (!device->connectDevice()) refuse(device->errorString());
+  const auto state = StateOf(plugin, interface);
+  if (state && state() == QtCanBus::State::kGone) refuse("the interface is down");
   return device;
 }
 
 }  // namespace
 
 QtCanBus::QtCanBus(const std::string& plugin, const std::string& interface, std::int32_t bitrate)
-    : QtCanBus(OpenDevice(plugin, interface, bitrate), NameOf(plugin, interface)) {}
+    : QtCanBus(OpenDevice(plugin, interface, bitrate), NameOf(plugin, interface),
+               Watch{StateOf(plugin, interface)}) {}
 
-QtCanBus::QtCanBus(std::unique_ptr<QCanBusDevice> device, std::string name)
-    : name_(std::move(name)), events_(std::make_shared<const Events>()), device_(std::move(device)) {
+QtCanBus::QtCanBus(std::unique_ptr<QCanBusDevice> device, std::string name, Watch watch)
+    : name_(std::move(name)),
+      events_(std::make_shared<const Events>()),
+      device_(std::move(device)),
+      watch_(std::move(watch)) {
   connect(device_.get(), &QCanBusDevice::framesReceived, this, &QtCanBus::QueueReceive);
   connect(device_.get(), &QCanBusDevice::framesWritten, this, &QtCanBus::FramesWritten);
   connect(device_.get(), &QCanBusDevice::stateChanged, this, &QtCanBus::StateChanged);
-  connect(device_.get(), &QCanBusDevice::errorOccurred, this, [this](QCanBusDevice::CanBusError error) {
-    if (error == QCanBusDevice::ReadError || error == QCanBusDevice::ConnectionError) QueueLoss();
-  });
-  connect(&status_check_, &QTimer::timeout, this, &QtCanBus::CheckStatus);
-  if (device_->hasBusStatus()) status_check_.start(kStatusInterval);
+  connect(device_.get(), &QCanBusDevice::errorOccurred, this, &QtCanBus::ErrorOccurred);
+  connect(&state_check_, &QTimer::timeout, this, &QtCanBus::CheckState);
+  state_check_.start(watch_.interval);
 }
 
 QtCanBus::~QtCanBus() {
@@ -100,14 +113,30 @@ QtCanBus::~QtCanBus() {
 
 void QtCanBus::FramesWritten(qint64 count) {
   unconfirmed_ -= std::min(unconfirmed_, static_cast<std::size_t>(count));
-  const auto events = events_;  // the handler may replace them
-  if (unconfirmed_ == 0 && events->on_sent) events->on_sent();
+  for (qint64 i = 0; i < count; ++i) {
+    const auto events = events_;  // the handler may replace them
+    if (events->on_sent) events->on_sent();
+  }
 }
 
-// A virtual bus is connected only after a while.
+// A virtual bus is connected only after a while, and without a word not any more.
 void QtCanBus::StateChanged(QCanBusDevice::CanBusDeviceState state) {
+  if (state == QCanBusDevice::UnconnectedState) return QueueLoss("the connection has ended");
   if (state != QCanBusDevice::ConnectedState) return;
   for (const ecu::CanFrame& frame : std::exchange(waiting_, {})) Write(frame);
+  QMetaObject::invokeMethod(this, &QtCanBus::CheckState, Qt::QueuedConnection);
+}
+
+void QtCanBus::ErrorOccurred(QCanBusDevice::CanBusError error) {
+  if (error == QCanBusDevice::ReadError || error == QCanBusDevice::ConnectionError) {
+    QueueLoss(device_->errorString().toStdString());
+  } else if (error == QCanBusDevice::WriteError && !writing_) {
+    FrameRefused();
+  }
+}
+
+bool QtCanBus::IsReady() const {
+  return device_->state() == QCanBusDevice::ConnectedState && CurrentState() == State::kOn;
 }
 
 void QtCanBus::Send(const ecu::CanFrame& frame) {
@@ -124,9 +153,16 @@ void QtCanBus::Send(const ecu::CanFrame& frame) {
 
 void QtCanBus::Write(const ecu::CanFrame& frame) {
   ++unconfirmed_;  // the confirmation may come from inside
-  if (device_->writeFrame(QtFrame(frame))) return;
+  const bool outer = std::exchange(writing_, true);
+  const bool written = device_->writeFrame(QtFrame(frame));
+  writing_ = outer;
+  if (written) return;
+  const QString error = device_->errorString();
+  IsQueueFull(error) ? FrameRefused() : QueueLoss(error.toStdString());
+}
+
+void QtCanBus::FrameRefused() {
   unconfirmed_ -= std::min<std::size_t>(unconfirmed_, 1);
-  if (device_->state() != QCanBusDevice::ConnectedState) return QueueLoss();
   Raise(Error::kQueueFull, "a frame could not be sent: " + device_->errorString().toStdString());
 }
 
@@ -151,30 +187,46 @@ void QtCanBus::Receive() {
 
 void QtCanBus::ErrorFrameArrived(const QCanBusFrame& frame) {
   const QCanBusFrame::FrameErrors errors = frame.error();
-  if (errors.testFlag(QCanBusFrame::ControllerRestartError)) return Recover();
+  if (errors.testFlag(QCanBusFrame::ControllerRestartError)) return SayBusOff(false);
   if (errors.testFlag(QCanBusFrame::BusOffError)) {
-    Raise(Error::kBusOff, "the controller is bus off: check bit rate, wiring and termination");
+    SayBusOff(true);
   } else if (errors.testFlag(QCanBusFrame::MissingAcknowledgmentError)) {
     Raise(Error::kNoAcknowledge, "nobody acknowledges: check wiring, bit rate and the ECU's power");
   }
 }
 
-void QtCanBus::CheckStatus() {
-  const bool bus_off = device_->busStatus() == QCanBusDevice::CanBusStatus::BusOff;
+QtCanBus::State QtCanBus::CurrentState() const {
+  if (watch_.state) return watch_.state();
+  const bool bus_off = device_->hasBusStatus() ? device_->busStatus() == QCanBusDevice::CanBusStatus::BusOff
+                                               : bus_off_.value_or(false);
+  return bus_off ? State::kBusOff : State::kOn;
+}
+
+void QtCanBus::CheckState() {
+  if (device_->state() != QCanBusDevice::ConnectedState) {
+    if (connect_deadline_.hasExpired()) QueueLoss("it does not connect");
+    return;
+  }
+  const State state = CurrentState();
+  if (state == State::kGone) return QueueLoss("the interface is gone or down");
+  SayBusOff(state == State::kBusOff);
+}
+
+void QtCanBus::SayBusOff(bool bus_off) {
   if (std::exchange(bus_off_, bus_off) == bus_off) return;
   if (!bus_off) return Recover();
   Raise(Error::kBusOff, "the controller is bus off: check bit rate, wiring and termination");
 }
 
 // From inside a signal the device may not be destroyed, which is what its owner does next.
-void QtCanBus::QueueLoss() {
-  QMetaObject::invokeMethod(
-      this,
-      [this] {
-        Raise(Error::kUnplugged, "it was lost (" + device_->errorString().toStdString() +
-                                     "): check that the adapter is plugged in and its interface is up");
-      },
-      Qt::QueuedConnection);
+void QtCanBus::QueueLoss(const std::string& why) {
+  if (std::exchange(lost_, true)) return;
+  waiting_.clear();
+  const auto raise = [this, why] {
+    Raise(Error::kUnplugged,
+          "it was lost (" + why + "): check that the adapter is plugged in and its interface is up");
+  };
+  QMetaObject::invokeMethod(this, raise, Qt::QueuedConnection);
 }
 
 void QtCanBus::Raise(Error error, const std::string& text) {

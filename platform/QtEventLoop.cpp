@@ -18,27 +18,40 @@ std::chrono::milliseconds QtInterval(base::TimePoint span) {
                     milliseconds(std::numeric_limits<int>::max()));
 }
 
+base::TimePoint SteadyNow() { return std::chrono::steady_clock::now().time_since_epoch(); }
+
+// Gaps on a bus are as short as 100 us: a part of a millisecond is waited for by asking the clock in every
+// round of the loop.
 class QtTimer : public base::Timer {
  public:
-  explicit QtTimer(std::function<void()> fire) {
+  explicit QtTimer(std::function<void()> fire) : fire_(std::move(fire)) {
     timer_.setSingleShot(true);
     timer_.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&timer_, &QTimer::timeout, [fire = std::move(fire)] {
-      const std::function<void()> held = fire;  // firing may destroy the timer
-      held();
-    });
+    QObject::connect(&timer_, &QTimer::timeout, [this] { Fire(); });
   }
 
-  void Start(std::chrono::microseconds delay) override { timer_.start(QtInterval(delay)); }
+  void Start(std::chrono::microseconds delay) override {
+    const bool short_delay = delay < std::chrono::milliseconds(1);
+    not_before_ = short_delay ? SteadyNow() + delay : base::TimePoint::min();
+    timer_.start(short_delay ? std::chrono::milliseconds(0) : QtInterval(delay));
+  }
   void Stop() override { timer_.stop(); }
 
  private:
+  void Fire() {
+    if (SteadyNow() < not_before_) return timer_.start(0);
+    const std::function<void()> held = fire_;  // firing may destroy the timer
+    held();
+  }
+
+  std::function<void()> fire_;
+  base::TimePoint not_before_{};
   QTimer timer_;
 };
 
 }  // namespace
 
-base::TimePoint QtEventLoop::Now() const { return std::chrono::steady_clock::now().time_since_epoch(); }
+base::TimePoint QtEventLoop::Now() const { return SteadyNow(); }
 
 std::unique_ptr<base::Timer> QtEventLoop::CreateTimer(std::function<void()> fire) {
   return std::make_unique<QtTimer>(std::move(fire));

@@ -13,6 +13,7 @@
 
 #include "base/Failure.h"
 #include "base/SerialSettings.h"
+#include "ecu/description/ErrorNumbers.h"
 #include "platform/serial/ApplySettings.h"
 #include "platform/serial/SerialDevice.h"
 
@@ -93,8 +94,9 @@ void SerialKLineWire::SetSpeed(std::int32_t baud) {
     ApplySettings(settings, *port_);
   } catch (const base::Failure& failure) {
     port_->close();
-    throw base::Failure("serial device " + device_ + " cannot be set to " + std::to_string(baud) +
-                        " bit/s: " + failure.Description());
+    throw base::Failure(ecu::kInterfaceRefused, "serial device " + device_ + " cannot be set to " +
+                                                    std::to_string(baud) +
+                                                    " bit/s: " + failure.Description());
   }
 }
 

@@ -27,23 +27,27 @@ ecu::IsoTpParameters ParametersOf(const ecu::FunctionDescription& function,
 
 CanStation::CanStation(std::shared_ptr<base::EventLoop> loop,
                        std::shared_ptr<const ecu::EcuDescription> description, ecu::MessagingFile messaging,
-                       std::unique_ptr<ecu::CanBus> bus)
+                       ecu::SharedCanBus::Open open)
     : loop_(std::move(loop)),
       description_(std::move(description)),
       messaging_(std::move(messaging)),
-      bus_(std::move(bus)),
+      bus_(loop_, std::move(open)),
       values_(std::make_shared<ecu::SimulatedEcu>(description_, loop_->Now())),
       ecu_(loop_, values_, ParametersOf(description_->Function(), messaging_),
-           [this](const ecu::CanFrame& frame) { bus_->Send(frame); }) {
-  ecu::CanBus::Events events;
-  events.on_frame = [this](const ecu::CanFrame& frame) { ecu_.FrameArrived(frame); };
-  events.on_sent = [this] { ecu_.FramesSent(); };
-  events.on_error = [](ecu::CanBus::Error, const std::string&) {};  // the tester notices
-  events.on_recovered = [] {};
-  bus_->SetEvents(std::move(events));
+           [this](const ecu::CanFrame& frame) { bus_.Send(frame, listener_); }),
+      listener_(MakeListener()) {
+  bus_.Listen(listener_);
   for (const ecu::MessagingFile::Frame& frame : messaging_.frames) {
     if (frame.cycle.count() > 0) StartCycle(frame);
   }
+}
+
+// Trouble is for the tester to notice.
+std::shared_ptr<const ecu::SharedCanBus::Listener> CanStation::MakeListener() {
+  ecu::SharedCanBus::Listener listener;
+  listener.on_frame = [this](const ecu::CanFrame& frame) { ecu_.FrameArrived(frame); };
+  listener.on_sent = [this] { ecu_.FramesSent(); };
+  return std::make_shared<const ecu::SharedCanBus::Listener>(std::move(listener));
 }
 
 void CanStation::StartCycle(const ecu::MessagingFile::Frame& frame) {
@@ -62,7 +66,7 @@ void CanStation::SendCyclic(const ecu::MessagingFile::Frame& frame) {
   if (frame.multiplexor) {
     ecu::EncodeClamped(frame.multiplexor->item, static_cast<double>(frame.multiplexor->raw), bytes);
   }
-  bus_->Send({frame.identifier, bytes.View()});
+  bus_.Send({frame.identifier, bytes.View()}, nullptr);
 }
 
 }  // namespace korval::apps

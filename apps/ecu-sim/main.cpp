@@ -52,12 +52,13 @@ int ServeKLine(const Options& options, const Loop& loop, const Ecu& description)
 int ServeCan(const Options& options, const Loop& loop, const Ecu& description) {
   ecu::MessagingFile messaging;
   if (options.messaging_file) messaging = ecu::LoadMessagingFile(*options.messaging_file);
-  std::unique_ptr<ecu::CanBus> bus = std::make_unique<korval::platform::QtCanBus>(
-      options.can->plugin, options.can->interface, messaging.bitrate);
-  if (auto log = OpenLog(options)) {
-    bus = std::make_unique<ecu::TracedCanBus>(std::move(bus), std::move(log), options.can->interface);
-  }
-  const korval::apps::CanStation station(loop, description, std::move(messaging), std::move(bus));
+  const auto open = [can = *options.can, bitrate = messaging.bitrate,
+                     log = OpenLog(options)]() -> std::unique_ptr<ecu::CanBus> {
+    auto bus = std::make_unique<korval::platform::QtCanBus>(can.plugin, can.interface, bitrate);
+    if (!log) return bus;
+    return std::make_unique<ecu::TracedCanBus>(std::move(bus), log, can.interface);
+  };
+  const korval::apps::CanStation station(loop, description, std::move(messaging), open);
   return Serve(description->Function().ecu + " answers on CAN interface " + options.can->interface);
 }
 

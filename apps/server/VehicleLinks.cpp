@@ -59,6 +59,7 @@ void VehicleLinks::AddTo(ecu::SessionEnvironment& environment) const {
   environment.open_kline_wire = [log = log_, trace = trace_](const std::string& device) {
     return OpenKLineWire(log, trace, device);
   };
+  environment.kline_ports = kline_ports_;
   environment.on_note = trace_;
   environment.find_usb_port = [settings = settings_] { return PortOfChosenInterface(*settings); };
 }

@@ -27,6 +27,7 @@ class VehicleLinks {
   std::shared_ptr<host::SettingsStore> settings_;
   std::function<void(const std::string&)> trace_;
   std::shared_ptr<ecu::BusLog> log_;  // null: nothing is recorded
+  std::shared_ptr<ecu::KLinePorts> kline_ports_ = std::make_shared<ecu::KLinePorts>();
 };
 
 }  // namespace korval::apps

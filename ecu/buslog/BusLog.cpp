@@ -62,6 +62,7 @@ void BusLog::Rotate() {
   std::filesystem::rename(settings_.path, settings_.path + ".1", refused);
   if (refused) return GiveUp("it cannot be renamed to make room: " + refused.message());
   Open();
+  if (!file_) GiveUp("it cannot be begun anew: check the access rights of its folder");
 }
 
 void BusLog::Record(const std::string& bus, Direction direction, const CanFrame& frame) {
@@ -71,6 +72,10 @@ void BusLog::Record(const std::string& bus, Direction direction, const CanFrame&
 
 void BusLog::Record(const std::string& line, Direction direction, base::ByteView bytes) {
   Write(line, static_cast<char>(direction) + SpacedHex(bytes));
+}
+
+void BusLog::RecordLevel(const std::string& line, bool low) {
+  Write(line, std::string(1, static_cast<char>(Direction::kSent)) + (low ? " low" : " high"));
 }
 
 void BusLog::Write(const std::string& bus, const std::string& rest) {

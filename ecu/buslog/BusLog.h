@@ -3,6 +3,7 @@
 // One line a frame or a piece of K-line traffic:
 //   (1794650400.123456) can0 7E0#021A900000000000 T         candump's log format, T sent, R received
 //   (1794650400.123456) /dev/ttyUSB0 T 81 10 F1 81 03       K-line bytes in hexadecimal
+//   (1794650400.123456) /dev/ttyUSB0 T low                  the line is pulled low, or rises again (high)
 // The time is seconds since 1970 (UTC) with microseconds; 29-bit identifiers have eight digits.
 #pragma once
 
@@ -38,6 +39,7 @@ class BusLog {
 
   void Record(const std::string& bus, Direction direction, const CanFrame& frame);
   void Record(const std::string& line, Direction direction, base::ByteView bytes);
+  void RecordLevel(const std::string& line, bool low);
 
  private:
   void Open();

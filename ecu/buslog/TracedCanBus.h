@@ -29,6 +29,7 @@ class TracedCanBus : public CanBus {
     log_->Record(name_, BusLog::Direction::kSent, frame);
     bus_->Send(frame);
   }
+  bool IsReady() const override { return bus_->IsReady(); }
 
  private:
   std::shared_ptr<BusLog> log_;

@@ -25,7 +25,11 @@ class TracedKLineWire : public KLineWire {
     wire_->SetEvents(std::move(events));
   }
   void Open(std::int32_t baud) override { wire_->Open(baud); }
-  bool SetBreak(bool low) override { return wire_->SetBreak(low); }
+  bool SetBreak(bool low) override {
+    if (!wire_->SetBreak(low)) return false;
+    if (std::exchange(low_, low) != low) log_->RecordLevel(name_, low);
+    return true;
+  }
   void Write(base::ByteView bytes) override {
     log_->Record(name_, BusLog::Direction::kSent, bytes);
     wire_->Write(bytes);
@@ -36,6 +40,7 @@ class TracedKLineWire : public KLineWire {
   std::shared_ptr<BusLog> log_;
   std::string name_;
   std::unique_ptr<KLineWire> wire_;
+  bool low_ = false;
 };
 
 }  // namespace korval::ecu

@@ -20,11 +20,12 @@ class CanBus {
   };
   struct Events {
     std::function<void(const CanFrame&)> on_frame;
-    /// Every frame sent so far is on the bus.
+    /// One more frame is on the bus, in the order in which they were sent.
     std::function<void()> on_sent;
     /// What happened, in a sentence. Queue full ends by itself, an unplugged adapter not before it is opened
     /// anew; the others end with on_recovered.
     std::function<void(Error, const std::string&)> on_error;
+    /// The bus has become ready.
     std::function<void()> on_recovered;
   };
 
@@ -32,6 +33,9 @@ class CanBus {
   /// Replaces the events; they come from the event loop or from inside Send.
   virtual void SetEvents(Events events) = 0;
   virtual void Send(const CanFrame& frame) = 0;
+  /// Whether the bus takes part in the traffic. One that was just opened may still be connecting, or be bus
+  /// off as it was left; on_recovered or on_error follows.
+  virtual bool IsReady() const = 0;
 };
 
 }  // namespace korval::ecu

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ecu/can/SharedCanBus.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/Failure.h"
@@ -24,8 +25,10 @@ void SharedCanBus::Listen(const std::shared_ptr<const Listener>& listener) {
   listeners_.push_back(listener);
 }
 
-void SharedCanBus::Send(const CanFrame& frame) {
-  if (!loss_) bus_->Send(frame);
+void SharedCanBus::Send(const CanFrame& frame, const std::shared_ptr<const Listener>& sender) {
+  if (loss_) return;
+  unconfirmed_.push_back(sender);  // the confirmation may come from inside
+  bus_->Send(frame);
 }
 
 void SharedCanBus::Reopen(Open open) {
@@ -41,34 +44,51 @@ void SharedCanBus::Close() {
 
 void SharedCanBus::Attach(std::unique_ptr<CanBus> bus) {
   bus_ = std::move(bus);
+  unplugged_ = false;
+  unconfirmed_.clear();
   bus_->SetEvents({[this](const CanFrame& frame) { FrameArrived(frame); }, [this] { Sent(); },
                    [this](CanBus::Error error, const std::string& text) { Failed(error, text); },
                    [this] { Recovered(); }});
 }
 
 void SharedCanBus::TryToOpen() {
+  reopen_timer_->Stop();
   bus_.reset();
   try {
     Attach(open_());
-    loss_.reset();
   } catch (const base::Failure& failure) {
-    Failed(CanBus::Error::kUnplugged, failure.Description());
+    return Failed(CanBus::Error::kUnplugged, failure.Description());
   }
+  if (bus_->IsReady()) Recovered();
 }
 
 void SharedCanBus::FrameArrived(const CanFrame& frame) {
-  Recovered();
+  if (loss_) Recovered();
   Tell([&frame](const Listener& listener) { listener.on_frame(frame); });
 }
 
 void SharedCanBus::Sent() {
-  Recovered();
-  Tell([](const Listener& listener) { listener.on_sent(); });
+  if (loss_) Recovered();
+  if (unconfirmed_.empty()) return;  // a frame from before a loss
+  const auto sender = unconfirmed_.front().lock();
+  unconfirmed_.pop_front();
+  const auto is_senders = [&sender](const auto& other) { return other.lock() == sender; };
+  if (sender && std::none_of(unconfirmed_.begin(), unconfirmed_.end(), is_senders)) sender->on_sent();
+}
+
+void SharedCanBus::FrameDropped(const Trouble& trouble) {
+  if (unconfirmed_.empty()) return;
+  const auto sender = unconfirmed_.back().lock();
+  unconfirmed_.pop_back();
+  if (sender) sender->on_trouble(trouble);
 }
 
 void SharedCanBus::Failed(CanBus::Error error, const std::string& text) {
   const Trouble trouble{error, text};
+  if (error == CanBus::Error::kQueueFull) return FrameDropped(trouble);
   if (IsLoss(error)) {
+    unplugged_ = unplugged_ || error == CanBus::Error::kUnplugged;
+    unconfirmed_.clear();
     loss_ = trouble;
     reopen_timer_->Start(kReopenInterval);
   }
@@ -76,9 +96,10 @@ void SharedCanBus::Failed(CanBus::Error error, const std::string& text) {
 }
 
 void SharedCanBus::Recovered() {
-  if (!loss_) return;
+  if (unplugged_) return;
   loss_.reset();
   reopen_timer_->Stop();
+  Tell([](const Listener& listener) { listener.on_ready(); });
 }
 
 void SharedCanBus::Tell(const std::function<void(const Listener&)>& event) {

@@ -18,7 +18,7 @@ bool IsoTpConnection::FrameArrived(const CanFrame& frame, base::TimePoint now) {
     bytes = bytes.subspan(1);
   }
   const auto pdu = IsoTpPdu::Read(bytes, parameters_.ReceiveCapacity());
-  if (!pdu) return true;
+  if (!pdu) return false;
   if (pdu->type == IsoTpPdu::Type::kFlowControl) {
     sender_.FlowControlArrived(*pdu, now);
   } else {

@@ -27,7 +27,7 @@ class IsoTpConnection {
   /// Forgets what is under way in both directions.
   void Stop();
 
-  /// False when the frame is not this connection's.
+  /// False when the frame is not this connection's, or nothing that can be read.
   bool FrameArrived(const CanFrame& frame, base::TimePoint now);
   /// Every frame taken so far is on the bus.
   void FramesSent(base::TimePoint now);

@@ -31,6 +31,7 @@ void IsoTpEndpoint::FramesSent() {
 void IsoTpEndpoint::Stop() {
   connection_.Stop();
   timer_->Stop();
+  busy_ = false;
 }
 
 void IsoTpEndpoint::TimerFired() {
@@ -46,6 +47,7 @@ void IsoTpEndpoint::MoveOn() {
   while (const auto frame = connection_.TakeFrame(loop_->Now())) events_.send_frame(*frame);
   moving_ = false;
   SetTimer();
+  TellBusy();
   Report();
 }
 
@@ -57,7 +59,13 @@ void IsoTpEndpoint::SetTimer() {
     timer_->Start(
         std::chrono::ceil<std::chrono::microseconds>(std::max(*deadline - now, base::TimePoint(0))));
   }
-  events_.on_busy(deadline.value_or(now));
+}
+
+void IsoTpEndpoint::TellBusy() {
+  const auto deadline = connection_.Deadline();
+  if (!deadline && !busy_) return;
+  busy_ = deadline.has_value();
+  events_.on_busy(deadline.value_or(loop_->Now()));
 }
 
 void IsoTpEndpoint::Report() {

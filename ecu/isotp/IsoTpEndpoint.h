@@ -19,14 +19,14 @@ class IsoTpEndpoint {
     /// The bytes are valid during the call.
     std::function<void(base::ByteView)> on_message;
     std::function<void(const IsoTpError&)> on_error;
-    /// A message is under way, and something happens to it until then at the latest; now, when none is.
+    /// A message is under way, and something happens to it until then at the latest; now, when the last one
+    /// has ended. What is ignored raises nothing.
     std::function<void(base::TimePoint)> on_busy;
   };
 
   IsoTpEndpoint(std::shared_ptr<base::EventLoop> loop, const IsoTpParameters& parameters, Events events);
 
   const IsoTpParameters& Parameters() const { return connection_.Parameters(); }
-  bool IsSending() const { return connection_.IsSending(); }
   /// Sends a message that is not empty, in place of one that is under way.
   void Send(base::ByteView message);
   void FrameArrived(const CanFrame& frame);
@@ -39,6 +39,7 @@ class IsoTpEndpoint {
   void TimerFired();
   void MoveOn();
   void SetTimer();
+  void TellBusy();
   void Report();
 
   std::shared_ptr<base::EventLoop> loop_;
@@ -46,6 +47,7 @@ class IsoTpEndpoint {
   Events events_;
   std::unique_ptr<base::Timer> timer_;
   bool moving_ = false;
+  bool busy_ = false;  // as on_busy said
 };
 
 }  // namespace korval::ecu

@@ -19,7 +19,7 @@ IsoTpLink::IsoTpLink(const std::shared_ptr<base::EventLoop>& loop, std::shared_p
 
 IsoTpEndpoint::Events IsoTpLink::EndpointEvents() {
   IsoTpEndpoint::Events events;
-  events.send_frame = [this](const CanFrame& frame) { bus_->Send(frame); };
+  events.send_frame = [this](const CanFrame& frame) { bus_->Send(frame, listener_); };
   events.on_message = [this](base::ByteView message) { events_.on_message(message); };
   events.on_error = [this](const IsoTpError& error) {
     events_.on_failure(NumberOf(error.result), error.text);
@@ -31,19 +31,26 @@ IsoTpEndpoint::Events IsoTpLink::EndpointEvents() {
 std::shared_ptr<const SharedCanBus::Listener> IsoTpLink::MakeListener() {
   SharedCanBus::Listener listener;
   listener.on_frame = [this](const CanFrame& frame) {
-    if (connected_) endpoint_.FrameArrived(frame);
+    if (state_ == State::kConnected) endpoint_.FrameArrived(frame);
   };
   listener.on_sent = [this] {
-    if (connected_) endpoint_.FramesSent();
+    if (state_ == State::kConnected) endpoint_.FramesSent();
   };
   listener.on_trouble = [this](const SharedCanBus::Trouble& trouble) { Fail(trouble); };
+  listener.on_ready = [this] { BusReady(); };
   return std::make_shared<const SharedCanBus::Listener>(std::move(listener));
 }
 
 void IsoTpLink::Connect() {
   endpoint_.Stop();
-  connected_ = true;
+  state_ = State::kConnecting;
   if (const auto& loss = bus_->Loss()) return Fail(*loss);
+  if (bus_->IsReady()) BusReady();
+}
+
+void IsoTpLink::BusReady() {
+  if (state_ != State::kConnecting) return;
+  state_ = State::kConnected;
   events_.on_connected();
 }
 
@@ -54,13 +61,13 @@ void IsoTpLink::Send(base::ByteView message) {
 }
 
 void IsoTpLink::Close() {
-  connected_ = false;
+  state_ = State::kClosed;
   endpoint_.Stop();
 }
 
 void IsoTpLink::Fail(const SharedCanBus::Trouble& trouble) {
-  if (!connected_) return;
-  if (trouble.error == CanBus::Error::kQueueFull && !endpoint_.IsSending()) return;  // somebody else's
+  if (state_ == State::kClosed) return;
+  if (state_ == State::kConnecting) state_ = State::kClosed;
   endpoint_.Stop();
   events_.on_failure(NumberOf(trouble.error), trouble.text);
 }

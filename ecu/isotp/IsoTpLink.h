@@ -14,7 +14,7 @@ namespace korval::ecu {
 std::int32_t NumberOf(CanBus::Error error);
 
 /// Diagnostics on CAN: the messages of one ECU by ISO 15765-2 on a bus that others use too. There is nothing
-/// to initialise: the link is connected when the bus is there.
+/// to initialise: the link is connected when the bus is ready.
 class IsoTpLink : public MessageLink {
  public:
   IsoTpLink(const std::shared_ptr<base::EventLoop>& loop, std::shared_ptr<SharedCanBus> bus,
@@ -29,15 +29,18 @@ class IsoTpLink : public MessageLink {
   Milliseconds Latency() const override { return Milliseconds(0); }
 
  private:
+  enum class State { kClosed, kConnecting, kConnected };
+
   IsoTpEndpoint::Events EndpointEvents();
   std::shared_ptr<const SharedCanBus::Listener> MakeListener();
+  void BusReady();
   void Fail(const SharedCanBus::Trouble& trouble);
 
   std::shared_ptr<SharedCanBus> bus_;
   Events events_;
   IsoTpEndpoint endpoint_;
   std::shared_ptr<const SharedCanBus::Listener> listener_;
-  bool connected_ = false;
+  State state_ = State::kClosed;
 };
 
 }  // namespace korval::ecu

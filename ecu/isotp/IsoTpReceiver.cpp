@@ -28,11 +28,7 @@ void IsoTpReceiver::Begin(const IsoTpPdu& pdu, base::TimePoint now) {
   length_ = pdu.length;
   bytes_ = base::ByteBuffer(pdu.data);
   sequence_ = 1;
-  if (length_ > parameters_.longest_message) {
-    Fail(IsoTpResult::kTooLong, "at most " + std::to_string(parameters_.longest_message) + " are taken");
-    return Answer(FlowStatus::kOverflow, now);
-  }
-  Answer(FlowStatus::kContinue, now);
+  Answer(length_ > parameters_.longest_message ? FlowStatus::kOverflow : FlowStatus::kContinue, now);
 }
 
 void IsoTpReceiver::Answer(FlowStatus status, base::TimePoint now) {
@@ -44,7 +40,7 @@ void IsoTpReceiver::Answer(FlowStatus status, base::TimePoint now) {
 std::optional<IsoTpPduBytes> IsoTpReceiver::TakeFrame(base::TimePoint now) {
   if (state_ != State::kFlowControlDue || now < deadline_) return std::nullopt;
   if (status_ == FlowStatus::kOverflow) {
-    state_ = State::kIdle;
+    Fail(IsoTpResult::kTooLong, "at most " + std::to_string(parameters_.longest_message) + " are taken");
   } else {
     state_ = State::kFlowControlOut;
     block_left_ = parameters_.block_size;

@@ -15,6 +15,8 @@ class EchoFilter {
 
   explicit EchoFilter(Echo echo) : echo_(echo) {}
 
+  /// The line was pulled low, of which a receiver makes bytes 00: they may come in front of the echo.
+  void LineWasLow() { behind_low_ = true; }
   /// These bytes are being sent.
   void Expect(base::ByteView sent);
   /// Appends to `rest` what is no echo. False: something else came in place of the echo.
@@ -30,6 +32,7 @@ class EchoFilter {
   Echo echo_;
   base::ByteBuffer sent_;
   std::size_t matched_ = 0;
+  bool behind_low_ = false;
 };
 
 }  // namespace korval::ecu

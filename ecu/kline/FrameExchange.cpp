@@ -38,7 +38,10 @@ void FrameExchange::Start(base::ByteView message, HeaderForm form, const KLineTi
 
 base::ByteView FrameExchange::TakeBytes(base::TimePoint now) {
   const base::ByteView bytes = sender_.Take(now);
-  if (!bytes.empty() && sender_.IsDone()) answer_deadline_ = sender_.End() + byte_time_ + timing_.p2_max;
+  if (!bytes.empty() && sender_.IsDone()) {
+    answer_deadline_ = sender_.End() + byte_time_ + timing_.p2_max;
+    last_deadline_ = sender_.End() + timing_.pending_cap;
+  }
   return bytes;
 }
 
@@ -92,7 +95,7 @@ void FrameExchange::FrameArrived(base::TimePoint now) {
   if (!BelongsToRequest(message)) {
     foreign_message_ = true;
   } else if (IsPending(message)) {
-    answer_deadline_ = now + timing_.p2_star + byte_time_;
+    answer_deadline_ = std::min(now + timing_.p2_star + byte_time_, last_deadline_);
   } else {
     outcome_ = Outcome::kAnswered;
   }

@@ -67,6 +67,7 @@ class FrameExchange {
   Outcome outcome_ = Outcome::kSilent;
   std::uint8_t service_ = 0;
   base::TimePoint answer_deadline_{};
+  base::TimePoint last_deadline_{};  // however often the ECU asks for time
   base::TimePoint last_byte_{};
   bool frame_in_time_ = false;  // the frame being read began before the deadline
   bool hunting_ = false;        // nothing is a frame before the next silence

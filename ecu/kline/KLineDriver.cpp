@@ -15,6 +15,7 @@ KLineDriver::KLineDriver(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<
     : loop_(std::move(loop)),
       line_(std::move(line)),
       baud_(function.baud),
+      has_start_(function.init != FunctionDescription::Init::kNone),
       longest_turn_(function.timing.Value(&Timing::pending_cap)),
       tester_(function),
       timer_(loop_->CreateTimer([this] { TimerFired(); })) {}
@@ -32,9 +33,13 @@ void KLineDriver::Send(base::ByteView message) {
 void KLineDriver::Close() {
   if (!std::exchange(listening_, false)) return;
   timer_->Stop();
-  if (tester_.IsConnected() && !tester_.IsBusy()) return Claim(Task::kStop);
+  if (tester_.IsConnected()) return Claim(Task::kStop);
   tester_.Abandon();
   line_->Release(this, tester_.QuietSince());
+}
+
+base::TimePoint KLineDriver::LongestSilence() const {
+  return has_start_ ? tester_.ActiveTiming().p3_max : base::TimePoint::max();
 }
 
 void KLineDriver::Claim(Task task) {
@@ -48,7 +53,8 @@ void KLineDriver::Granted() {
   try {
     line_->Prepare(baud_);
   } catch (const base::Failure& failure) {
-    return Lost(failure.Description());
+    return GiveUp(failure.Number() == kInterfaceRefused ? kInterfaceRefused : kLinkLost,
+                  failure.Description());
   }
   if (task_ == Task::kConnect) tester_.Connect(now, line_->QuietSince(), line_->SetBreak(false));
   if (task_ == Task::kSend) tester_.Send(message_.View(), now, line_->QuietSince());
@@ -68,12 +74,14 @@ void KLineDriver::TimerFired() {
   MoveOn();
 }
 
-void KLineDriver::Lost(const std::string& why) {
+void KLineDriver::Lost(const std::string& why) { GiveUp(kLinkLost, why); }
+
+void KLineDriver::GiveUp(std::int32_t number, const std::string& why) {
   const auto self = shared_from_this();
   timer_->Stop();
   tester_.Abandon();
   line_->Release(this, tester_.QuietSince());
-  if (listening_) events_.on_failure(kLinkLost, why);
+  if (listening_) events_.on_failure(number, why);
 }
 
 // A wire may return an echo from inside Write.

@@ -23,8 +23,10 @@ class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineD
   void SetEvents(MessageLink::Events events) { events_ = std::move(events); }
   void Connect();
   void Send(base::ByteView message);
-  /// No event comes afterwards until the next Connect.
+  /// Ends the communication. No event comes afterwards until the next Connect.
   void Close();
+  /// How long the ECU bears silence.
+  base::TimePoint LongestSilence() const;
 
   void Granted() override;
   void BytesArrived(base::ByteView bytes) override;
@@ -34,6 +36,7 @@ class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineD
   enum class Task { kConnect, kSend, kStop };
 
   void Claim(Task task);
+  void GiveUp(std::int32_t number, const std::string& why);
   void TimerFired();
   void MoveOn();
   void Perform(const KLineTester::Action& action);
@@ -43,6 +46,7 @@ class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineD
   std::shared_ptr<base::EventLoop> loop_;
   std::shared_ptr<SharedKLine> line_;
   std::int32_t baud_;
+  bool has_start_;                // of the communication, so that silence ends it
   base::TimePoint longest_turn_;  // of another user
   KLineTester tester_;
   MessageLink::Events events_;

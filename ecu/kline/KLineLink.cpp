@@ -23,4 +23,6 @@ void KLineLink::Send(base::ByteView message) { driver_->Send(message); }
 
 void KLineLink::Close() { driver_->Close(); }
 
+base::TimePoint KLineLink::LongestSilence() const { return driver_->LongestSilence(); }
+
 }  // namespace korval::ecu

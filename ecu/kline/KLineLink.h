@@ -28,6 +28,7 @@ class KLineLink : public MessageLink {
   void Close() override;
   /// Everything about time is told by on_busy.
   Milliseconds Latency() const override { return Milliseconds(0); }
+  base::TimePoint LongestSilence() const override;
 
  private:
   std::shared_ptr<KLineDriver> driver_;

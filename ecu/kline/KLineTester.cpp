@@ -20,6 +20,7 @@ constexpr std::uint8_t kTimesToGiven = 0x03;
 constexpr std::size_t kBitsPerByte = 10;  // with start and stop bit
 constexpr std::size_t kMostHeard = 32;
 constexpr HeaderForm kStartForm{true, false};
+constexpr char kNoEcho[] = "no echo: check cable and ignition";
 
 template <typename Item>
 std::optional<Item> TakeFirst(std::deque<Item>& items) {
@@ -73,7 +74,7 @@ void KLineTester::Send(base::ByteView message, base::TimePoint now, base::TimePo
 }
 
 void KLineTester::Stop(base::TimePoint now, base::TimePoint quiet_since) {
-  const bool was_connected = connected_ && !IsBusy();
+  const bool was_connected = connected_;
   Abandon();
   if (!was_connected || function_.init == FunctionDescription::Init::kNone) return;
   message_ = {kStopCommunication};
@@ -162,6 +163,7 @@ void KLineTester::Wake(base::TimePoint now) {
   while (const auto low = wake_up_->TakeLevel(now)) {
     actions_.push_back({*low ? Action::Kind::kPullLow : Action::Kind::kLetRise, {}});
   }
+  if (has_break_) echo_.LineWasLow();
   if (!wake_up_->IsDone(now)) return;
   quiet_since_ = now;
   if (fast) {
@@ -180,7 +182,7 @@ void KLineTester::ShakeHands(base::TimePoint now) {
   }
   handshake_->TimeElapsed(now);
   if (handshake_->CurrentState() == SlowHandshake::State::kFailed) {
-    Fail(kNoAnswer, "no " + handshake_->MissingStep());
+    Fail(kNoAnswer, echo_.IsMissing() ? kNoEcho : "no " + handshake_->MissingStep());
   } else if (handshake_->CurrentState() == SlowHandshake::State::kDone) {
     Started(handshake_->FirstKeyByte(), handshake_->SecondKeyByte());
   }
@@ -210,7 +212,7 @@ void KLineTester::Write(base::ByteView bytes, base::TimePoint until) {
 void KLineTester::Deliver() {
   for (base::ByteBuffer& message : exchange_.TakeMessages()) {
     if (purpose_ == Purpose::kRequest) {
-      ChangeTiming(message.View());
+      TakeNote(message.View());
       events_.push_back({Event::Kind::kMessage, std::move(message)});
     } else if (purpose_ == Purpose::kInitialisation &&
                exchange_.CurrentOutcome() == FrameExchange::Outcome::kAnswered) {
@@ -227,7 +229,7 @@ void KLineTester::FinishExchange() {
       if (purpose_ == Purpose::kInitialisation) TakeAnswer(message_.View());
       break;
     case FrameExchange::Outcome::kNoEcho:
-      Fail(kNoAnswer, "no echo: check cable and ignition");
+      Fail(kNoAnswer, kNoEcho);
       break;
     case FrameExchange::Outcome::kDisturbed:
       Fail(kNoAnswer, "the echo is not what was sent: another tester is on the line");
@@ -269,6 +271,12 @@ void KLineTester::Started(std::uint8_t first_key_byte, std::uint8_t second_key_b
   phase_ = Phase::kIdle;
   connected_ = true;
   events_.push_back({Event::Kind::kConnected, {}});
+}
+
+// What the services of the K-line itself change.
+void KLineTester::TakeNote(base::ByteView answer) {
+  if (answer[0] == kStopCommunication + kPositiveOffset) connected_ = false;
+  ChangeTiming(answer);
 }
 
 void KLineTester::ChangeTiming(base::ByteView answer) {

@@ -47,7 +47,8 @@ class KLineTester {
   /// Sends a message, once the line has been silent for P3. Raises kValueRefused as an event for one that
   /// the ECU cannot take.
   void Send(base::ByteView message, base::TimePoint now, base::TimePoint quiet_since);
-  /// Ends the communication with stopCommunication, if it stands. No event comes of it.
+  /// Ends the communication with stopCommunication, if it stands; a request under way is given up. No event
+  /// comes of it.
   void Stop(base::TimePoint now, base::TimePoint quiet_since);
   /// Forgets everything that is under way, and the communication.
   void Abandon();
@@ -80,6 +81,7 @@ class KLineTester {
   void Write(base::ByteView bytes, base::TimePoint until);
 
   void Deliver();
+  void TakeNote(base::ByteView answer);
   void FinishExchange();
   void TakeAnswer(base::ByteView message);
   void Started(std::uint8_t first_key_byte, std::uint8_t second_key_byte);

@@ -11,6 +11,7 @@ using std::chrono::microseconds;
 constexpr std::size_t kAgreedBytes = 5;
 constexpr microseconds kHalfMillisecond{500};
 constexpr Milliseconds kP2Step{25};
+constexpr Milliseconds kP3Step{250};
 constexpr unsigned kLongSteps = 0xF0;
 constexpr unsigned kNoLimit = 0xFF;
 constexpr int kStepsInALongOne = 256;
@@ -24,11 +25,17 @@ base::TimePoint P2Max(unsigned byte, base::TimePoint no_limit) {
   return std::max(byte, 1U) * kP2Step;
 }
 
+base::TimePoint P3Max(unsigned byte) {
+  return byte == kNoLimit ? base::TimePoint::max() : std::max(byte, 1U) * kP3Step;
+}
+
 }  // namespace
 
 KLineTiming KLineTiming::Of(const Timing& timing, const KeyBytes& key_bytes) {
-  KLineTiming times{timing.Value(&Timing::p1),      timing.Value(&Timing::p2_min), timing.Value(&Timing::p2),
-                    timing.Value(&Timing::p2_star), timing.Value(&Timing::p3),     timing.Value(&Timing::p4)};
+  KLineTiming times{timing.Value(&Timing::p1),          timing.Value(&Timing::p2_min),
+                    timing.Value(&Timing::p2),          timing.Value(&Timing::p2_star),
+                    timing.Value(&Timing::pending_cap), timing.Value(&Timing::p3),
+                    timing.Value(&Timing::p3_max),      timing.Value(&Timing::p4)};
   if (!key_bytes.HasExtendedTimes()) return times;
   if (!timing.p2) times.p2_max = kExtendedP2Max;
   if (!timing.p3) times.p3_min = kExtendedP3Min;
@@ -40,6 +47,7 @@ void KLineTiming::Change(base::ByteView agreed) {
   p2_min = agreed[0] * kHalfMillisecond;
   p2_max = P2Max(agreed[1], p2_star);
   p3_min = agreed[2] * kHalfMillisecond;
+  p3_max = P3Max(agreed[3]);
   p4_min = agreed[4] * kHalfMillisecond;
 }
 

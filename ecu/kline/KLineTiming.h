@@ -14,15 +14,17 @@ struct KLineTiming {
   static KLineTiming Of(const Timing& timing, const KeyBytes& key_bytes);
 
   /// Takes over the five bytes of accessTimingParameters (83 03): P2min in 0.5 ms, P2max in 25 ms (above F0:
-  /// the low digit in 6.4 s, FF: no limit), P3min in 0.5 ms, P3max in 250 ms, P4min in 0.5 ms. Anything but
-  /// five bytes changes nothing.
+  /// the low digit in 6.4 s, FF: no limit), P3min in 0.5 ms, P3max in 250 ms (FF: no limit), P4min in 0.5 ms.
+  /// Anything but five bytes changes nothing.
   void Change(base::ByteView agreed);
 
   base::TimePoint p1_max;
   base::TimePoint p2_min;
   base::TimePoint p2_max;
   base::TimePoint p2_star;
+  base::TimePoint pending_cap;
   base::TimePoint p3_min;
+  base::TimePoint p3_max;
   base::TimePoint p4_min;
 };
 

@@ -25,7 +25,8 @@ class KLineWire {
   /// Replaces the events; they come from the event loop or from inside an operation.
   virtual void SetEvents(Events events) = 0;
   /// Opens the line at so many bit/s; one that is open is set to that speed. Raises Failure that says why not
-  /// and what to do.
+  /// and what to do; it has the number 1002 when the line is there and refuses the speed. The line is closed
+  /// then.
   virtual void Open(std::int32_t baud) = 0;
   /// Pulls the line low, or lets it rise. False: this line cannot be pulled low.
   virtual bool SetBreak(bool low) = 0;

@@ -18,12 +18,17 @@ SharedKLine::SharedKLine(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<
     : loop_(std::move(loop)), wire_(std::move(wire)), quiet_since_(loop_->Now()) {
   wire_->SetEvents(
       {[this](base::ByteView bytes) { BytesArrived(bytes); }, [this](const std::string& why) { Lost(why); }});
-  Prepare(kUsualBaud);
+  RequireOpen();
+}
+
+void SharedKLine::RequireOpen() {
+  if (baud_ == 0) Prepare(kUsualBaud);
 }
 
 void SharedKLine::Prepare(std::int32_t baud) {
   if (closed_) throw base::Failure("the line was closed");
   if (baud == baud_) return;
+  baud_ = 0;  // a wire that refuses is closed
   wire_->Open(baud);
   baud_ = baud;
 }

@@ -26,7 +26,7 @@ class KLineUser {
 
 /// One opened K-line, which one user at a time talks on. It owns those who wait for it or have it. An adapter
 /// that was lost is opened anew when somebody wants to talk.
-class SharedKLine {
+class SharedKLine : public std::enable_shared_from_this<SharedKLine> {
  public:
   /// Raises what opening the wire raises.
   SharedKLine(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<KLineWire> wire);
@@ -44,7 +44,9 @@ class SharedKLine {
   /// When the line was last busy.
   base::TimePoint QuietSince() const { return quiet_since_; }
 
-  /// For the owner. Sets the speed, and opens the line when it was lost: raises what that raises.
+  /// Opens the line when it was lost: raises what that raises.
+  void RequireOpen();
+  /// For the owner. As RequireOpen, at that speed.
   void Prepare(std::int32_t baud);
   /// False: this line cannot be pulled low.
   bool SetBreak(bool low) { return wire_->SetBreak(low); }
@@ -60,7 +62,7 @@ class SharedKLine {
 
   std::shared_ptr<base::EventLoop> loop_;
   std::unique_ptr<KLineWire> wire_;
-  std::int32_t baud_ = 0;  // 0: lost or closed
+  std::int32_t baud_ = 0;  // 0: not open
   bool closed_ = false;
   base::TimePoint quiet_since_;
   std::vector<std::weak_ptr<KLineUser>> users_;

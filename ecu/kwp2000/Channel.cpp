@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::uint8_t kStartDiagnosticSession = 0x10;
 constexpr std::uint8_t kTesterPresent = 0x3E;
+constexpr std::uint8_t kStopCommunication = 0x82;
 // A 5-baud initialisation with the longest times there are, and the silence in front of it.
 constexpr std::chrono::minutes kConnectWait{6};
 
@@ -25,9 +26,9 @@ ExchangeTiming TimingOf(const Timing& timing, std::chrono::microseconds latency)
 
 // After these nothing is known of the ECU's state: it has to be initialised anew.
 bool IsLinkLost(std::int32_t number) {
-  static constexpr std::array kNumbers{kLinkLost,           kCanNetworkError,
-                                       kNoAnswer,           kInitialisationRefused,
-                                       kCommunicationEnded, kTesterPresentUnanswered};
+  static constexpr std::array kNumbers{
+      kLinkLost,           kInterfaceRefused,       kCanNetworkError, kNoAnswer, kInitialisationRefused,
+      kCommunicationEnded, kTesterPresentUnanswered};
   return std::find(kNumbers.begin(), kNumbers.end(), number) != kNumbers.end();
 }
 
@@ -59,9 +60,9 @@ Channel::~Channel() { link_->Close(); }
 void Channel::Connect() {
   const auto self = shared_from_this();
   RequireOpen();
-  if (state_ == State::kConnected) return;
-  if (state_ == State::kDisconnected) BeginConnect();
-  WaitUntil([this] { return state_ != State::kConnecting; });
+  if (IsConnected()) return;
+  if (state_ != State::kConnecting) BeginConnect();
+  if (!Await([this] { return state_ != State::kConnecting; })) GiveUpConnecting();
   if (state_ != State::kConnected) {
     throw base::Failure(connect_failure_ ? *connect_failure_
                                          : errors_->MakeFailure(kInitialisationRefused, function_.ecu));
@@ -72,9 +73,7 @@ void Channel::Reconnect() {
   const auto self = shared_from_this();
   RequireOpen();
   WaitUntil([this] { return !current_ && state_ != State::kConnecting; });
-  link_->Close();
   state_ = State::kDisconnected;
-  tester_present_lost_ = false;
   Connect();
 }
 
@@ -116,7 +115,6 @@ std::shared_ptr<Channel::Pending> Channel::Start(base::ByteView request,
                                         {},
                                         false});
   current_ = pending;
-  last_exchange_ = now;
   try {
     link_->Send(request);
   } catch (const base::Failure& failure) {
@@ -138,9 +136,13 @@ void Channel::Finish() {
   const auto pending = std::exchange(current_, nullptr);
   pending->done = true;
   if (answer_timer_) answer_timer_->Stop();
-  if (const auto failure = Outcome(*pending); failure && IsLinkLost(failure->Number())) {
-    if (state_ == State::kConnected) state_ = State::kDisconnected;
-  }
+  last_exchange_ = loop_->Now();
+  const auto failure = Outcome(*pending);
+  const bool has_ended =
+      failure ? IsLinkLost(failure->Number()) : pending->exchange.Service() == kStopCommunication;
+  if (has_ended && state_ == State::kConnected) state_ = State::kDisconnected;
+  // The silence that the ECU bears changes with accessTimingParameters.
+  if (state_ == State::kConnected && keep_alive_ != KeepAliveSilence()) StartKeepAlive();
   if (pending->on_done) pending->on_done(*pending);
 }
 
@@ -154,6 +156,10 @@ std::optional<base::Failure> Channel::Outcome(const Pending& pending) const {
       return errors_->MakeFailure(kNegativeAnswer,
                                   NegativeAnswerText(exchange.Service(), exchange.Answer().At(2)));
     case Exchange::State::kForeign:
+      if (exchange.Answer().At(0) == kStopCommunication + kPositiveOffset) {
+        return errors_->MakeFailure(kCommunicationEnded,
+                                    ServiceName(exchange.Service()) + " was answered with stopCommunication");
+      }
       return errors_->MakeFailure(kForeignAnswer, ServiceName(exchange.Service()) + " was answered with " +
                                                       exchange.Answer().ToHex());
     case Exchange::State::kSilent:
@@ -168,6 +174,7 @@ std::optional<base::Failure> Channel::Outcome(const Pending& pending) const {
 void Channel::BeginConnect() {
   state_ = State::kConnecting;
   connect_failure_.reset();
+  tester_present_lost_ = false;
   link_->Connect();
 }
 
@@ -187,10 +194,15 @@ void Channel::StartSession() {
 void Channel::EndConnect(std::optional<base::Failure> failure) {
   connect_failure_ = std::move(failure);
   state_ = connect_failure_ ? State::kDisconnected : State::kConnected;
-  if (connect_failure_ || function_.keep_alive.count() == 0) return;
+  if (connect_failure_) return;
   last_exchange_ = loop_->Now();
-  if (!keep_alive_timer_) keep_alive_timer_ = loop_->CreateTimer([this] { KeepAlive(); });
-  keep_alive_timer_->Start(function_.keep_alive);
+  StartKeepAlive();
+}
+
+void Channel::GiveUpConnecting() {
+  current_.reset();
+  link_->Close();
+  EndConnect(errors_->MakeFailure(kNoAnswer, function_.ecu + " does not come to an end of its start"));
 }
 
 void Channel::LinkFailed(std::int32_t number, const std::string& detail) {
@@ -213,36 +225,49 @@ void Channel::TimerFired() {
   Settle();
 }
 
+// P3max has gone by since the last exchange.
+bool Channel::HasLapsed() const {
+  return !current_ && loop_->Now() - last_exchange_ > link_->LongestSilence();
+}
+
+// Well before the ECU has waited long enough.
+base::TimePoint Channel::KeepAliveSilence() const {
+  return std::min<base::TimePoint>(function_.keep_alive, link_->LongestSilence() / 2);
+}
+
+void Channel::StartKeepAlive() {
+  keep_alive_ = KeepAliveSilence();
+  if (function_.keep_alive.count() == 0) return;
+  if (!keep_alive_timer_) keep_alive_timer_ = loop_->CreateTimer([this] { KeepAlive(); });
+  keep_alive_timer_->Start(DelayUntil(keep_alive_, base::TimePoint::zero()));
+}
+
 // The timer is not started anew by every exchange, which would cost more than the exchange: when it fires it
 // looks how long the silence has been.
 void Channel::KeepAlive() {
-  if (state_ != State::kConnected) return;
+  if (!IsConnected()) return;
   const base::TimePoint now = loop_->Now();
-  const base::TimePoint due = last_exchange_ + function_.keep_alive;
-  if (current_ || now < due) {
-    keep_alive_timer_->Start(current_ ? function_.keep_alive : DelayUntil(due, now));
-    return;
-  }
-  keep_alive_timer_->Start(function_.keep_alive);
+  const base::TimePoint due = current_ ? now + keep_alive_ : last_exchange_ + keep_alive_;
+  if (now < due) return keep_alive_timer_->Start(DelayUntil(due, now));
+  StartKeepAlive();
   Start(std::array{kTesterPresent}, [this](Pending& pending) {
-    // A negative answer shows as well that the ECU is there.
-    if (pending.failure || pending.exchange.CurrentState() == Exchange::State::kSilent) {
-      tester_present_lost_ = true;
-      state_ = State::kDisconnected;
-    }
+    // Any answer shows that the ECU is there, and what is wrong with the link the next request will say.
+    const auto failure = Outcome(pending);
+    tester_present_lost_ = failure && failure->Number() == kNoAnswer;
   });
 }
 
 // Every exchange and every start of the communication ends by its own deadline, well within this one.
-void Channel::WaitUntil(const std::function<bool()>& done) {
-  if (!done()) {
-    const base::TimePoint deadline =
-        loop_->Now() + 2 * (function_.timing.Value(&Timing::pending_cap) + link_->Latency()) + kConnectWait;
-    if (!loop_->RunUntil(deadline, [&] { return closed_ || done(); })) {
-      throw errors_->MakeFailure(kNoAnswer, function_.ecu + " is kept busy by other requests");
-    }
-  }
+bool Channel::Await(const std::function<bool()>& done) {
+  const base::TimePoint deadline =
+      loop_->Now() + 2 * (function_.timing.Value(&Timing::pending_cap) + link_->Latency()) + kConnectWait;
+  const bool is_done = done() || loop_->RunUntil(deadline, [&] { return closed_ || done(); });
   RequireOpen();
+  return is_done;
+}
+
+void Channel::WaitUntil(const std::function<bool()>& done) {
+  if (!Await(done)) throw errors_->MakeFailure(kNoAnswer, function_.ecu + " is kept busy by other requests");
 }
 
 void Channel::RequireOpen() const {

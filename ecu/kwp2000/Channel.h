@@ -28,7 +28,7 @@ class Channel : public std::enable_shared_from_this<Channel> {
   Channel(const Channel&) = delete;
   Channel& operator=(const Channel&) = delete;
 
-  bool IsConnected() const { return state_ == State::kConnected; }
+  bool IsConnected() const { return state_ == State::kConnected && !HasLapsed(); }
   bool IsClosed() const { return closed_; }
 
   /// Starts the communication and the function's diagnostic session; does nothing when that stands. Raises
@@ -39,7 +39,8 @@ class Channel : public std::enable_shared_from_this<Channel> {
 
   /// Sends `request` (not empty) once no other exchange is under way, connecting first when need be, and
   /// waits for its answer. Raises 2001 for a negative answer, which is in `answer` too, 2000, 2003, the
-  /// link's own failure, 2046 once after an unanswered tester present, or 1000 when closed meanwhile.
+  /// link's own failure, 2045 when the ECU ends the communication instead, 2046 once after an unanswered
+  /// tester present, or 1000 when closed meanwhile.
   void Request(base::ByteView request, base::ByteBuffer& answer);
 
   /// Ends the communication for good: waits that are under way end with Failure 1000.
@@ -63,11 +64,16 @@ class Channel : public std::enable_shared_from_this<Channel> {
   void BeginConnect();
   void StartSession();
   void EndConnect(std::optional<base::Failure> failure);
+  void GiveUpConnecting();
 
   void LinkFailed(std::int32_t number, const std::string& detail);
   void TimerFired();
+  base::TimePoint KeepAliveSilence() const;
+  void StartKeepAlive();
   void KeepAlive();
+  bool HasLapsed() const;
 
+  bool Await(const std::function<bool()>& done);
   void WaitUntil(const std::function<bool()>& done);
   void RequireOpen() const;
 
@@ -80,7 +86,8 @@ class Channel : public std::enable_shared_from_this<Channel> {
   std::shared_ptr<Pending> current_;
   std::optional<base::Failure> connect_failure_;
   bool tester_present_lost_ = false;
-  base::TimePoint last_exchange_{};
+  base::TimePoint last_exchange_{};  // its end
+  base::TimePoint keep_alive_{};     // tester present after this much silence
   std::unique_ptr<base::Timer> answer_timer_;
   std::unique_ptr<base::Timer> keep_alive_timer_;
 };

@@ -31,7 +31,7 @@ class MessageLink {
 
   virtual ~MessageLink() = default;
   virtual void SetEvents(Events events) = 0;
-  /// Starts the communication with the ECU; ends with on_connected or on_failure.
+  /// Starts the communication with the ECU, anew if it stands; ends with on_connected or on_failure.
   virtual void Connect() = 0;
   /// Sends a message; the bytes are valid during the call.
   virtual void Send(base::ByteView message) = 0;
@@ -39,6 +39,8 @@ class MessageLink {
   virtual void Close() = 0;
   /// What the link adds to the time in which the ECU answers.
   virtual Milliseconds Latency() const = 0;
+  /// The communication has ended by itself when there was no exchange for longer than this (P3max).
+  virtual base::TimePoint LongestSilence() const { return base::TimePoint::max(); }
 };
 
 }  // namespace korval::ecu

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ecu/session/CanInterface.h"
 
+#include <optional>
 #include <utility>
 
 #include "ecu/description/ErrorNumbers.h"
@@ -51,7 +52,11 @@ void CanInterface::SendFrame(std::int32_t identifier, base::ByteView data) {
         kValueRefused, "a CAN identifier has at most 29 bits, " + std::to_string(identifier) + " has more");
   }
   if (const auto& loss = bus_->Loss()) throw errors_->MakeFailure(NumberOf(loss->error), loss->text);
-  bus_->Send(CanFrame(sent, data));
+  std::optional<SharedCanBus::Trouble> trouble;
+  SharedCanBus::Listener sender;
+  sender.on_trouble = [&trouble](const SharedCanBus::Trouble& raised) { trouble = raised; };
+  bus_->Send(CanFrame(sent, data), std::make_shared<const SharedCanBus::Listener>(std::move(sender)));
+  if (trouble) throw errors_->MakeFailure(NumberOf(trouble->error), trouble->text);
 }
 
 void CanInterface::UseMessaging(const std::shared_ptr<const MessagingFile>& messaging) {
@@ -60,7 +65,8 @@ void CanInterface::UseMessaging(const std::shared_ptr<const MessagingFile>& mess
 }
 
 void CanInterface::HearFrames(const std::function<void(const CanFrame&)>& on_frame) {
-  SharedCanBus::Listener listener{on_frame, [] {}, [](const SharedCanBus::Trouble&) {}};
+  SharedCanBus::Listener listener;
+  listener.on_frame = on_frame;
   listener_ = std::make_shared<const SharedCanBus::Listener>(std::move(listener));
   bus_->Listen(listener_);
 }

@@ -26,7 +26,7 @@ class CanInterface : public DiagnosticInterface {
   /// Raises 1002 when neither the ECU file nor the messaging file knows the function's identifiers.
   std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) override;
   /// `identifier` above 7FF hex, or with its most significant bit set, has 29 bits. Raises 2012 for one that
-  /// cannot exist, 1000 or 1015 when the bus is lost.
+  /// cannot exist, 1000 or 1015 when the bus is lost or takes no more frames.
   void SendFrame(std::int32_t identifier, base::ByteView data) override;
   /// Opens the bus anew when its bit rate is another.
   void UseMessaging(const std::shared_ptr<const MessagingFile>& messaging) override;

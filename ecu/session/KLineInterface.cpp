@@ -15,14 +15,8 @@ constexpr std::chrono::seconds kLongestFarewell{1};
 }  // namespace
 
 KLineInterface::KLineInterface(std::shared_ptr<base::EventLoop> loop, std::string port,
-                               std::unique_ptr<KLineWire> wire, std::shared_ptr<const ErrorTable> errors)
-    : loop_(std::move(loop)), port_(std::move(port)), errors_(std::move(errors)) {
-  try {
-    line_ = std::make_shared<SharedKLine>(loop_, std::move(wire));
-  } catch (const base::Failure& failure) {
-    throw errors_->MakeFailure(kInterfaceRefused, port_ + ": " + failure.Description());
-  }
-}
+                               std::shared_ptr<SharedKLine> line, std::shared_ptr<const ErrorTable> errors)
+    : loop_(std::move(loop)), port_(std::move(port)), errors_(std::move(errors)), line_(std::move(line)) {}
 
 std::unique_ptr<MessageLink> KLineInterface::LinkTo(std::shared_ptr<const EcuDescription> ecu) {
   const FunctionDescription& function = ecu->Function();
@@ -30,7 +24,7 @@ std::unique_ptr<MessageLink> KLineInterface::LinkTo(std::shared_ptr<const EcuDes
     throw errors_->MakeFailure(kInterfaceRefused, function.name + " is diagnosed on CAN, and " + port_ +
                                                       " is a K-line; choose a CAN port");
   }
-  return std::make_unique<KLineLink>(loop_, line_, function);
+  return std::make_unique<KLineLink>(loop_, line_->shared_from_this(), function);
 }
 
 void KLineInterface::SendFrame(std::int32_t /*identifier*/, base::ByteView /*data*/) {

@@ -14,12 +14,9 @@ namespace korval::ecu {
 /// A serial port: one K-line for any number of ECU functions.
 class KLineInterface : public DiagnosticInterface {
  public:
-  /// Raises 1002 when the line cannot be opened.
-  KLineInterface(std::shared_ptr<base::EventLoop> loop, std::string port, std::unique_ptr<KLineWire> wire,
+  /// `line` as KLinePorts gives it.
+  KLineInterface(std::shared_ptr<base::EventLoop> loop, std::string port, std::shared_ptr<SharedKLine> line,
                  std::shared_ptr<const ErrorTable> errors);
-  ~KLineInterface() override { line_->Close(); }
-  KLineInterface(const KLineInterface&) = delete;
-  KLineInterface& operator=(const KLineInterface&) = delete;
 
   /// Raises 1002 for a function that is diagnosed on CAN.
   std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) override;

@@ -12,7 +12,11 @@ LinkHost::LinkHost(SessionEnvironment environment)
     : environment_(std::move(environment)), port_(environment_.port) {}
 
 void LinkHost::Open(const std::string& port) {
+  const unsigned change = changes_ + 1;
   Close();
+  if (changes_ != change) {
+    throw errors_->MakeFailure(kLinkLost, "the session was opened or closed anew before " + port + " was");
+  }
   port_ = port;
   if (port.empty() && std::exchange(was_open_, false)) return;
   interface_ = OpenInterface(port, environment_, errors_, messaging_);
@@ -28,6 +32,7 @@ void LinkHost::Close() {
 }
 
 std::unique_ptr<DiagnosticInterface> LinkHost::EndChannels() {
+  ++changes_;
   const auto channels = std::exchange(channels_, {});
   auto interface = std::exchange(interface_, nullptr);
   frames_->Forget();

@@ -23,8 +23,8 @@ class LinkHost {
   explicit LinkHost(SessionEnvironment environment);
 
   const std::string& Port() const { return port_; }
-  /// Leaves the interface in use and opens the one on `port`. Raises 1001 or 1002; "" raises nothing when
-  /// it ends an interface that was in use.
+  /// Leaves the interface in use and opens the one on `port`. Raises 1001 or 1002, or 1000 when an event
+  /// inside the leaving opens or closes another; "" raises nothing when it ends an interface that was in use.
   void Open(const std::string& port);
   /// Ends every channel, and with them the waits that are under way; runs events for a moment, so that the
   /// ECUs hear of it.
@@ -57,6 +57,7 @@ class LinkHost {
   std::shared_ptr<CyclicFrames> frames_ = std::make_shared<CyclicFrames>();
   std::shared_ptr<const MessagingFile> messaging_ = std::make_shared<const MessagingFile>();
   bool was_open_ = false;
+  unsigned changes_ = 0;  // of what is open
   std::unique_ptr<DiagnosticInterface> interface_;
   std::vector<std::weak_ptr<Channel>> channels_;
 };

@@ -25,7 +25,13 @@ std::unique_ptr<DiagnosticInterface> OpenKLine(const std::string& port, const Se
         kInterfaceRefused,
         port + ": this program has no K-line support; choose the port SIM, the simulated ECU");
   }
-  return std::make_unique<KLineInterface>(environment.loop, port, environment.open_kline_wire(port), errors);
+  const auto open = [&] { return environment.open_kline_wire(port); };
+  try {
+    auto line = environment.kline_ports->Open(environment.loop, port, open);
+    return std::make_unique<KLineInterface>(environment.loop, port, std::move(line), errors);
+  } catch (const base::Failure& failure) {
+    throw errors->MakeFailure(kInterfaceRefused, port + ": " + failure.Description());
+  }
 }
 
 std::string UsbPort(const SessionEnvironment& environment, const ErrorTable& errors) {

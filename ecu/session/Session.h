@@ -24,8 +24,9 @@ class Session : public viator3::Session {
   Session& operator=(const Session&) = delete;
 
   std::string Port() const override { return host_->Port(); }
-  void SetPort(const std::string& port) override { host_->Open(port); }
-  void Close() override { host_->Close(); }
+  /// These two run events, inside which the session may go.
+  void SetPort(const std::string& port) override { std::shared_ptr(host_)->Open(port); }
+  void Close() override { std::shared_ptr(host_)->Close(); }
   void SetLanguage(const std::string& language) override;
   void SetErrorsFile(const std::string& path) override;
   void OfferEcuFile(const std::string& path, base::XmlDocument document) override;

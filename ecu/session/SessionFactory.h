@@ -11,6 +11,7 @@
 #include "base/EventLoop.h"
 #include "diag/viator3.h"
 #include "ecu/can/CanBus.h"
+#include "ecu/kline/KLinePorts.h"
 #include "ecu/kline/KLineWire.h"
 
 namespace korval::ecu {
@@ -33,6 +34,9 @@ struct SessionEnvironment {
   /// The adapter on a serial device ("/dev/ttyUSB0", "COM3"), not open yet. May be empty: then no K-line port
   /// can be opened.
   std::function<std::unique_ptr<KLineWire>(const std::string& device)> open_kline_wire = {};
+  /// The K-lines in use. A program gives all its sessions the same, so that one can begin on a port while
+  /// the one before still takes its leave.
+  std::shared_ptr<KLinePorts> kline_ports = std::make_shared<KLinePorts>();
   /// The port of the USB interface chosen by its serial number, for the port NONE; "" while it is not plugged
   /// in. May be empty: then the port NONE cannot be opened.
   std::function<std::string()> find_usb_port = {};

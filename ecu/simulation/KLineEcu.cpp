@@ -32,6 +32,8 @@ constexpr Milliseconds kBeforeSecondKey{1};
 constexpr Milliseconds kBeforeAddress{25};
 // P4max: a longer silence ends a request.
 constexpr Milliseconds kLongestGap{20};
+// More requests than these nobody sends before the first is answered.
+constexpr std::size_t kMostOutgoing = 16;
 
 std::uint8_t Inverted(std::uint8_t byte) { return static_cast<std::uint8_t>(~byte); }
 
@@ -65,7 +67,8 @@ void KLineEcu::BytesArrived(base::ByteView bytes) {
   const base::TimePoint silence = now - last_byte_;
   last_byte_ = now;
   if (silence > kLongestGap) reader_.Reset();
-  if (silence > function_.timing.Value(&Timing::p3_max)) state_ = State::kAsleep;
+  if (now - last_talk_ > timing_.p3_max) state_ = State::kAsleep;
+  last_talk_ = now;
   for (const std::uint8_t byte : bytes) ByteArrived(byte, now);
 }
 
@@ -174,6 +177,7 @@ base::ByteBuffer KLineEcu::Framed(base::ByteView message) const {
 }
 
 void KLineEcu::SendAt(base::TimePoint due, base::ByteBuffer bytes) {
+  if (outgoing_.size() == kMostOutgoing) return;
   outgoing_.push_back({due, std::move(bytes)});
   SendDue();
 }
@@ -183,6 +187,7 @@ void KLineEcu::SendDue() {
   while (!outgoing_.empty() && outgoing_.front().due <= now) {
     const base::ByteBuffer bytes = std::move(outgoing_.front().bytes);
     outgoing_.pop_front();
+    last_talk_ = now;
     write_(bytes.View());
   }
   if (outgoing_.empty()) return timer_->Stop();

@@ -65,6 +65,7 @@ class KLineEcu {
   FrameReader reader_;
   HeaderForm form_;  // of the last request
   base::TimePoint last_byte_{};
+  base::TimePoint last_talk_{};  // in either direction
   std::deque<Outgoing> outgoing_;
   std::unique_ptr<base::Timer> timer_;
 };

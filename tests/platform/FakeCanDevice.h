@@ -14,8 +14,8 @@ class FakeCanDevice : public QCanBusDevice {
   FakeCanDevice() { setState(ConnectedState); }
 
   bool writeFrame(const QCanBusFrame& frame) override {
-    if (refuse) {
-      setError(QStringLiteral("no buffer space"), WriteError);
+    if (refusal != 0) {
+      setError(qt_error_string(refusal), WriteError);
       return false;
     }
     written.append(frame);
@@ -33,7 +33,7 @@ class FakeCanDevice : public QCanBusDevice {
   void Fail(CanBusError error) { setError(QStringLiteral("network is down"), error); }
   void ChangeState(CanBusDeviceState state) { setState(state); }
 
-  bool refuse = false;
+  int refusal = 0;  ///< error number of the system; 0: frames are written
   QVector<QCanBusFrame> written;
 
  protected:

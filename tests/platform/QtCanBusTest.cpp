@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <array>
+#include <cerrno>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,7 +28,16 @@ const CanFrame kFrame({0x123, true}, std::array<std::uint8_t, 2>{0xAB, 0xCD});
 
 class QtCanBusTest : public QtTest {
  protected:
-  QtCanBusTest() {
+  QtCanBusTest() { Open({{}, std::chrono::hours(1), std::chrono::hours(1)}); }
+
+  /// A bus that looks after its adapter as often as it can.
+  void OpenWatched(std::function<QtCanBus::State()> state) {
+    Open({std::move(state), std::chrono::milliseconds(0), std::chrono::milliseconds(0)});
+  }
+  void Open(QtCanBus::Watch watch) {
+    device = new FakeCanDevice;
+    bus = std::make_unique<QtCanBus>(std::unique_ptr<QCanBusDevice>(device), "CAN interface can0 (fake)",
+                                     std::move(watch));
     CanBus::Events events;
     events.on_frame = [this](const CanFrame& frame) { frames.push_back(frame); };
     events.on_sent = [this] { ++sent; };
@@ -35,11 +46,11 @@ class QtCanBusTest : public QtTest {
       error_text = text;
     };
     events.on_recovered = [this] { ++recovered; };
-    bus.SetEvents(std::move(events));
+    bus->SetEvents(std::move(events));
   }
 
-  FakeCanDevice* device = new FakeCanDevice;
-  QtCanBus bus{std::unique_ptr<QCanBusDevice>(device), "CAN interface can0 (fake)"};
+  FakeCanDevice* device = nullptr;  // the bus owns it
+  std::unique_ptr<QtCanBus> bus;
   std::vector<CanFrame> frames;
   std::vector<CanBus::Error> errors;
   std::string error_text;
@@ -48,7 +59,7 @@ class QtCanBusTest : public QtTest {
 };
 
 TEST_F(QtCanBusTest, FramesKeepIdentifierFormatAndBytes) {
-  bus.Send(kFrame);
+  bus->Send(kFrame);
   ASSERT_THAT(device->written, SizeIs(1));
   EXPECT_EQ(device->written[0].frameId(), 0x123U);
   EXPECT_TRUE(device->written[0].hasExtendedFrameFormat());
@@ -59,21 +70,68 @@ TEST_F(QtCanBusTest, FramesKeepIdentifierFormatAndBytes) {
   EXPECT_THAT(frames, ElementsAre(CanFrame({0x7E8, false}, std::array<std::uint8_t, 1>{1})));
 }
 
-TEST_F(QtCanBusTest, SentIsSaidWhenEveryFrameIs) {
-  bus.Send(kFrame);
-  bus.Send(kFrame);
-  device->Confirm(1);
-  EXPECT_EQ(sent, 0);
+TEST_F(QtCanBusTest, SentIsSaidOfEachFrame) {
+  bus->Send(kFrame);
+  bus->Send(kFrame);
+  bus->Send(kFrame);
   device->Confirm(1);
   EXPECT_EQ(sent, 1);
+  device->Confirm(2);
+  EXPECT_EQ(sent, 3);
 }
 
 TEST_F(QtCanBusTest, FramesWaitForTheConnection) {
   device->ChangeState(QCanBusDevice::ConnectingState);
-  bus.Send(kFrame);
+  bus->Send(kFrame);
+  EXPECT_FALSE(bus->IsReady());
   EXPECT_THAT(device->written, IsEmpty());
   device->ChangeState(QCanBusDevice::ConnectedState);
   EXPECT_THAT(device->written, SizeIs(1));
+  EXPECT_TRUE(bus->IsReady());
+  EXPECT_EQ(recovered, 0) << "from inside the device's signal";
+  RunQueuedEvents();
+  EXPECT_EQ(recovered, 1);
+}
+
+TEST_F(QtCanBusTest, ConnectionThatNeverComesAboutIsALossAndItsFramesGo) {
+  OpenWatched({});
+  device->ChangeState(QCanBusDevice::ConnectingState);
+  bus->Send(kFrame);
+  ASSERT_TRUE(RunUntil([&] { return !errors.empty(); }));
+  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kUnplugged));
+  EXPECT_THAT(error_text, HasSubstr("it does not connect"));
+  device->ChangeState(QCanBusDevice::ConnectedState);
+  EXPECT_THAT(device->written, IsEmpty());
+}
+
+TEST_F(QtCanBusTest, ConnectionThatEndsWithoutAnErrorIsALoss) {
+  device->ChangeState(QCanBusDevice::UnconnectedState);
+  RunQueuedEvents();
+  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kUnplugged));
+}
+
+TEST_F(QtCanBusTest, InterfaceThatGoesIsALossForWhoeverOnlyListens) {
+  QtCanBus::State state = QtCanBus::State::kOn;
+  OpenWatched([&state] { return state; });
+  ASSERT_TRUE(RunUntil([&] { return recovered > 0; }));
+  state = QtCanBus::State::kGone;
+  ASSERT_TRUE(RunUntil([&] { return !errors.empty(); }));
+  RunQueuedEvents();
+  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kUnplugged)) << "once";
+  EXPECT_THAT(error_text, HasSubstr("gone or down"));
+}
+
+TEST_F(QtCanBusTest, BusThatIsOffWhenItIsOpenedIsNotReadyUntilTheControllerReturns) {
+  QtCanBus::State state = QtCanBus::State::kBusOff;
+  OpenWatched([&state] { return state; });
+  EXPECT_FALSE(bus->IsReady());
+  ASSERT_TRUE(RunUntil([&] { return !errors.empty(); }));
+  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kBusOff));
+  EXPECT_EQ(recovered, 0);
+  state = QtCanBus::State::kOn;
+  EXPECT_TRUE(bus->IsReady());
+  ASSERT_TRUE(RunUntil([&] { return recovered > 0; }));
+  EXPECT_THAT(errors, SizeIs(1));
 }
 
 TEST_F(QtCanBusTest, HandlerThatWaitsHidesNoFrame) {
@@ -85,7 +143,7 @@ TEST_F(QtCanBusTest, HandlerThatWaitsHidesNoFrame) {
     device->Receive({QCanBusFrame(2, {}), QCanBusFrame(3, {})});
     inner = RunUntil([&] { return frames.size() == 3; });
   };
-  bus.SetEvents(std::move(events));
+  bus->SetEvents(std::move(events));
   device->Receive({QCanBusFrame(1, {})});
   ASSERT_TRUE(RunUntil([&] { return frames.size() == 3; }));
   EXPECT_TRUE(inner);
@@ -124,19 +182,40 @@ TEST_F(QtCanBusTest, LostAdapterIsSaidFromTheEventLoop) {
   EXPECT_THAT(error_text, HasSubstr("network is down"));
 }
 
-TEST_F(QtCanBusTest, FrameThatTheDriverRefusesIsAFullQueue) {
-  device->refuse = true;
-  bus.Send(kFrame);
-  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kQueueFull));
-  EXPECT_THAT(error_text, HasSubstr("no buffer space"));
-  device->refuse = false;
-  bus.Send(kFrame);
+TEST_F(QtCanBusTest, FrameThatTheDriverHasNoRoomForIsAFullQueue) {
+  for (const int refusal : {ENOBUFS, EAGAIN}) {
+    device->refusal = refusal;
+    bus->Send(kFrame);
+    EXPECT_THAT(errors, ElementsAre(CanBus::Error::kQueueFull)) << refusal;
+    EXPECT_THAT(error_text, HasSubstr(qt_error_string(refusal).toStdString()));
+    errors.clear();
+  }
+  device->refusal = 0;
+  bus->Send(kFrame);
   device->Confirm(1);
   EXPECT_EQ(sent, 1);
 }
 
+TEST_F(QtCanBusTest, FrameThatIsRefusedForAnotherReasonMeansThatTheAdapterIsLost) {
+  device->refusal = ENXIO;
+  bus->Send(kFrame);
+  bus->Send(kFrame);
+  EXPECT_THAT(errors, IsEmpty());
+  RunQueuedEvents();
+  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kUnplugged)) << "once";
+  EXPECT_THAT(error_text, HasSubstr(qt_error_string(ENXIO).toStdString()));
+}
+
+TEST_F(QtCanBusTest, FrameThatAnAdapterDropsLaterIsNotWaitedFor) {
+  bus->Send(kFrame);
+  device->Fail(QCanBusDevice::WriteError);
+  EXPECT_THAT(errors, ElementsAre(CanBus::Error::kQueueFull));
+  for (std::size_t i = 0; i < QtCanBus::kTransmitLimit; ++i) bus->Send(kFrame);
+  EXPECT_THAT(errors, SizeIs(1));
+}
+
 TEST_F(QtCanBusTest, FramesThatNobodyTakesFillTheQueueUpToItsLimit) {
-  for (std::size_t i = 0; i <= QtCanBus::kTransmitLimit; ++i) bus.Send(kFrame);
+  for (std::size_t i = 0; i <= QtCanBus::kTransmitLimit; ++i) bus->Send(kFrame);
   EXPECT_THAT(device->written, SizeIs(QtCanBus::kTransmitLimit));
   EXPECT_THAT(errors, ElementsAre(CanBus::Error::kQueueFull));
 }

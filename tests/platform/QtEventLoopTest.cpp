@@ -37,6 +37,31 @@ TEST_F(QtEventLoopTest, FiresATimerOnceAndNotBeforeItsDelay) {
   EXPECT_GE(fired_at - start, microseconds(1500));
 }
 
+// Rounded up to a whole millisecond it would never be the first one.
+TEST_F(QtEventLoopTest, FiresATimerOfAPartOfAMillisecondBeforeAnEarlierOneOfAWhole) {
+  bool long_fired = false;
+  bool short_was_first = false;
+  const auto long_timer = loop_.CreateTimer([&] { long_fired = true; });
+  const auto short_timer = loop_.CreateTimer([&] { short_was_first = short_was_first || !long_fired; });
+  // A machine that is busy may hold up a round.
+  for (int round = 0; round < 100 && !short_was_first; ++round) {
+    long_fired = false;
+    long_timer->Start(milliseconds(1));
+    short_timer->Start(microseconds(100));
+    ASSERT_TRUE(RunUntil([&] { return long_fired; }));
+  }
+  EXPECT_TRUE(short_was_first);
+}
+
+TEST_F(QtEventLoopTest, FiresATimerOfAPartOfAMillisecondNotBeforeItsDelay) {
+  base::TimePoint fired_at{0};
+  const auto timer = loop_.CreateTimer([&] { fired_at = loop_.Now(); });
+  const base::TimePoint start = loop_.Now();
+  timer->Start(microseconds(700));
+  EXPECT_TRUE(RunUntil([&] { return fired_at.count() != 0; }));
+  EXPECT_GE(fired_at - start, microseconds(700));
+}
+
 TEST_F(QtEventLoopTest, StartsARunningTimerAnew) {
   int fired = 0;
   const auto timer = loop_.CreateTimer([&] { ++fired; });

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The same session over every kind of link: inside the server, on a K-line and on a CAN bus.
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -49,14 +50,16 @@ class WireSessionTest : public ServerBench {
     return {"CAN", "CAN:" + bus, {"--can", bus}};
   }
 
-  void StartOn(const Wire& wire, const Options& more = {}) {
+  void StartEcu(const Wire& wire) {
     ecu_.reset();
-    if (!wire.ecu.empty()) {
-      Options options{"--ecu", folder_.Path("korv/wire_ecu.xml")};
-      options.insert(options.end(), wire.ecu.begin(), wire.ecu.end());
-      ecu_ = std::make_unique<ServerProcess>(options, folder_.Path("home"), KORVAL_ECU_SIM);
-      ecu_->WaitFor("Engine control answers on");
-    }
+    if (wire.ecu.empty()) return;
+    Options options{"--ecu", folder_.Path("korv/wire_ecu.xml")};
+    options.insert(options.end(), wire.ecu.begin(), wire.ecu.end());
+    ecu_ = std::make_unique<ServerProcess>(options, folder_.Path("home"), KORVAL_ECU_SIM);
+    ecu_->WaitFor("Engine control answers on");
+  }
+  void StartOn(const Wire& wire, const Options& more = {}) {
+    StartEcu(wire);
     Options options{"--diag-port", wire.port};
     options.insert(options.end(), more.begin(), more.end());
     Start(options);
@@ -75,6 +78,12 @@ class WireSessionTest : public ServerBench {
     std::vector<std::string> answers;
     for (const std::string& request : Script()) answers.push_back(Hex(client.Ask(request)));
     return answers;
+  }
+
+  std::string BusTrace() const {
+    std::ostringstream written;
+    written << std::ifstream(folder_.Path("bus.log")).rdbuf();
+    return written.str();
   }
 
   static std::vector<std::string> Script() {
@@ -124,11 +133,63 @@ TEST_F(WireSessionTest, AnEcuThatLeavesAndReturnsGivesValuesAgain) {
     client.Ask(Request(kGetOnlineValue));
     server_->WaitFor("GetOnlineValue : Reinit Ecu Engine control");
     ecu_->Resume();
-    std::string again;
-    for (int cycle = 0; cycle < 2; ++cycle) again = Hex(client.Ask(Request(kGetOnlineValue)));
-    EXPECT_EQ(again, with_ecu) << wire.name;
+    EXPECT_EQ(Hex(client.Ask(Request(kGetOnlineValue))), with_ecu) << wire.name;
     StopOn(wire);
   }
+}
+
+TEST_F(WireSessionTest, ACablePulledAndPutBackGivesValuesAgain) {
+  StartOn(KLine());
+  const RawClient client = Connect();
+  OpenPair(client, "wire");
+  Succeed(client, AcquisitionRequest(1, {"TMOT"}));
+  for (int time = 0; time < 3; ++time) {
+    const std::string with_cable = Hex(client.Ask(Request(kGetOnlineValue)));
+    EXPECT_EQ(with_cable, Hex(Reply(kGetOnlineValue, kSuccess, Word(1) + Real(90))));
+    EXPECT_EQ(ecu_->Stop(SIGTERM), 0);
+    EXPECT_FALSE(std::filesystem::exists(KLine().port)) << "the device is gone";
+    EXPECT_NE(Hex(client.Ask(Request(kGetOnlineValue))), with_cable);
+    server_->WaitFor("GetOnlineValue : Reinit Ecu Engine control");
+    StartEcu(KLine());
+  }
+  EXPECT_EQ(Hex(client.Ask(Request(kGetOnlineValue))),
+            Hex(Reply(kGetOnlineValue, kSuccess, Word(1) + Real(90))));
+  StopOn(KLine());
+}
+
+TEST_F(WireSessionTest, AClientThatLeavesWithoutExitAndComesBackAtOnceIsServed) {
+  StartOn(KLine());
+  for (int visit = 0; visit < 5; ++visit) {
+    const RawClient client = Connect();
+    const std::string init = client.AskUntilFree(Request(kInit));
+    ASSERT_EQ(StatusOf(init), kSuccess) << visit << ": " << ErrorTextOf(init);
+    OpenPair(client, "wire");
+    Succeed(client, GetRequest(1, "TMOT"));
+  }
+  StopOn(KLine());
+}
+
+TEST_F(WireSessionTest, AFrameDuringAKLineExchangeIsAnsweredAtOnce) {
+  WritePair(
+      "wire",
+      EcuFile(R"(Name="ENGINE" Ecu="Engine control" P2Ms="60000")", kEngineRequests, kWireSimulation, 50000),
+      kEngineData);
+  StartOn(KLine(), {"--bus-trace", folder_.Path("bus.log")});
+  const RawClient client = Connect();
+  Identify(client);
+  client.Send(SelectRequest("wire.xml", "MAP"));
+  // The answer to startCommunication ends with C3; the request behind it is the one that waits.
+  WaitUntil([this] {
+    const std::string trace = BusTrace();
+    const std::size_t started = trace.find(" C3\n");
+    return started != std::string::npos && trace.find(" T ", started) != std::string::npos;
+  });
+  EXPECT_EQ(Hex(client.Ask(HarmlessRequest())), Hex(kGlobalError));
+  const RawClient second = Connect();
+  EXPECT_EQ(Hex(second.Ask(HarmlessRequest())), Hex(kGlobalError));
+  const std::string trace = BusTrace();
+  EXPECT_EQ(trace.find(" R ", trace.rfind(" T ")), std::string::npos) << "the ECU has answered: " << trace;
+  StopOn(KLine());
 }
 
 TEST_F(WireSessionTest, AForeignToolSeesTheFramesOnTheBus) {
@@ -150,9 +211,7 @@ TEST_F(WireSessionTest, TheBusTraceHoldsBothDirections) {
   OpenPair(client, "wire");
   Succeed(client, GetRequest(1, "TMOT"));
   StopOn(Can());
-  std::ostringstream written;
-  written << std::ifstream(folder_.Path("bus.log")).rdbuf();
-  EXPECT_THAT(written.str(),
+  EXPECT_THAT(BusTrace(),
               AllOf(HasSubstr("can0 7E0#0221015555555555 T\n"), HasSubstr("can0 7E8#0661010C80820255 R\n")));
 }
 

@@ -6,10 +6,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "base/Failure.h"
 #include "ecu/buslog/BusLog.h"
 #include "ecu/buslog/TracedCanBus.h"
+#include "ecu/buslog/TracedKLineWire.h"
 #include "tests/support/TempFolder.h"
 
 namespace korval::ecu {
@@ -95,9 +97,66 @@ TEST_F(BusLogTest, AFullDiskEndsTheRecordWithOneSentence) {
   EXPECT_THAT(troubles_, ElementsAre("Bus trace /dev/full has ended: is the disk full?"));
 }
 
+// No file can be opened, whoever runs the test.
+class NoMoreFiles {
+ public:
+  NoMoreFiles() {
+    ::getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit none{0, before_.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+  }
+  ~NoMoreFiles() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+  NoMoreFiles(const NoMoreFiles&) = delete;
+  NoMoreFiles& operator=(const NoMoreFiles&) = delete;
+
+ private:
+  rlimit before_{};
+};
+
+TEST_F(BusLogTest, AFileThatCannotBeBegunAnewEndsTheRecordWithOneSentence) {
+  BusLog log(Settings(40));
+  log.Record("can0", BusLog::Direction::kSent, Frame(1, false, ""));
+  {
+    const NoMoreFiles no_more_files;
+    for (int i = 0; i < 3; ++i) log.Record("can0", BusLog::Direction::kSent, Frame(2, false, ""));
+  }
+  EXPECT_THAT(troubles_, ElementsAre("Bus trace " + Path() +
+                                     " has ended: it cannot be begun anew: check the access rights of its "
+                                     "folder"));
+}
+
+class SilentWire : public KLineWire {
+ public:
+  explicit SilentWire(bool has_break) : has_break_(has_break) {}
+  void SetEvents(Events /*events*/) override {}
+  void Open(std::int32_t /*baud*/) override {}
+  bool SetBreak(bool /*low*/) override { return has_break_; }
+  void Write(base::ByteView /*bytes*/) override {}
+  void Close() override {}
+
+ private:
+  bool has_break_;
+};
+
+TEST_F(BusLogTest, ATracedKLineRecordsItsLevels) {
+  TracedKLineWire line(std::make_unique<SilentWire>(true), std::make_shared<BusLog>(Settings()), "ttyUSB0");
+  for (const bool low : {false, true, false}) EXPECT_TRUE(line.SetBreak(low));
+  line.Write(ByteBuffer{0x81}.View());
+  EXPECT_EQ(Written(),
+            "(1794650400.000042) ttyUSB0 T low\n(1794650400.000042) ttyUSB0 T high\n"
+            "(1794650400.000042) ttyUSB0 T 81\n");
+}
+
+TEST_F(BusLogTest, ATracedKLineWithoutABreakRecordsNoLevels) {
+  TracedKLineWire line(std::make_unique<SilentWire>(false), std::make_shared<BusLog>(Settings()), "ttyUSB0");
+  for (const bool low : {false, true, false}) EXPECT_FALSE(line.SetBreak(low));
+  EXPECT_EQ(Written(), "");
+}
+
 class LoopedBus : public CanBus {
  public:
   void SetEvents(Events events) override { events_ = std::move(events); }
+  bool IsReady() const override { return true; }
   void Send(const CanFrame& frame) override { events_.on_frame(frame); }
 
  private:

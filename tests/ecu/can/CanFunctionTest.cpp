@@ -163,6 +163,9 @@ TEST_F(CanFunctionTest, SingleFramesGoOutOnTheBus) {
 TEST_F(CanFunctionTest, SingleFramesThatCannotGoOutSayWhy) {
   EXPECT_EQ(SendFrames("<x><i>536870912</i><s><d>00</d></s></x>"), 2012);
   EXPECT_THAT(bench.description, HasSubstr("29 bits"));
+  bench.bus.RefuseNext(1);
+  EXPECT_EQ(SendFrames("<x><i>1</i><s><d>00</d></s></x>"), 1015);
+  EXPECT_THAT(bench.description, HasSubstr("queue full"));
   bench.bus.Unplug();
   EXPECT_EQ(SendFrames("<x><i>1</i><s><d>00</d></s></x>"), 1000);
   EXPECT_THAT(bench.description, HasSubstr("unplugged"));

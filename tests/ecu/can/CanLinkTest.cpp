@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Diagnostics on CAN from the session down to the frames, on a bus in model time.
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <string>
 
@@ -148,6 +150,40 @@ TEST(CanLinkTest, BusOffIs1015UntilTheControllerIsBack) {
   EXPECT_EQ(bench.bus.opened, opened);
 }
 
+TEST(CanLinkTest, BusOffIs1015AllTheTimeHoweverOftenTheAdapterIsOpened) {
+  CanBench bench;
+  bench.bus.RaiseError(CanBus::Error::kBusOff);
+  bench.bus.SetNotReady();
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(bench.Send("2101"), "1015");
+    bench.loop->Advance(milliseconds(100));
+  }
+  EXPECT_THAT(bench.bus.log, testing::IsEmpty());
+  bench.bus.RaiseRecovered();
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+}
+
+TEST(CanLinkTest, AdapterThatIsStillConnectingIsWaitedFor) {
+  CanBench bench;
+  bench.bus.SetNotReady();
+  bench.session->SetPort("CAN:model:can0");
+  bench.loop->At(milliseconds(500), [&] { bench.bus.RaiseRecovered(); });
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  EXPECT_GT(bench.bus.times.front(), milliseconds(500));
+}
+
+TEST(CanLinkTest, AdapterThatNeverConnectsIs1000) {
+  CanBench bench;
+  bench.bus.SetNotReady();
+  bench.session->SetPort("CAN:model:can0");
+  bench.loop->At(seconds(2), [&] { bench.bus.Unplug(); });
+  EXPECT_EQ(bench.Send("2101"), "1000");
+  EXPECT_EQ(bench.loop->Now(), seconds(2));
+  EXPECT_EQ(bench.Send("2101"), "1000");
+  EXPECT_EQ(bench.loop->Now(), seconds(2)) << "a loss that is known is said at once";
+  EXPECT_THAT(bench.bus.log, testing::IsEmpty());
+}
+
 TEST(CanLinkTest, BusOffThatDoesNotEndByItselfIsEndedByOpeningAnew) {
   CanBench bench;
   bench.bus.RaiseError(CanBus::Error::kBusOff);
@@ -176,6 +212,14 @@ TEST(CanLinkTest, FullTransmitQueueIs1015ForWhoeverIsSending) {
   bench.loop->At(microseconds(100), [&] { bench.bus.RaiseError(CanBus::Error::kQueueFull); });
   EXPECT_EQ(bench.Send("2101"), "1015");
   EXPECT_THAT(bench.description, HasSubstr("queue full"));
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+}
+
+TEST(CanLinkTest, FrameThatFindsTheQueueFullEndsItsTransferAtOnce) {
+  CanBench bench;
+  bench.bus.RefuseNext(1);
+  EXPECT_EQ(bench.Send("2101"), "1015");
+  EXPECT_EQ(bench.loop->Now(), seconds(0));
   EXPECT_EQ(bench.Send("2101"), "61010019");
 }
 
@@ -208,6 +252,30 @@ TEST(CanLinkTest, ForeignFramesAtFullRateDelayNothing) {
   EXPECT_EQ(bench.Send("2101"), "61010019");
 }
 
+TEST(CanLinkTest, IgnoredFramesOnOurIdentifierAtFullRateDelayNothing) {
+  for (const char* ignored : {"4461010BAD555555", "3000005555555555", "0055555555555555"}) {
+    CanBench bench;
+    const std::function<void()> flood = [&] {
+      bench.bus.InjectHex(0x7E8, ignored);
+      bench.loop->At(microseconds(222), flood);
+    };
+    flood();
+    for (int i = 0; i < 100; ++i) ASSERT_EQ(bench.Send("2102"), kLongAnswer) << ignored;
+  }
+}
+
+TEST(CanLinkTest, AnswersOfOthersOnOurIdentifierAtFullRateDelayNothing) {
+  for (const char* foreign : {"027E005555555555", "2161010BAD555555"}) {
+    CanBench bench;
+    const std::function<void()> flood = [&] {
+      bench.bus.InjectHex(0x7E8, foreign);
+      bench.loop->At(microseconds(222), flood);
+    };
+    flood();
+    for (int i = 0; i < 100; ++i) ASSERT_EQ(bench.Send("2101"), "61010019") << foreign;
+  }
+}
+
 TEST(CanLinkTest, ADayOfTesterPresentLeavesNothingBehind) {
   CanBench bench("Name='ABS' RequestId='7E0' ResponseId='7E8' KeepAliveMs='2000'");
   EXPECT_EQ(bench.Send("2101"), "61010019");
@@ -215,7 +283,10 @@ TEST(CanLinkTest, ADayOfTesterPresentLeavesNothingBehind) {
   bench.bus.log.clear();
   bench.loop->Advance(hours(24));
   EXPECT_EQ(bench.loop->PendingEvents(), pending);
-  EXPECT_THAT(bench.bus.log, Contains("7E0#013E555555555555").Times(24 * 3600 / 2));
+  const CanFrame full({0x7E0, false}, std::array<std::uint8_t, 8>{});
+  const base::TimePoint period = seconds(2) + 2 * bench.bus.TimeOf(full);
+  EXPECT_EQ(std::count(bench.bus.log.begin(), bench.bus.log.end(), "7E0#013E555555555555"),
+            hours(24) / period);
   EXPECT_EQ(bench.Send("2101"), "61010019");
 }
 

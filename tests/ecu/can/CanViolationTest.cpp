@@ -211,6 +211,83 @@ TEST(CanViolationTest, LateAnswerIsNotTakenForTheNextOnes) {
   EXPECT_EQ(ecu.bench.Send("2102"), "61020019");
 }
 
+struct FloodRow {
+  const char* name;
+  const char* frame;
+  const char* result;
+};
+
+class CanFloodTest : public testing::TestWithParam<FloodRow> {};
+
+TEST_P(CanFloodTest, OnOurIdentifierDoesNotProlongTheWaitForASilentEcu) {
+  ScriptedEcu ecu({});
+  const std::function<void()> flood = [&] {
+    ecu.bench.bus.InjectHex(0x7E8, GetParam().frame);
+    ecu.bench.loop->At(std::chrono::milliseconds(20), flood);
+  };
+  flood();
+  EXPECT_EQ(ecu.bench.Send("2101"), GetParam().result);
+  EXPECT_LT(ecu.bench.loop->Now(), 2 * std::chrono::milliseconds(50)) << "P2";
+  EXPECT_THAT(ecu.Sent(), ElementsAre(kReadFrame));
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, CanFloodTest,
+                         testing::Values(FloodRow{"ForeignSingleFrame", "027E00", "2003"},
+                                         FloodRow{"StrayConsecutiveFrame", "2161010019", "2000"},
+                                         FloodRow{"StrayFlowControl", "300000", "2000"},
+                                         FloodRow{"UnknownType", "4461010019", "2000"}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(CanViolationTest, AnswerToAnotherTargetAddressIsAnothers) {
+  CanBench bench(
+      "Name='ABS' RequestId='7E0' ResponseId='7E8' Addressing='extended' Address='28' Tester='F1' "
+      "KeepAliveMs='0'");
+  bench.DisconnectEcu();
+  bench.loop->At(std::chrono::milliseconds(1), [&] { bench.bus.InjectHex(0x7E8, "F20461010019"); });
+  bench.loop->At(std::chrono::milliseconds(2), [&] { bench.bus.InjectHex(0x7E8, "0461010019"); });
+  EXPECT_EQ(bench.Send("2101"), "2000");
+  bench.loop->At(std::chrono::milliseconds(1), [&] { bench.bus.InjectHex(0x7E8, "F10461010019"); });
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+}
+
+TEST(CanViolationTest, ReservedSeparationTimeCountsAsTheLongest) {
+  for (const char* st_min : {"80", "F0", "FA", "FF"}) {
+    ScriptedEcu ecu(
+        {{kFirstFrame, {std::string("7E8#3000") + st_min}}, {"7E0#220B0C0D0E0F5555", {"7E8#027B03"}}});
+    EXPECT_EQ(ecu.bench.Send(kLongRequest), "7B03");
+    // First frame, flow control, two consecutive frames, answer.
+    const auto& times = ecu.bench.bus.times;
+    ASSERT_EQ(times.size(), 5U);
+    EXPECT_GE(times[3] - times[2], std::chrono::milliseconds(127)) << st_min;
+    EXPECT_LT(times[3] - times[2], std::chrono::milliseconds(128)) << st_min;
+  }
+}
+
+// Lets `happen` happen once an answer's first frame is on the bus, and with it while our flow control is out.
+std::string SendWithTroubleAtTheFlowControl(CanBench& bench, const std::function<void()>& happen) {
+  bench.bus.filter = [&](const CanFrame& frame) {
+    if (tests::FrameText(frame).starts_with("7E8#10")) happen();
+    return true;
+  };
+  std::string result = bench.Send("2102");
+  bench.bus.filter = nullptr;
+  return result;
+}
+
+TEST(CanViolationTest, FlowControlThatDoesNotGetOntoTheBusIs1015BehindNAr) {
+  CanBench bench;
+  EXPECT_EQ(SendWithTroubleAtTheFlowControl(bench, [&] { bench.bus.SetSilent(true); }), "1015");
+  EXPECT_THAT(bench.description, HasSubstr("flow control did not get onto the bus within 1000 ms (N_Ar)"));
+  EXPECT_EQ(bench.loop->Now() - bench.bus.times.back(), std::chrono::seconds(1));
+}
+
+TEST(CanViolationTest, FlowControlThatFindsTheQueueFullIs1015AtOnce) {
+  CanBench bench;
+  EXPECT_EQ(SendWithTroubleAtTheFlowControl(bench, [&] { bench.bus.RefuseNext(1); }), "1015");
+  EXPECT_EQ(bench.loop->Now(), bench.bus.times.back());
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+}
+
 // Whatever byte of an answer is damaged on the way, the request ends with the damaged data or with one of
 // three numbers, and the next one is answered.
 TEST(CanViolationTest, AnswerDamagedByteByByte) {

@@ -26,6 +26,7 @@ class ModelCanBus::Node : public CanBus {
 
   void SetEvents(Events events) override { events_ = std::move(events); }
   void Send(const CanFrame& frame) override { bus_.Enqueue(*this, frame); }
+  bool IsReady() const override { return bus_.ready_; }
   const Events& Handlers() const { return events_; }
 
  private:
@@ -52,6 +53,10 @@ void ModelCanBus::InjectHex(std::uint32_t identifier, const std::string& hex) {
 }
 
 void ModelCanBus::Enqueue(Node& sender, const CanFrame& frame) {
+  if (to_refuse_ > 0) {
+    --to_refuse_;
+    return sender.Handlers().on_error(CanBus::Error::kQueueFull, "transmit queue full");
+  }
   queue_.push_back({&sender, frame});
   if (queue_.size() == 1) Transmit();
 }
@@ -93,6 +98,7 @@ void ModelCanBus::RaiseError(CanBus::Error error) {
 }
 
 void ModelCanBus::RaiseRecovered() {
+  ready_ = true;
   const std::vector<Node*> nodes = nodes_;
   for (Node* node : nodes) {
     if (node->Handlers().on_recovered) node->Handlers().on_recovered();

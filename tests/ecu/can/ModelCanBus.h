@@ -36,6 +36,10 @@ class ModelCanBus {
   void Plug() { plugged_ = true; }
   /// Frames are neither confirmed nor delivered.
   void SetSilent(bool silent) { silent_ = silent; }
+  /// Nodes are still connecting, or bus off as they were opened, until RaiseRecovered.
+  void SetNotReady() { ready_ = false; }
+  /// The next so many frames are refused, for the queue is full.
+  void RefuseNext(int frames) { to_refuse_ = frames; }
   /// The next so many frames of any node are confirmed, but lost.
   void LoseNext(int frames) { to_lose_ = frames; }
   /// What passes the bus may be changed; false: it is lost.
@@ -65,6 +69,8 @@ class ModelCanBus {
   std::unique_ptr<base::Timer> timer_ = loop_->CreateTimer([this] { Complete(); });
   bool plugged_ = true;
   bool silent_ = false;
+  bool ready_ = true;
+  int to_refuse_ = 0;
   int to_lose_ = 0;
 };
 

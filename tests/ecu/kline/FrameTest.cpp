@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "ecu/kline/EchoFilter.h"
 #include "ecu/kline/FrameReader.h"
 #include "ecu/kline/KLineFrame.h"
 #include "ecu/kline/KeyBytes.h"
@@ -116,6 +117,26 @@ TEST(FrameTest, ResetForgetsAnOpenFrame) {
   for (const std::uint8_t byte : std::vector<std::uint8_t>{0x02, 0x21, 0x01})
     EXPECT_EQ(reader.Add(byte), Result::kIncomplete);
   EXPECT_EQ(reader.Add(0x24), Result::kFrame);
+}
+
+TEST(EchoFilterTest, LowLevelOfTheLineIsPassedOverInFrontOfTheEchoOnly) {
+  const ByteBuffer sent = ByteBuffer::FromHex("8110F18103");
+  ByteBuffer rest;
+  EchoFilter behind_low(FunctionDescription::Echo::kAutomatic);
+  behind_low.LineWasLow();
+  behind_low.Expect(sent.View());
+  EXPECT_TRUE(behind_low.Filter(ByteBuffer{0x00}.View(), rest));
+  EXPECT_TRUE(behind_low.Filter(sent.View(), rest));
+  EXPECT_EQ(behind_low.State(), FunctionDescription::Echo::kOn);
+  EXPECT_TRUE(rest.Empty());
+  behind_low.Expect(sent.View());
+  EXPECT_FALSE(behind_low.Filter(ByteBuffer{0x00}.View(), rest));
+
+  EchoFilter as_usual(FunctionDescription::Echo::kAutomatic);
+  as_usual.Expect(sent.View());
+  EXPECT_TRUE(as_usual.Filter(ByteBuffer::FromHex("0001C1C2").View(), rest));
+  EXPECT_EQ(as_usual.State(), FunctionDescription::Echo::kOff);
+  EXPECT_EQ(rest.ToHex(), "0001C1C2");
 }
 
 struct KeyRow {

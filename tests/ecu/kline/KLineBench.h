@@ -18,6 +18,7 @@ inline constexpr char kKLineRequests[] =
     "<DataItem Name='Speed' Ref='1' FirstByte='3' BitsCount='16' Step='0.25'/>"
     "<DataItem Name='Temp' Ref='1' FirstByte='5' Offset='-40'/>"
     "<DataItem Name='State' Ref='1' FirstByte='6'/></Received></Request>"
+    "<Request Name='PRESENT'><Sent Bytes='3E'/></Request>"
     "<Request Name='WRITE_LIMIT'><Sent Bytes='3B1005'><DataItem Name='Limit' "
     "FirstByte='3'/></Sent></Request>";
 
@@ -32,6 +33,7 @@ inline std::string FromEcu(const std::string& message) {
 /// A session on a K-line in memory, with the simulated ECU at its far end, and a clock that the test turns.
 class KLineBench {
  public:
+  static constexpr char kPort[] = "/dev/ttyK";
   static constexpr char kUsualSimulation[] =
       "><Signal Item='Speed' Value='800'/><Signal Item='Temp' Value='90'/><Signal Item='State' Value='2'/>";
 
@@ -46,7 +48,13 @@ class KLineBench {
   explicit KLineBench(const std::string& function = "", const std::string& simulation = kUsualSimulation)
       : text_(FileText(function, simulation)), description(EcuDescription::Load(Parse(text_))) {
     PlugEcuIn();
-    session->SetPort("/dev/ttyK");
+    OpenSession();
+  }
+
+  /// A new session on the port; the one before goes.
+  void OpenSession() {
+    session = CreateSession(Environment());
+    session->SetPort(kPort);
     session->OfferEcuFile("engine.xml", Parse(text_));
   }
 
@@ -84,17 +92,19 @@ class KLineBench {
 
  private:
   std::string text_;
+  std::shared_ptr<KLinePorts> ports_ = std::make_shared<KLinePorts>();
 
  public:
   std::shared_ptr<const EcuDescription> description;
   std::shared_ptr<KLineEcu> ecu;
-  std::shared_ptr<viator3::Session> session = CreateSession(Environment());
+  std::shared_ptr<viator3::Session> session;
 
  private:
   SessionEnvironment Environment() {
     SessionEnvironment environment;
     environment.loop = loop;
     environment.open_kline_wire = [this](const std::string&) { return std::make_unique<MemoryWire>(line); };
+    environment.kline_ports = ports_;
     return environment;
   }
 };

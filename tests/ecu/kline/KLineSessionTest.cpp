@@ -76,6 +76,7 @@ TEST(KLineSessionTest, EchoIsFoundOutOrAsTheFileSays) {
                               {"Echo='on'", false, "no echo: check cable and ignition"},
                               {"Echo='off'", false, "61010C808202"},
                               {"Init='slow'", false, "61010C808202"},
+                              {"Init='slow' Echo='on'", false, "no echo: check cable and ignition"},
                               {"Init='none'", false, "61010C808202"}};
   for (const Row& row : rows) {
     KLineBench bench(row.function);
@@ -160,7 +161,7 @@ TEST(KLineSessionTest, InitialisationThatFailsSaysItsStepAndTheBytesHeard) {
 TEST(KLineSessionTest, TesterPresentGoesOutInSilenceAndNeverIntoARequest) {
   KLineBench bench("KeepAliveMs='1000'");
   bench.Engine()->Initialise();
-  bench.loop->Advance(milliseconds(10500));
+  bench.loop->Advance(milliseconds(10700));
   EXPECT_EQ(bench.TesterSaid().size(), FromTester("81").size() + 10 * FromTester("3E").size());
   for (int request = 0; request < 200; ++request) {
     EXPECT_EQ(bench.Send("2101"), "61010C808202");
@@ -179,6 +180,76 @@ TEST(KLineSessionTest, ClosingEndsTheCommunication) {
   bench.session->Close();
   EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("2101") + FromTester("82"));
   EXPECT_FALSE(bench.line->open);
+}
+
+TEST(KLineSessionTest, ClosingInTheMiddleOfARequestEndsTheCommunicationToo) {
+  KLineBench bench;
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  bench.loop->At(milliseconds(70), [&] { bench.session->Close(); });
+  EXPECT_EQ(bench.NumberOf("2101"), "1000");
+  EXPECT_TRUE(bench.TesterSaid().ends_with(FromTester("82"))) << bench.TesterSaid();
+  EXPECT_FALSE(bench.line->open);
+}
+
+TEST(KLineSessionTest, ReinitialisingSaysNothingButTheInitialisation) {
+  KLineBench bench;
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  bench.loop->Advance(milliseconds(100));
+  bench.Engine()->Reinitialise();
+  EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("2101") + FromTester("81"));
+}
+
+TEST(KLineSessionTest, RequestBehindP3maxInitialisesTheEcuFirst) {
+  KLineBench bench("KeepAliveMs='0' P3MaxMs='1000'");
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  bench.loop->Advance(milliseconds(900));
+  EXPECT_EQ(bench.Send("2101"), "61010C808202");
+  EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("2101") + FromTester("2101"));
+  bench.loop->Advance(milliseconds(1100));
+  EXPECT_FALSE(bench.Engine()->Initialised());
+  EXPECT_EQ(bench.Send("2101"), "61010C808202");
+  EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("2101") + FromTester("2101") +
+                                    FromTester("81") + FromTester("2101"));
+}
+
+TEST(KLineSessionTest, WithoutAnInitialisationNoSilenceEndsTheCommunication) {
+  KLineBench bench("Init='none' KeepAliveMs='0' P3MaxMs='1000'");
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  bench.loop->Advance(milliseconds(1100));
+  EXPECT_TRUE(bench.Engine()->Initialised());
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+}
+
+TEST(KLineSessionTest, TesterPresentKeepsTheP3maxThatWasAgreedOn) {
+  KLineBench bench("KeepAliveMs='2000'");
+  EXPECT_EQ(bench.Send("830300020A0400"), "C303");  // P3max of 1 s
+  for (int pause = 0; pause < 5; ++pause) {
+    bench.loop->Advance(milliseconds(1900));
+    EXPECT_EQ(bench.Send("2101"), "61010C808202");
+  }
+  EXPECT_EQ(bench.TesterSaid().find(FromTester("81"), 1), std::string::npos) << bench.TesterSaid();
+  EXPECT_NE(bench.TesterSaid().find(FromTester("3E") + FromTester("3E")), std::string::npos);
+}
+
+TEST(KLineSessionTest, StopCommunicationAsARequestEndsItAndTheNextOneBeginsAnew) {
+  KLineBench bench;
+  EXPECT_EQ(bench.Send("82"), "C2");
+  EXPECT_FALSE(bench.Engine()->Initialised());
+  EXPECT_EQ(bench.Send("2101"), "61010C808202");
+  EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("82") + FromTester("81") + FromTester("2101"));
+}
+
+TEST(KLineSessionTest, AnswerOfFormat00IsReadWhereNothingIsReturned) {
+  KLineBench bench("Init='none'");
+  bench.line->echo = false;
+  bench.PullEcuOut();
+  FrameReader reader;
+  bench.line->ecu_hears = [&](base::ByteView bytes) {
+    if (reader.Add(bytes[0]) != FrameReader::Result::kFrame) return;
+    bench.line->EcuWrites(
+        BuildFrame({false, true}, 0, 0, base::ByteBuffer::FromHex("61010C808202").View()).View());
+  };
+  EXPECT_EQ(bench.Send("2101"), "61010C808202");
 }
 
 TEST(KLineSessionTest, AccessTimingParametersChangesTheTimesInUse) {
@@ -274,32 +345,24 @@ TEST(KLineSessionTest, DayOfModelTimeLeavesNothingBehind) {
   }
 }
 
-TEST(KLineSessionTest, TwoEcusShareTheLine) {
-  KLineBench bench;
-  bench.session->OfferEcuFile(
-      "brake.xml", KLineBench::Parse("<xml xmlns:qor='urn:korval:ecu'><qor:Target><Function Name='ABS' "
-                                     "Address='28'/></qor:Target></xml>"));
-  const auto brake = EcuDescription::Load(KLineBench::Parse(
-      "<xml xmlns:qor='urn:korval:ecu'><qor:Target><Function Name='ABS' Address='28'/></qor:Target></xml>"));
-  KLineEcu second(bench.loop, brake->Function(), std::make_shared<SimulatedEcu>(brake, bench.loop->Now()),
-                  [&](base::ByteView bytes) { bench.line->EcuWrites(bytes); });
-  bench.line->ecu_hears = [&](base::ByteView bytes) {
-    bench.ecu->BytesArrived(bytes);
-    second.BytesArrived(bytes);
-  };
-  std::string inner;
-  bench.loop->At(milliseconds(400), [&] {
-    base::ByteBuffer answer;
-    bench.session->EcuByFunction("ABS")->Send(base::ByteBuffer{0x3E}, answer);
-    inner = answer.ToHex();
-  });
-  for (int request = 0; request < 20; ++request) EXPECT_EQ(bench.Send("2101"), "61010C808202");
-  EXPECT_EQ(inner, "7E");
-  bench.loop->Advance(std::chrono::seconds(20));
-  base::TimePoint end{};
-  for (const auto& entry : bench.line->log) {
-    EXPECT_GE(entry.begin, end) << "two speak at the same time";
-    end = entry.end;
+TEST(KLineSessionTest, EcuThatLeavesAndReturnsForADayHasValuesWithItsFirstRequestAgain) {
+  KLineBench bench("P4Ms='0' KeepAliveMs='1000'");
+  EXPECT_EQ(bench.NumberOf("2101"), "6101");
+  const std::size_t pending = bench.loop->PendingEvents();
+  for (int quarter = 0; quarter < 24 * 4; ++quarter) {
+    // Every time somewhere else in an exchange or in a silence.
+    bench.loop->Advance(std::chrono::minutes(10) + milliseconds(13 * quarter));
+    ASSERT_EQ(bench.NumberOf("2101"), "6101") << quarter;
+    bench.PullEcuOut();
+    bench.loop->Advance(milliseconds(37 * quarter));
+    ASSERT_NE(bench.NumberOf("2101"), "6101") << quarter;
+    bench.loop->Advance(std::chrono::minutes(5));
+    ASSERT_EQ(bench.NumberOf("2101"), "2000") << quarter;
+    bench.PlugEcuIn();
+    ASSERT_EQ(bench.NumberOf("2101"), "6101") << quarter;
+    bench.line->log.clear();
+    bench.line->edges.clear();
+    ASSERT_LE(bench.loop->PendingEvents(), pending + 2) << quarter;
   }
 }
 

@@ -106,11 +106,13 @@ TEST(KLineTimingTest, AgreedTimesAreReadInTheirSteps) {
   EXPECT_EQ(timing.p2_min, std::chrono::microseconds(1500));
   EXPECT_EQ(timing.p2_max, milliseconds(50));
   EXPECT_EQ(timing.p3_min, std::chrono::microseconds(4500));
+  EXPECT_EQ(timing.p3_max, milliseconds(5000));
   EXPECT_EQ(timing.p4_min, std::chrono::microseconds(500));
   timing.Change(std::vector<std::uint8_t>{0, 0xF2, 0, 0, 0});
   EXPECT_EQ(timing.p2_max, milliseconds(12800));
-  timing.Change(std::vector<std::uint8_t>{0, 0xFF, 0, 0, 0});
+  timing.Change(std::vector<std::uint8_t>{0, 0xFF, 0, 0xFF, 0});
   EXPECT_EQ(timing.p2_max, timing.p2_star);
+  EXPECT_EQ(timing.p3_max, base::TimePoint::max());
   timing.Change(std::vector<std::uint8_t>{0, 1});
   EXPECT_EQ(timing.p2_max, timing.p2_star);
 }

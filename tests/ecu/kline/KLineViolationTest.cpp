@@ -64,6 +64,7 @@ const std::vector<Row>& Rows() {
        "6101"},
       {"of another service", {{milliseconds(25), FromEcu("5080")}}, "2003", "5080"},
       {"of another identifier", {{milliseconds(25), FromEcu("6102AABB")}}, "2003", "6102AABB"},
+      {"the end of the communication", {{milliseconds(25), FromEcu("C2")}}, "2045", "stopCommunication"},
       {"of another service, then the answer",
        {{milliseconds(10), FromEcu("7E")}, {milliseconds(45), kAnswer}},
        "6101"},
@@ -167,6 +168,98 @@ TEST(KLineViolationTest, StartsOfTheCommunicationThatAreNone) {
     EXPECT_NE(failure.find(row.text), std::string::npos) << row.what << ": " << failure;
     EXPECT_NE(failure.find("heard: 8110F18103"), std::string::npos) << row.what << ": " << failure;
     EXPECT_EQ(bench.TesterSaid(), FromTester("81")) << row.what;
+  }
+}
+
+TEST(KLineViolationTest, StartThatIsForeverPendingEndsAtTheCapAndTheNextBeginsAnew) {
+  KLineBench bench("PendingCapMs='20000'");
+  bench.PullEcuOut();
+  bool pending = true;
+  FrameReader reader;
+  std::function<void()> ask_for_time = [&] {
+    if (!pending) return;
+    bench.line->EcuWrites(FromEcu("7F8178"));
+    bench.loop->At(std::chrono::seconds(1), ask_for_time);
+  };
+  bench.line->ecu_hears = [&](base::ByteView bytes) {
+    if (reader.Add(bytes[0]) == FrameReader::Result::kFrame) bench.loop->At(milliseconds(25), ask_for_time);
+  };
+  const std::string failure = bench.Send("2101");
+  EXPECT_EQ(failure.substr(0, 4), "2000") << failure;
+  EXPECT_NE(failure.find("fast initialisation, startCommunication: no answer"), std::string::npos) << failure;
+  EXPECT_LT(bench.loop->Now(), std::chrono::seconds(21));
+  pending = false;
+  bench.PlugEcuIn();
+  EXPECT_EQ(bench.Send("2101"), kGood);
+}
+
+TEST(KLineViolationTest, AnswersToTesterPresentThatAreNoneAre2046OnceAndNeverAnothersAnswer) {
+  struct PresentRow {
+    const char* fault;
+    const char* next;
+  };
+  const std::vector<PresentRow> rows{
+      {"late", "2046"}, {"missing", "2046"}, {"damaged", "2046"}, {"pending", "6101"}, {"foreign", "6101"}};
+  for (const PresentRow& row : rows) {
+    KLineBench bench("KeepAliveMs='1000'", std::string(KLineBench::kUsualSimulation) +
+                                               "<Fault Request='PRESENT' Wire='" + row.fault + "'/>");
+    bench.Engine()->Initialise();
+    bench.loop->Advance(milliseconds(1600));
+    EXPECT_EQ(bench.NumberOf("2101"), row.next) << row.fault;
+    EXPECT_EQ(bench.Send("2101"), kGood) << row.fault;
+    EXPECT_NE(bench.TesterSaid().find(FromTester("3E")), std::string::npos) << row.fault;
+  }
+}
+
+TEST(KLineViolationTest, StopCommunicationThatIsNotAnsweredDelaysTheClosingByP2Only) {
+  KLineBench bench("KeepAliveMs='0'");
+  EXPECT_EQ(bench.Send("2101"), kGood);
+  bench.PullEcuOut();
+  const base::TimePoint before = bench.loop->Now();
+  bench.session->Close();
+  EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("2101") + FromTester("82"));
+  EXPECT_LT(bench.loop->Now() - before, milliseconds(55 + 30 + 55));
+  EXPECT_FALSE(bench.line->open);
+}
+
+TEST(KLineViolationTest, TimesThatTheEcuDoesNotAgreeToStayAsTheyWere) {
+  struct TimesRow {
+    const char* what;
+    std::string answer;
+    const char* outcome;
+  };
+  std::string damaged = FromEcu("C303");
+  damaged.back() ^= 1;
+  const std::vector<TimesRow> rows{{"refused", FromEcu("7F8312"), "2001"}, {"damaged", damaged, "2000"}};
+  for (const TimesRow& row : rows) {
+    KLineBench bench("KeepAliveMs='0'");
+    bench.Engine()->Initialise();
+    ScriptedEcu ecu(bench, {{milliseconds(25), row.answer}});
+    EXPECT_EQ(bench.NumberOf("8303000A00FF00"), row.outcome) << row.what;
+    const std::size_t said = bench.line->log.size();
+    EXPECT_EQ(bench.NumberOf("2101"), "2000") << row.what;
+    ASSERT_GT(bench.line->log.size(), said) << row.what;
+    const auto& log = bench.line->log;
+    EXPECT_GE(log.at(said).begin - log.at(said - 1).end, milliseconds(55)) << row.what;
+    EXPECT_GE(log.at(said + 1).begin - log.at(said).end, milliseconds(5)) << row.what;
+  }
+}
+
+TEST(KLineViolationTest, FiveBaudKeyBytesThatAreDamagedAre2042) {
+  for (const std::string key_bytes : {"EE8F", "EF8E", "AF8F"}) {
+    KLineBench bench("Init='slow'");
+    bench.line->has_break = false;
+    std::vector<std::string> ecu_says{"55" + key_bytes, "EF"};
+    bench.line->ecu_hears = [&](base::ByteView) {
+      if (ecu_says.empty()) return;
+      bench.loop->At(milliseconds(30), [&bench, bytes = ecu_says.front()] { bench.line->EcuWrites(bytes); });
+      ecu_says.erase(ecu_says.begin());
+    };
+    const std::string failure = bench.Send("2101");
+    EXPECT_EQ(failure.substr(0, 4), "2042") << failure;
+    EXPECT_NE(failure.find("key bytes " + key_bytes + " are not those of ISO 14230"), std::string::npos)
+        << failure;
+    EXPECT_EQ(bench.TesterSaid().size(), 4U) << "the address and the inverted key byte";
   }
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/Failure.h"
+#include "ecu/description/ErrorNumbers.h"
 #include "ecu/kline/KLineWire.h"
 #include "tests/support/ManualEventLoop.h"
 
@@ -52,6 +53,7 @@ class MemoryLine {
   void Unplug() {
     plugged = false;
     open = false;
+    holder = nullptr;
     if (events.on_lost) events.on_lost("the adapter was unplugged");
   }
 
@@ -62,6 +64,8 @@ class MemoryLine {
   bool has_break = true;
   bool plugged = true;
   bool open = false;
+  const void* holder = nullptr;   // the wire that has the device
+  std::int32_t refused_baud = 0;  // the chip does not know it
   std::int32_t baud = 10400;
   std::vector<Entry> log;
   std::vector<Edge> edges;
@@ -84,18 +88,21 @@ class MemoryLine {
   base::TimePoint tester_end_{};
 };
 
-/// The near end.
+/// The near end; as with a device, there is one at a time.
 class MemoryWire : public KLineWire {
  public:
   explicit MemoryWire(std::shared_ptr<MemoryLine> line) : line_(std::move(line)) {}
-  ~MemoryWire() override { line_->open = false; }
+  ~MemoryWire() override { MemoryWire::Close(); }
   MemoryWire(const MemoryWire&) = delete;
   MemoryWire& operator=(const MemoryWire&) = delete;
 
   void SetEvents(Events events) override { line_->events = std::move(events); }
   void Open(std::int32_t baud) override {
     if (!line_->plugged) throw base::Failure("there is no such device; plug the adapter in");
-    line_->open = true;
+    if (line_->holder != nullptr && line_->holder != this) throw base::Failure("another program has it");
+    line_->open = baud != line_->refused_baud;
+    line_->holder = line_->open ? this : nullptr;
+    if (!line_->open) throw base::Failure(kInterfaceRefused, "the line cannot be set to this speed");
     line_->baud = baud;
   }
   bool SetBreak(bool low) override {
@@ -103,7 +110,11 @@ class MemoryWire : public KLineWire {
     return line_->has_break;
   }
   void Write(base::ByteView bytes) override { line_->TesterWrites(bytes); }
-  void Close() override { line_->open = false; }
+  void Close() override {
+    if (line_->holder != this) return;
+    line_->open = false;
+    line_->holder = nullptr;
+  }
 
  private:
   std::shared_ptr<MemoryLine> line_;

@@ -21,7 +21,6 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 // A link that does what the test says. Messages are logged in hexadecimal, with "connect" and "close".
 class ScriptedLink : public MessageLink {
@@ -42,6 +41,7 @@ class ScriptedLink : public MessageLink {
   }
   void Close() override { log_.emplace_back("close"); }
   Milliseconds Latency() const override { return latency; }
+  base::TimePoint LongestSilence() const override { return longest_silence; }
 
   void Arrive(const std::string& hex) { events_.on_message(ByteBuffer::FromHex(hex).View()); }
   void Fail(std::int32_t number) { events_.on_failure(number, "as scripted"); }
@@ -51,6 +51,7 @@ class ScriptedLink : public MessageLink {
   std::function<void(const std::string&)> on_send;
   std::map<std::string, std::string> answers{{"2101", "6101AB"}, {"3E", "7E"}, {"1081", "5081"}};
   Milliseconds latency{0};
+  base::TimePoint longest_silence = base::TimePoint::max();
 
  private:
   std::vector<std::string>& log_;
@@ -113,8 +114,23 @@ TEST_F(ChannelTest, ATesterPresentThatTheLinkCannotSendHarmsNothing) {
   link->on_send = [](const std::string&) { throw base::Failure(kValueRefused, "cannot be coded"); };
   loop->Advance(seconds(3));
   link->on_send = nullptr;
-  EXPECT_EQ(Request(), kTesterPresentUnanswered);
   EXPECT_EQ(Request(), 0);
+}
+
+TEST_F(ChannelTest, LinkThatFailsInTesterPresentIsReportedByItsOwnNumber) {
+  for (const std::int32_t number : {kLinkLost, kCanNetworkError}) {
+    function.keep_alive = Milliseconds(2000);
+    Open();
+    channel->Connect();
+    link->on_send = [this, number](const std::string&) { link->Fail(number); };
+    loop->Advance(milliseconds(2500));
+    EXPECT_FALSE(channel->IsConnected());
+    link->on_connect = [this, number] { link->Fail(number); };
+    EXPECT_EQ(Request(), number);
+    link->on_send = nullptr;
+    link->on_connect = nullptr;
+    EXPECT_EQ(Request(), 0);
+  }
 }
 
 TEST_F(ChannelTest, FirstRequestConnectsAndOpensTheSession) {
@@ -129,12 +145,12 @@ TEST_F(ChannelTest, FirstRequestConnectsAndOpensTheSession) {
   EXPECT_EQ(loop->PendingEvents(), 0U);
 }
 
-TEST_F(ChannelTest, ReconnectClosesTheLinkFirst) {
+TEST_F(ChannelTest, ReconnectStartsTheCommunicationAnew) {
   Open();
   channel->Connect();
   channel->Connect();
   channel->Reconnect();
-  EXPECT_THAT(log, ElementsAre("connect", "close", "connect"));
+  EXPECT_THAT(log, ElementsAre("connect", "connect"));
 }
 
 TEST_F(ChannelTest, AnswerMayComeLaterAndEventsRunMeanwhile) {
@@ -276,6 +292,72 @@ TEST_F(ChannelTest, StartThatNeverEndsIsGivenUp) {
   Open();
   link->on_connect = [] {};
   EXPECT_EQ(NumberOf([&] { channel->Connect(); }), kNoAnswer);
+  link->on_connect = nullptr;
+  EXPECT_EQ(Request(), 0);
+  EXPECT_THAT(log, ElementsAre("connect", "close", "connect", "2101"));
+}
+
+TEST_F(ChannelTest, SilenceThatTheEcuDoesNotBearEndsTheCommunication) {
+  Open();
+  link->longest_silence = seconds(5);
+  EXPECT_EQ(Request(), 0);
+  loop->Advance(seconds(5));
+  EXPECT_TRUE(channel->IsConnected());
+  EXPECT_EQ(Request(), 0);
+  loop->Advance(milliseconds(5001));
+  EXPECT_FALSE(channel->IsConnected());
+  EXPECT_EQ(Request(), 0);
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "2101", "connect", "2101"));
+}
+
+TEST_F(ChannelTest, AnswerThatTakesLongIsNoSilence) {
+  Open();
+  link->longest_silence = seconds(5);
+  link->on_send = [this](const std::string& message) {
+    if (message == "2102") return link->Arrive("6102AB");
+    for (int second = 0; second < 20; second += 4) {
+      loop->At(seconds(second), [this] { link->Arrive("7F2178"); });
+    }
+    loop->At(seconds(20), [this] { link->Arrive("6101AB"); });
+  };
+  ByteBuffer inner;
+  loop->At(seconds(15), [&] { channel->Request(ByteBuffer{0x21, 0x02}.View(), inner); });
+  EXPECT_EQ(Request(), 0);
+  EXPECT_EQ(inner.ToHex(), "6102AB");
+  loop->Advance(seconds(4));
+  EXPECT_EQ(Request("2102"), 0);
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "2102", "2102"));
+}
+
+TEST_F(ChannelTest, TesterPresentComesInHalfTheSilenceThatTheEcuBears) {
+  function.keep_alive = Milliseconds(2000);
+  Open();
+  link->longest_silence = seconds(10);
+  channel->Connect();
+  loop->Advance(milliseconds(2000));
+  EXPECT_THAT(log, ElementsAre("connect", "3E"));
+  // The answer to accessTimingParameters has changed it.
+  link->on_send = [this](const std::string&) {
+    link->longest_silence = seconds(1);
+    link->Arrive("C303");
+  };
+  EXPECT_EQ(Request("830300020A0400"), 0);
+  link->on_send = nullptr;
+  loop->Advance(milliseconds(1500));
+  EXPECT_THAT(log, ElementsAre("connect", "3E", "830300020A0400", "3E", "3E", "3E"));
+}
+
+TEST_F(ChannelTest, StopCommunicationEndsItWhoeverAskedForIt) {
+  Open();
+  link->answers["82"] = "C2";
+  EXPECT_EQ(Request("82"), 0);
+  EXPECT_FALSE(channel->IsConnected());
+  EXPECT_EQ(Request(), 0);
+  link->answers["2102"] = "C2";
+  EXPECT_EQ(Request("2102"), kCommunicationEnded);
+  EXPECT_FALSE(channel->IsConnected());
+  EXPECT_EQ(Request(), 0);
+  EXPECT_THAT(log, ElementsAre("connect", "82", "connect", "2101", "2102", "connect", "2101"));
 }
 
 TEST_F(ChannelTest, RefusedSessionIs2042AndUnansweredOne2000) {
@@ -326,6 +408,17 @@ TEST_F(ChannelTest, UnansweredTesterPresentIsReportedOnceByTheNextRequest) {
   EXPECT_FALSE(channel->IsConnected());
   EXPECT_EQ(Request(), kTesterPresentUnanswered);
   EXPECT_EQ(Request(), 0);
+}
+
+TEST_F(ChannelTest, TesterPresentUnansweredInsideARequestIsMadeGoodByTheRequest) {
+  function.keep_alive = Milliseconds(2000);
+  Open();
+  channel->Connect();
+  link->answers.erase("3E");
+  loop->Advance(milliseconds(2010));
+  EXPECT_EQ(Request(), 0);
+  EXPECT_EQ(Request(), 0);
+  EXPECT_THAT(log, ElementsAre("connect", "3E", "connect", "2101", "2101"));
 }
 
 TEST_F(ChannelTest, RefusedTesterPresentShowsThatTheEcuIsThere) {
