@@ -6,7 +6,10 @@ cd "$project" || exit 1
 
 build_packages=(g++ cmake ninja-build ccache qt6-base-dev qt6-serialbus-dev qt6-serialport-dev libpugixml-dev)
 test_packages=(clang clang-format clang-tidy libclang-rt-dev libgtest-dev libgmock-dev libbenchmark-dev python3 git
-  libqt6serialbus6-bin qt6-tools-dev qt6-l10n-tools xauth xvfb)
+  libqt6opengl6-dev libqt6serialbus6-bin qt6-tools-dev qt6-l10n-tools xauth xvfb)
+
+# Lets ccache see through precompiled headers.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
 
 say() { printf '\n== %s\n' "$*"; }
 die() { printf '%s\n' "$*" >&2; exit 1; }

@@ -3,21 +3,15 @@
 
 #include <chrono>
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "apps/UsageError.h"
 #include "base/ByteBuffer.h"
 #include "base/SerialSettings.h"
 #include "client/Asap3Client.h"
 
 namespace korval::apps {
-
-/// A command line that cannot be followed; the text is a sentence that says what is wrong with it.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 enum class Command { kIdentify, kGet, kSet, kXget, kXset, kWatch, kDtc, kRaw, kCan, kSend };
 

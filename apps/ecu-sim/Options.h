@@ -2,18 +2,13 @@
 #pragma once
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 
 #include <QStringList>
 
-namespace korval::apps {
+#include "apps/UsageError.h"
 
-/// A command line that cannot be followed; the text says what is wrong with it.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+namespace korval::apps {
 
 /// The simulator's command line: one ECU file, and one wire.
 struct Options {

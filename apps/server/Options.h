@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
 #include <QHostAddress>
@@ -11,13 +10,9 @@
 #include <QPair>
 #include <QStringList>
 
-namespace korval::apps {
+#include "apps/UsageError.h"
 
-/// A command line that cannot be followed; the text says which option and what it takes.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+namespace korval::apps {
 
 /// The server's command line. What is not given leaves the stored setting in force.
 struct Options {

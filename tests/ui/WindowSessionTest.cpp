@@ -1,27 +1,13 @@
 // SPDX-License-Identifier: MIT
 // A client on a real socket, the control on a real window, and the simulated ECU behind it.
-#include <utility>
-
 #include <QAction>
 #include <QCheckBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QTimer>
 #include <gmock/gmock.h>
 
-#include "client/Asap3Client.h"
 #include "client/ClientErrors.h"
-#include "client/DeviceChannel.h"
-#include "ecu/session/SessionFactory.h"
-#include "host/control/ControlParts.h"
-#include "platform/QtEventLoop.h"
-#include "platform/QtTcpSocket.h"
-#include "tests/support/FakePower.h"
-#include "tests/support/FakeSerialPort.h"
-#include "tests/support/MemorySettings.h"
-#include "tests/support/TempFolder.h"
-#include "tests/ui/WidgetTest.h"
-#include "ui/KorvAsapServer.h"
+#include "tests/ui/SessionWindowTest.h"
 #include "ui/RowList.h"
 #include "ui/StatusPanels.h"
 #include "ui/TerminalBox.h"
@@ -29,7 +15,6 @@
 namespace korval::tests {
 namespace {
 
-using std::chrono::seconds;
 using ::testing::HasSubstr;
 
 constexpr char kDescription[] =
@@ -50,53 +35,16 @@ std::string EcuFile(const std::string& function, const std::string& protocol, in
          "<Answer Request='2180' Response='618041'/></Simulation></xml>";
 }
 
-// Tells when an ECU is waited for.
-class WatchedLoop : public platform::QtEventLoop {
- public:
-  bool RunUntil(base::TimePoint deadline, const std::function<bool()>& done) override {
-    if (on_wait) QTimer::singleShot(0, qApp, std::exchange(on_wait, nullptr));
-    return QtEventLoop::RunUntil(deadline, done);
-  }
-
-  /// Called once, from within the wait.
-  std::function<void()> on_wait;
-};
-
-class WindowSessionTest : public WidgetTest {
+class WindowSessionTest : public SessionWindowTest {
  protected:
-  WindowSessionTest() {
-    folder_.Write("engine.xml", kDescription);
+  WindowSessionTest()
+      : SessionWindowTest(kDescription,
+                          [](ecu::SessionEnvironment& environment) { environment.port = "SIM"; }) {
     folder_.Write("engine_ecu.xml", EcuFile("ENGINE", "KWP2000", 0));
     // Without CAN messaging its identification is not asked for, which would wait already.
     folder_.Write("slow_ecu.xml", EcuFile("SLOW", "DiagOnCAN", 20000));
-    settings_->user = {{"KorvalAsapServer/Properties/AsapFolder", folder_.Path()},
-                       {"KorvalAsapServer/Properties/KorvFolder", folder_.Path()}};
-    control_ = std::make_unique<ui::KorvAsapServer>(
-        [this](host::ControlParts views) { return Complete(std::move(views)); });
-    control_->resize(1000, 700);
-    Show(*control_);
   }
 
-  host::ControlParts Complete(host::ControlParts parts) {
-    parts.loop = loop_;
-    parts.settings = settings_;
-    parts.power = std::make_shared<FakePower>(log_);
-    parts.tcp_server = tcp_;
-    parts.tcp_port = 0;
-    parts.serial_port = std::make_shared<FakeSerialPort>(log_);
-    parts.create_session = [this] {
-      ecu::SessionEnvironment environment;
-      environment.loop = loop_;
-      environment.port = "SIM";
-      environment.ecu_folder = folder_.Path();
-      return ecu::CreateSession(environment);
-    };
-    return parts;
-  }
-
-  client::Asap3Client Connect() const {
-    return {client::ConnectTcp("127.0.0.1", tcp_->LocalPort(), seconds(20)), seconds(20)};
-  }
   // Everything up to the first value; gives the file's number.
   static std::uint16_t Select(client::Asap3Client& client, const std::string& section) {
     client.Init();
@@ -142,14 +90,6 @@ class WindowSessionTest : public WidgetTest {
   bool RunUntilShown(const char* list, int column, const QString& text) const {
     return RunUntil([&] { return Cell(list, 0, column) == text; });
   }
-
-  TempFolder folder_;
-  CallLog log_;
-  std::shared_ptr<WatchedLoop> loop_ = std::make_shared<WatchedLoop>();
-  std::shared_ptr<MemorySettings> settings_ = std::make_shared<MemorySettings>();
-  std::shared_ptr<platform::QtTcpSocket> tcp_ = std::make_shared<platform::QtTcpSocket>(
-      QHostAddress(QHostAddress::LocalHost), platform::QtTcpSocket::Subnets(), [](const std::string&) {});
-  std::unique_ptr<ui::KorvAsapServer> control_;
 };
 
 TEST_F(WindowSessionTest, TheStateOfTheSessionIsShownAtEveryStep) {
