@@ -115,8 +115,9 @@ void OnlineValues::RequireCurrent(const Session& session) const {
 void OnlineValues::AppendValues(const Acquisition::DataItems& items, base::ByteBuffer& reply) {
   reply.Reserve(reply.Length() + 2 + 4 * static_cast<std::size_t>(items.Count()));
   protocol::AppendWord(reply, items.Count());
+  const bool trace = console_.DebugTrace();
   for (const auto& item : items) {
-    if (console_.DebugTrace()) console_.Line("Data : " + item->Name() + " = " + item->Value().ToText());
+    if (trace) console_.Line("Data : " + item->Name() + " = " + item->Value().ToText());
     if (const std::optional<float> value = item->Value().ToSingle()) {
       protocol::AppendReal(reply, *value);
     } else {

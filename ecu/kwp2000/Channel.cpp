@@ -227,7 +227,9 @@ void Channel::TimerFired() {
 
 // P3max has gone by since the last exchange.
 bool Channel::HasLapsed() const {
-  return !current_ && loop_->Now() - last_exchange_ > link_->LongestSilence();
+  const base::TimePoint longest = link_->LongestSilence();
+  if (current_ || longest == base::TimePoint::max()) return false;
+  return loop_->Now() - last_exchange_ > longest;
 }
 
 // Well before the ECU has waited long enough.
@@ -258,10 +260,12 @@ void Channel::KeepAlive() {
 }
 
 // Every exchange and every start of the communication ends by its own deadline, well within this one.
+base::TimePoint Channel::LatestEnd() const {
+  return loop_->Now() + 2 * (function_.timing.Value(&Timing::pending_cap) + link_->Latency()) + kConnectWait;
+}
+
 bool Channel::Await(const std::function<bool()>& done) {
-  const base::TimePoint deadline =
-      loop_->Now() + 2 * (function_.timing.Value(&Timing::pending_cap) + link_->Latency()) + kConnectWait;
-  const bool is_done = done() || loop_->RunUntil(deadline, [&] { return closed_ || done(); });
+  const bool is_done = done() || loop_->RunUntil(LatestEnd(), [&] { return closed_ || done(); });
   RequireOpen();
   return is_done;
 }

@@ -73,6 +73,7 @@ class Channel : public std::enable_shared_from_this<Channel> {
   void KeepAlive();
   bool HasLapsed() const;
 
+  base::TimePoint LatestEnd() const;
   bool Await(const std::function<bool()>& done);
   void WaitUntil(const std::function<bool()>& done);
   void RequireOpen() const;

@@ -32,7 +32,9 @@ std::string KeyOf(base::ByteView bytes) {
 
 // What recognises a request: its length, and the bytes in front of its first Sent item.
 std::string KeyOf(base::ByteView fixed, std::size_t length) {
-  return std::to_string(length) + ':' + KeyOf(fixed);
+  std::string key = KeyOf(fixed);
+  for (int byte = 0; byte < 4; ++byte) key += static_cast<char>(length >> (8 * byte));
+  return key;
 }
 
 std::size_t FixedLength(const RequestDescription& request) {
