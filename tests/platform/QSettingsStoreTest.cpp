@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -23,9 +25,9 @@ std::string Rest(std::istream& stream) { return {std::istreambuf_iterator<char>(
 class QSettingsStoreTest : public QtTest {
  protected:
   std::unique_ptr<QSettingsStore> Open(const std::string& user = "user.ini") {
-    return std::make_unique<QSettingsStore>(QString::fromStdString(folder_.Path(user)),
-                                            QString::fromStdString(folder_.Path("machine.ini")),
-                                            [this](const std::string& text) { reports_.push_back(text); });
+    return std::make_unique<QSettingsStore>(
+        QString::fromStdString(folder_.Path(user)), QString::fromStdString(folder_.Path("machine.ini")),
+        [this](const std::string& text) { reports_.push_back(text); }, std::chrono::milliseconds(0));
   }
   std::string Content(const std::string& name) const {
     std::ifstream file(folder_.Path(name), std::ios::binary);
@@ -71,6 +73,13 @@ TEST_F(QSettingsStoreTest, WritesTheKeysThatPeopleKnow) {
   Open()->Write("QOR/General/CommPort", "SIM");
   EXPECT_EQ(Content("user.ini"),
             "[KorvalAsapServer]\nProperties\\tcpipPort=1002\n\n[QOR]\nGeneral\\CommPort=SIM\n");
+}
+
+TEST_F(QSettingsStoreTest, KnowsWhatItHasWrittenHoweverManyEventsGoBy) {
+  const auto store = Open();
+  store->Write("QOR/General/CommPort", "SIM");
+  RunQueuedEvents();
+  EXPECT_EQ(store->Read("QOR/General/CommPort"), "SIM");
 }
 
 TEST_F(QSettingsStoreTest, GivesEveryTextBackAsItWasWritten) {
@@ -140,6 +149,61 @@ TEST_F(QSettingsStoreTest, WritesAgainOnceTheFileCanBeWritten) {
   std::filesystem::remove(folder_.Path("file"));
   EXPECT_NO_THROW(store->Write("QOR/General/CommPort", "COM4"));
   EXPECT_EQ(Content("file/user.ini"), "[QOR]\nGeneral\\CommPort=COM4\n");
+}
+
+TEST_F(QSettingsStoreTest, SavesOnceADamagedFileIsMended) {
+  folder_.Write("user.ini", "no key and no value\n");
+  const auto store = Open();
+  EXPECT_THROW(store->Write("QOR/General/CommPort", "SIM"), base::Failure);
+  EXPECT_EQ(store->Read("QOR/General/CommPort"), "SIM") << "holds for this run";
+  folder_.Write("user.ini", "[KorvalAsapServer]\nProperties\\tcpipPort=1002\n");
+  store->Write("QOR/Hardware/InstanceName", "A1");
+  EXPECT_EQ(Content("user.ini"),
+            "[KorvalAsapServer]\nProperties\\tcpipPort=1002\n\n"
+            "[QOR]\nGeneral\\CommPort=SIM\nHardware\\InstanceName=A1\n");
+  EXPECT_EQ(store->Read("KorvalAsapServer/Properties/tcpipPort"), "1002");
+}
+
+// What a killed program leaves behind: nothing in the lock yet, or a computer that cannot be asked.
+TEST_F(QSettingsStoreTest, RunsWithALockThatWasLeftOverAndSavesWhenItHasGone) {
+  for (const char* const lock : {"", "4711\nkorval-asap-server\nanother-computer\n\n\n"}) {
+    reports_.clear();
+    folder_.Write("user.ini", "[QOR]\nHardware\\InstanceName=A1\n");
+    folder_.Write("user.ini.lock", lock);
+    folder_.Write("machine.ini", "[QOR]\nVersion=7.1\n");
+    folder_.Write("machine.ini.lock", lock);
+    const auto store = Open();
+    EXPECT_EQ(store->Read("QOR/Hardware/InstanceName"), "A1");
+    EXPECT_EQ(store->ReadMachineWide("QOR/Version"), "7.1");
+    EXPECT_THAT(reports_, IsEmpty()) << "reading takes no lock";
+    EXPECT_THROW(store->Write("QOR/General/CommPort", "SIM"), base::Failure);
+    EXPECT_THROW(store->Write("QOR/General/CommPort", "COM3"), base::Failure);
+    EXPECT_EQ(store->Read("QOR/General/CommPort"), "COM3") << "holds for this run";
+    ASSERT_EQ(reports_.size(), 1U);
+    EXPECT_THAT(reports_[0], HasSubstr(folder_.Path("user.ini") + " is locked"));
+    std::filesystem::remove(folder_.Path("user.ini.lock"));
+    store->Write("KorvalAsapServer/Properties/tcpipPort", "1002");
+    EXPECT_EQ(Content("user.ini"),
+              "[KorvalAsapServer]\nProperties\\tcpipPort=1002\n\n"
+              "[QOR]\nGeneral\\CommPort=COM3\nHardware\\InstanceName=A1\n");
+  }
+}
+
+TEST_F(QSettingsStoreTest, TakesAnOldLockOver) {
+  folder_.Write("user.ini.lock", "");
+  std::filesystem::last_write_time(folder_.Path("user.ini.lock"),
+                                   std::filesystem::file_time_type::clock::now() - std::chrono::minutes(1));
+  Open()->Write("QOR/General/CommPort", "SIM");
+  EXPECT_EQ(Content("user.ini"), "[QOR]\nGeneral\\CommPort=SIM\n");
+  EXPECT_FALSE(std::filesystem::exists(folder_.Path("user.ini.lock")));
+}
+
+TEST_F(QSettingsStoreTest, WritesThroughALinkIntoTheFileBehindIt) {
+  folder_.Write("real.ini", "[QOR]\nHardware\\InstanceName=A1\n");
+  std::filesystem::create_symlink(folder_.Path("real.ini"), folder_.Path("user.ini"));
+  Open()->Write("QOR/General/CommPort", "SIM");
+  EXPECT_TRUE(std::filesystem::is_symlink(folder_.Path("user.ini")));
+  EXPECT_EQ(Content("real.ini"), "[QOR]\nGeneral\\CommPort=SIM\nHardware\\InstanceName=A1\n");
 }
 
 TEST_F(QSettingsStoreTest, KeepsTheSettingsOfAPersonBelowTheConfigurationFolder) {
