@@ -5,7 +5,10 @@
 
 add_library(korval_build_flags INTERFACE)
 target_compile_options(korval_build_flags INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+if(KORVAL_WERROR)
+  target_compile_options(korval_build_flags INTERFACE -Werror)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 sees overlaps in optimised string concatenations that are none (its bug 105651).
   target_compile_options(korval_build_flags INTERFACE -Wno-restrict)
@@ -14,6 +17,9 @@ if(KORVAL_SANITIZE)
   target_compile_options(korval_build_flags INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(korval_build_flags INTERFACE -fsanitize=address,undefined)
+endif()
+if(KORVAL_HARDEN)
+  include(KorvalHardening)
 endif()
 if(KORVAL_FUZZ)
   # Every library is instrumented; only the fuzz programs link the fuzzer's own main.
