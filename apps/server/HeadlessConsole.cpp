@@ -2,9 +2,10 @@
 #include "HeadlessConsole.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include <unistd.h>
+
+#include "platform/process/StandardStreams.h"
 
 namespace korval::apps {
 namespace {
@@ -14,19 +15,44 @@ bool IsSteering(char c) {
   return (byte < 0x20 && c != '\n' && c != '\t') || byte == 0x7F;
 }
 
+base::BackgroundWriter::Settings WriterTo(int descriptor) {
+  base::BackgroundWriter::Settings settings;
+  settings.write = [descriptor](std::string_view text) { return platform::WriteAll(descriptor, text); };
+  settings.dropped = [](std::size_t lines) {
+    return "(" + std::to_string(lines) + (lines == 1 ? " line" : " lines") +
+           " dropped: nobody has read them in time)\n";
+  };
+  return settings;
+}
+
+base::BackgroundWriter::Settings OutputWriter(std::function<void(std::error_code)> on_output_lost) {
+  base::BackgroundWriter::Settings settings = WriterTo(STDOUT_FILENO);
+  settings.on_failure = std::move(on_output_lost);
+  return settings;
+}
+
 }  // namespace
 
-void WriteTrace(std::string_view text) {
+HeadlessConsole::HeadlessConsole(std::function<void(std::error_code)> on_output_lost)
+    : output_(OutputWriter(std::move(on_output_lost))),
+      errors_(WriterTo(STDERR_FILENO)),
+      repeated_(loop_, [this](std::string_view text) { Write(text); }) {}
+
+void HeadlessConsole::Trace(std::string_view text) { repeated_.Append(text); }
+
+void HeadlessConsole::Error(const std::string& sentence) { errors_.Append(sentence + "\n"); }
+
+void HeadlessConsole::FinishTrace() {
+  repeated_.WriteCounts();
+  output_.Finish();
+}
+
+void HeadlessConsole::Write(std::string_view text) {
   static const bool on_terminal = ::isatty(STDOUT_FILENO) == 1;
   std::string output(text);
   output.erase(std::remove(output.begin(), output.end(), '\r'), output.end());
   if (on_terminal) std::replace_if(output.begin(), output.end(), IsSteering, '.');
-  std::fwrite(output.data(), 1, output.size(), stdout);
-  std::fflush(stdout);
-}
-
-void StderrMessageBox::Show(const std::string& text, host::MessageStyle) {
-  std::fprintf(stderr, "%s\n", text.c_str());
+  output_.Append(output);
 }
 
 }  // namespace korval::apps

@@ -3,25 +3,55 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <utility>
 #include <vector>
 
+#include "base/BackgroundWriter.h"
 #include "diag/PortLabel.h"
 #include "host/trace/ListView.h"
 #include "host/trace/MessageBox.h"
+#include "host/trace/RepeatedLines.h"
 #include "host/trace/StatusView.h"
+#include "platform/QtEventLoop.h"
 
 namespace korval::apps {
 
-/// Writes a piece of the trace to standard output at once, line ends as LF. On a terminal, control
-/// characters that a client sent are shown as dots: they must not steer the reader's terminal.
-void WriteTrace(std::string_view text);
+/// Standard output and standard error of a server without a window. Nothing here waits for whoever reads
+/// them, and lines that come again and again are counted.
+class HeadlessConsole {
+ public:
+  /// `on_output_lost` is told once, on a thread of the console's own, why standard output takes nothing more.
+  explicit HeadlessConsole(std::function<void(std::error_code)> on_output_lost);
+
+  /// A piece of the trace goes to standard output, line ends as LF. On a terminal, control characters that a
+  /// client sent are shown as dots: they must not steer the reader's terminal.
+  void Trace(std::string_view text);
+  /// A sentence goes to standard error as a line.
+  void Error(const std::string& sentence);
+  /// Writes what the trace still holds, as far as it is taken. Nothing is traced afterwards.
+  void FinishTrace();
+
+ private:
+  void Write(std::string_view text);
+
+  platform::QtEventLoop loop_;
+  base::BackgroundWriter output_;
+  base::BackgroundWriter errors_;
+  host::RepeatedLines repeated_;
+};
 
 /// A message box is a line on standard error.
 class StderrMessageBox : public host::MessageBox {
  public:
-  void Show(const std::string& text, host::MessageStyle style) override;
+  explicit StderrMessageBox(std::shared_ptr<HeadlessConsole> console) : console_(std::move(console)) {}
+  void Show(const std::string& text, host::MessageStyle) override { console_->Error(text); }
+
+ private:
+  std::shared_ptr<HeadlessConsole> console_;
 };
 
 /// Without a window nobody sees lists and panels; what they tell stands in the trace as well.

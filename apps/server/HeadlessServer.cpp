@@ -1,42 +1,48 @@
 // SPDX-License-Identifier: MIT
 #include "HeadlessServer.h"
 
-#include <cstdio>
+#include <cerrno>
 
 #include <QCoreApplication>
 
 #include "ControlAssembly.h"
-#include "HeadlessConsole.h"
 #include "base/Failure.h"
 #include "host/trace/TextTerminal.h"
 #include "platform/process/StopSignals.h"
 
 namespace korval::apps {
+namespace {
 
-HeadlessServer::HeadlessServer(const Options& options) : debug_(options.debug) {
+constexpr int kStartFailed = 1;
+constexpr int kOutputLost = 4;
+
+}  // namespace
+
+HeadlessServer::HeadlessServer(const Options& options)
+    : debug_(options.debug),
+      console_(
+          std::make_shared<HeadlessConsole>([this](std::error_code failure) { OnOutputLost(failure); })) {
   host::ControlParts parts;
-  parts.terminal = std::make_shared<host::TextTerminal>(WriteTrace);
+  parts.terminal = std::make_shared<host::TextTerminal>(
+      [console = console_](std::string_view text) { console->Trace(text); });
   parts.status = std::make_shared<UnseenStatus>();
   parts.files = std::make_shared<UnseenList>();
   parts.data = std::make_shared<UnseenList>();
   parts.port_label = std::make_shared<UnseenPortLabel>();
-  parts.message_box = std::make_shared<StderrMessageBox>();
+  parts.message_box = std::make_shared<StderrMessageBox>(console_);
   parts_ = CompleteParts(options, std::move(parts));
   control_ = host::ServerControl::Create(parts_);
 }
 
 int HeadlessServer::Run() {
-  const platform::StopSignals stop([this] {
-    control_->Terminate();
-    QCoreApplication::quit();
-  });
+  const platform::StopSignals stop([this] { Stop(); });
   try {
-    if (!Start()) return 1;
+    if (!Start()) return Finish(kStartFailed);
   } catch (const base::Failure& failure) {
-    std::fprintf(stderr, "korval-asap-server: %s\n", failure.what());
-    return 1;
+    console_->Error(std::string("korval-asap-server: ") + failure.what());
+    return Finish(kStartFailed);
   }
-  return QCoreApplication::exec();
+  return Finish(QCoreApplication::exec());
 }
 
 bool HeadlessServer::Start() {
@@ -45,6 +51,32 @@ bool HeadlessServer::Start() {
   control_->Console().SetDebugTrace(debug_);
   control_->Show();
   return true;
+}
+
+void HeadlessServer::Stop() {
+  control_->Terminate();
+  QCoreApplication::quit();
+}
+
+// On the console's own thread.
+void HeadlessServer::OnOutputLost(std::error_code failure) {
+  output_error_ = failure.value();
+  QMetaObject::invokeMethod(
+      QCoreApplication::instance(), [this] { Stop(); }, Qt::QueuedConnection);
+}
+
+int HeadlessServer::Finish(int status) {
+  control_->Terminate();
+  console_->FinishTrace();
+  const std::error_code failure(output_error_, std::generic_category());
+  if (!failure || status != 0) return status;
+  // A reader that has gone knows why.
+  if (failure.value() != EPIPE) {
+    console_->Error("korval-asap-server: the trace cannot be written to standard output (" +
+                    failure.message() +
+                    "), so the server ends: give it a file on a disk with room, or /dev/null");
+  }
+  return kOutputLost;
 }
 
 }  // namespace korval::apps

@@ -7,6 +7,7 @@
 
 #include "HeadlessServer.h"
 #include "Options.h"
+#include "platform/process/StandardStreams.h"
 #include "window/RunWindow.h"
 
 namespace {
@@ -44,7 +45,8 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A reader of the trace or a client that goes away must not end the server.
+  // A client that goes away must not end the server, and one who reads the trace not without order.
+  korval::platform::HoldStandardStreams();
   std::signal(SIGPIPE, SIG_IGN);
   QCoreApplication::setApplicationName("korval-asap-server");
   QCoreApplication::setApplicationVersion(KORVAL_VERSION);

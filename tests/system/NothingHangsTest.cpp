@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What hangs around the server - locks, readers, pipes, devices, people at the keyboard - never hangs the
 // server.
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <sstream>
@@ -24,6 +25,21 @@ class NothingHangsTest : public ServerBench {
       options.push_back(option);
     return options;
   }
+  /// More trace than any pipe holds, and than the server keeps.
+  static void CauseTrace(const RawClient& client, int megabytes) {
+    const std::string name(4000, 'n');  // some 16 kB of trace, most of it hexadecimal
+    for (int i = 0; i < 60 * megabytes; ++i) {
+      EXPECT_EQ(StatusOf(client.Ask(GetRequest(1, name + std::to_string(i)))), kError);
+    }
+  }
+  /// Runs the server from a shell, with its standard output as in `redirection`, to its end.
+  int RunWithOutput(const std::string& redirection) {
+    std::vector<std::string> command{"-c", "set -o pipefail; \"$0\" \"$@\" " + redirection,
+                                     KORVAL_ASAP_SERVER};
+    for (const std::string& option : OptionsThatStore()) command.push_back(option);
+    server_.emplace(command, folder_.Path("home"), "/bin/bash");
+    return server_->WaitForExit();
+  }
   std::string StoredSettings() const {
     std::ifstream file(folder_.Path("settings.ini"));
     std::stringstream text;
@@ -45,6 +61,63 @@ TEST_F(NothingHangsTest, ALockOfTheSettingsThatWasLeftOverIsReportedAndTheServer
                 AllOf(HasSubstr("settings.ini is locked"), HasSubstr("settings.ini.lock")));
     EXPECT_EQ(StoredSettings(), "");
   }
+}
+
+TEST_F(NothingHangsTest, AReaderOfTheTraceThatPausesHoldsNobodyUp) {
+  Start({"--debug"});
+  const RawClient client = Connect();
+  OpenEngine(client);
+  server_->PauseReading();
+  CauseTrace(client, 10);
+  ExpectGoodSession(client);
+  server_->ResumeReading();
+  EXPECT_THAT(server_->WaitFor("("), HasSubstr(" lines dropped: nobody has read them in time)"));
+  EXPECT_EQ(StatusOf(client.Ask(HarmlessRequest())), kSuccess);
+  server_->WaitFor("switching");
+  StopInOrder();
+}
+
+TEST_F(NothingHangsTest, TheEndDoesNotWaitForAReaderThatHasPaused) {
+  Start({"--debug"});
+  const RawClient client = Connect();
+  OpenEngine(client);
+  server_->PauseReading();
+  CauseTrace(client, 1);
+  server_->Signal(SIGTERM);
+  server_->WaitUntilItHasEnded();
+  server_->ResumeReading();
+  EXPECT_EQ(server_->WaitForExit(), 0);
+}
+
+TEST_F(NothingHangsTest, AnOutputThatIsFullOrClosedEndsTheServerWithASentence) {
+  for (const std::string output : {">/dev/full", ">&-"}) {
+    SCOPED_TRACE(output);
+    EXPECT_EQ(RunWithOutput(output), 4);
+    EXPECT_THAT(server_->StandardError(), HasSubstr("cannot be written to standard output"));
+  }
+}
+
+TEST_F(NothingHangsTest, AReaderOfTheTraceThatGoesEndsTheServerQuietly) {
+  EXPECT_EQ(RunWithOutput("| head -n 1"), 4);
+  EXPECT_EQ(server_->StandardError(), "");
+}
+
+TEST_F(NothingHangsTest, WhatAClientCausesAgainAndAgainIsCounted) {
+  constexpr std::size_t kTimes = 1000;
+  Start();
+  const RawClient client = Connect();
+  for (std::size_t i = 0; i < kTimes; ++i) client.Ask(HarmlessRequest());
+  std::size_t written = 0;
+  std::size_t counted = 0;
+  while (written + counted < kTimes) {
+    const Lines lines = server_->TraceUntil("(repeated ");
+    written +=
+        static_cast<std::size_t>(std::count(lines.begin(), lines.end(), "switching offline/online(7)"));
+    counted += std::stoul(lines.back().substr(lines.back().find(' ')));
+    EXPECT_THAT(lines.back(), HasSubstr(": switching offline/online(7))"));
+  }
+  EXPECT_EQ(written + counted, kTimes);
+  EXPECT_LT(written, kTimes / 2);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -85,6 +86,7 @@ ServerProcess::~ServerProcess() {
     kill(process_, SIGKILL);
     waitpid(process_, nullptr, 0);
   }
+  ResumeReading();
   reader_.join();
 }
 
@@ -94,6 +96,7 @@ void ServerProcess::Drain(int output, int errors) {
     if (poll(sources.data(), sources.size(), -1) < 0) continue;
     for (pollfd& source : sources) {
       if (source.fd < 0 || source.revents == 0) continue;
+      WaitUntilReading();
       std::array<char, 65536> buffer{};
       const ssize_t count = read(source.fd, buffer.data(), buffer.size());
       if (count <= 0) {
@@ -112,6 +115,22 @@ void ServerProcess::Drain(int output, int errors) {
   const std::lock_guard lock(mutex_);
   if (!open_line_.empty()) lines_.push_back(std::exchange(open_line_, {}));
   drained_ = true;
+  changed_.notify_all();
+}
+
+void ServerProcess::WaitUntilReading() {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [this] { return reading_; });
+}
+
+void ServerProcess::PauseReading() {
+  const std::lock_guard lock(mutex_);
+  reading_ = false;
+}
+
+void ServerProcess::ResumeReading() {
+  const std::lock_guard lock(mutex_);
+  reading_ = true;
   changed_.notify_all();
 }
 
@@ -143,8 +162,10 @@ ServerProcess::Lines ServerProcess::TraceUntil(std::string_view beginning) {
 
 int ServerProcess::WaitForPort() { return std::stoi(WaitFor(kPortLine).substr(kPortLine.size())); }
 
+void ServerProcess::Signal(int signal) const { kill(process_, signal); }
+
 int ServerProcess::Stop(int signal) {
-  kill(process_, signal);
+  Signal(signal);
   return WaitForExit();
 }
 
@@ -158,6 +179,13 @@ int ServerProcess::WaitForExit() {
   waitpid(process_, &status, 0);
   ended_ = true;
   return StatusOf(status);
+}
+
+void ServerProcess::WaitUntilItHasEnded() const {
+  pollfd end{static_cast<int>(syscall(SYS_pidfd_open, process_, 0)), POLLIN, 0};
+  const int ready = poll(&end, 1, static_cast<int>(std::chrono::milliseconds(kDeadline).count()));
+  close(end.fd);
+  if (ready != 1) throw std::runtime_error("the server does not end");
 }
 
 std::string ServerProcess::StandardError() {

@@ -34,10 +34,13 @@ class ServerProcess {
   /// Waits until the server listens, and returns the port.
   int WaitForPort();
 
+  void Signal(int signal) const;
   /// Sends `signal` and returns the exit status, or 128 and more when a signal ended the process.
   int Stop(int signal);
   /// Waits for the end of the process by itself, and returns the exit status likewise.
   int WaitForExit();
+  /// Waits for the end of the process even while nobody reads what it writes, and leaves its status there.
+  void WaitUntilItHasEnded() const;
   /// What the process wrote to standard error so far.
   std::string StandardError();
   /// What is left of the trace after the end of the process.
@@ -46,11 +49,15 @@ class ServerProcess {
   /// Holds the process still, so that bytes sent meanwhile arrive at once when it goes on.
   void Pause() const;
   void Resume() const;
+  /// From now on nobody reads what the process writes, as with a paused pager; and again somebody does.
+  void PauseReading();
+  void ResumeReading();
   /// Resident memory in KiB.
   long ResidentKilobytes() const;
 
  private:
   void Drain(int output, int errors);
+  void WaitUntilReading();
   void TakeOutput(std::string_view bytes);
 
   pid_t process_ = -1;
@@ -60,6 +67,7 @@ class ServerProcess {
   std::deque<std::string> lines_;
   std::string open_line_;
   std::string errors_;
+  bool reading_ = true;
   bool drained_ = false;
   std::thread reader_;
 };

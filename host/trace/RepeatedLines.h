@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/EventLoop.h"
+
+namespace korval::host {
+
+/// Keeps what causes the same trace lines again and again - a client's flood of damaged frames, a serial line
+/// at the wrong speed - from filling the disk: after some hundred repetitions they are only counted. The
+/// count is written when something else happens or the repetitions pause, and once a minute while they go on.
+class RepeatedLines {
+ public:
+  using Sink = std::function<void(std::string_view)>;
+
+  /// Repetitions that are written as they are; each second gives back one of them, something new all.
+  static constexpr std::size_t kWritten = 200;
+  /// Different lines that may take turns.
+  static constexpr std::size_t kTakingTurns = 4;
+  static constexpr std::chrono::seconds kPause{1};
+  static constexpr std::chrono::seconds kLongestSilence{60};
+
+  /// The loop outlives this.
+  RepeatedLines(base::EventLoop& loop, Sink sink);
+
+  /// Takes a piece of the trace, usually a whole line with its line end.
+  void Append(std::string_view piece);
+  /// Writes the counts of what has only been counted so far.
+  void WriteCounts();
+
+ private:
+  struct Line {
+    std::string text;
+    std::size_t counted = 0;
+  };
+
+  bool MayBeWritten();
+  void Count(Line& line);
+
+  base::EventLoop& loop_;
+  Sink sink_;
+  std::unique_ptr<base::Timer> pause_;
+  std::vector<Line> lines_;  // that take turns
+  std::size_t left_ = kWritten;
+  base::TimePoint left_since_{0};
+  base::TimePoint counting_since_{0};
+  bool counting_ = false;
+};
+
+}  // namespace korval::host
