@@ -39,6 +39,7 @@ void EcuFileCheck::CheckRequest(const pugi::xml_node& request) {
   if (!names_.requests.insert(name).second) {
     file_.Report(request, "there is a request of this name already; the first one serves.");
   }
+  ElementCheck(file_, request).OneOf("NoAnswer", {"0", "1"});
   CheckSingle(request, "Sent");
   CheckSingle(request, "Received");
   CheckSent(request);

@@ -20,6 +20,7 @@ void CheckFunction(CheckedFile& file, const pugi::xml_node& function) {
   for (const char* address : {"Address", "Tester", "InitAddress", "Session"}) check.Hex(address, kLastByte);
   check.Integer("Baud", 1, 4000000);
   check.Integer("KeepAliveMs", 0, 3600000);
+  check.Integer("Repeats", 0, 10);
   for (const ecu::TimingParameter& parameter : ecu::kTimingParameters) {
     check.Integer(parameter.attribute, parameter.lowest, parameter.highest);
   }

@@ -72,8 +72,18 @@ std::vector<ItemDescription::NamedValue> ReadTexts(const pugi::xml_node& node) {
 
 std::int32_t IntegerAttribute(const pugi::xml_node& node, const char* name, std::int32_t fallback,
                               std::int32_t lowest, std::int32_t highest) {
+  return OptionalIntegerAttribute(node, name, lowest, highest).value_or(fallback);
+}
+
+std::optional<std::int32_t> OptionalIntegerAttribute(const pugi::xml_node& node, const char* name,
+                                                     std::int32_t lowest, std::int32_t highest) {
   const auto value = base::ReadInteger(node.attribute(name).value());
-  return value && *value >= lowest && *value <= highest ? *value : fallback;
+  if (!value || *value < lowest || *value > highest) return std::nullopt;
+  return value;
+}
+
+bool FlagAttribute(const pugi::xml_node& node, const char* name) {
+  return std::string_view(node.attribute(name).value()) == "1";
 }
 
 Milliseconds MillisecondsAttribute(const pugi::xml_node& node, const char* name, Milliseconds fallback,

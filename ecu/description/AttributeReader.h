@@ -20,6 +20,11 @@ inline constexpr std::int32_t kLongestMessage = 4095;
 /// Decimal integer attribute; `fallback` when it is absent, no number, or outside `lowest` to `highest`.
 std::int32_t IntegerAttribute(const pugi::xml_node& node, const char* name, std::int32_t fallback,
                               std::int32_t lowest, std::int32_t highest);
+/// The same; none when it is absent or cannot be used.
+std::optional<std::int32_t> OptionalIntegerAttribute(const pugi::xml_node& node, const char* name,
+                                                     std::int32_t lowest, std::int32_t highest);
+/// Whether the attribute is 1.
+bool FlagAttribute(const pugi::xml_node& node, const char* name);
 Milliseconds MillisecondsAttribute(const pugi::xml_node& node, const char* name, Milliseconds fallback,
                                    std::int32_t lowest, std::int32_t highest);
 /// Decimal number attribute; none when it is absent or no number.

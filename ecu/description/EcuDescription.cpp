@@ -61,6 +61,7 @@ FunctionDescription ReadFunction(const pugi::xml_node& node) {
     function.session = static_cast<std::uint8_t>(*session);
   }
   function.keep_alive = MillisecondsAttribute(node, "KeepAliveMs", function.keep_alive, 0, 3600000);
+  function.repeats = OptionalIntegerAttribute(node, "Repeats", 0, 10);
   function.timing = Timing::Read(node);
   return function;
 }

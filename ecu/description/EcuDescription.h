@@ -37,6 +37,7 @@ struct FunctionDescription {
   TransportDescription transport;
   std::optional<std::uint8_t> session;  ///< diagnostic mode opened after the start
   Milliseconds keep_alive{2000};        ///< tester present after this much silence, 0: never
+  std::optional<std::int32_t> repeats;  ///< of a reading request; none: as the link has it
   Timing timing;
 };
 

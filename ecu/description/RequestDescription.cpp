@@ -27,6 +27,7 @@ void FitSentBytes(RequestDescription& request) {
 std::optional<RequestDescription> RequestDescription::Read(const pugi::xml_node& node) {
   RequestDescription request;
   request.name = node.attribute("Name").value();
+  request.no_answer = FlagAttribute(node, "NoAnswer");
   const pugi::xml_node sent = node.child("Sent");
   if (request.name.empty()) return std::nullopt;
   auto bytes = BytesAttribute(sent, "Bytes");

@@ -29,6 +29,7 @@ class RequestDescription {
   std::string name;
   /// At most 4095 bytes and as long as its items need; empty when the file gives no bytes to send.
   base::ByteBuffer sent;
+  bool no_answer = false;     ///< the ECU does not answer it
   std::size_t min_bytes = 1;  ///< of the answer, 1 to 4095
   Items sent_items;
 

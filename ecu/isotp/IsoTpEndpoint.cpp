@@ -16,6 +16,7 @@ IsoTpEndpoint::IsoTpEndpoint(std::shared_ptr<base::EventLoop> loop, const IsoTpP
 
 void IsoTpEndpoint::Send(base::ByteView message) {
   connection_.Send(message, loop_->Now());
+  sending_ = true;
   MoveOn();
 }
 
@@ -32,6 +33,7 @@ void IsoTpEndpoint::Stop() {
   connection_.Stop();
   timer_->Stop();
   busy_ = false;
+  sending_ = false;
 }
 
 void IsoTpEndpoint::TimerFired() {
@@ -69,8 +71,13 @@ void IsoTpEndpoint::TellBusy() {
 }
 
 void IsoTpEndpoint::Report() {
-  if (const auto message = connection_.TakeMessage()) events_.on_message(message->View());
-  if (const auto error = connection_.TakeError()) events_.on_error(*error);
+  const auto error = connection_.TakeError();
+  const auto message = connection_.TakeMessage();
+  const bool has_sent = sending_ && !connection_.IsSending();
+  if (has_sent) sending_ = false;
+  if (has_sent && !error && events_.on_sent) events_.on_sent();
+  if (message) events_.on_message(message->View());
+  if (error) events_.on_error(*error);
 }
 
 }  // namespace korval::ecu

@@ -22,6 +22,8 @@ class IsoTpEndpoint {
     /// A message is under way, and something happens to it until then at the latest; now, when the last one
     /// has ended. What is ignored raises nothing.
     std::function<void(base::TimePoint)> on_busy;
+    /// The last message is on the bus. May be empty.
+    std::function<void()> on_sent = {};
   };
 
   IsoTpEndpoint(std::shared_ptr<base::EventLoop> loop, const IsoTpParameters& parameters, Events events);
@@ -48,6 +50,7 @@ class IsoTpEndpoint {
   std::unique_ptr<base::Timer> timer_;
   bool moving_ = false;
   bool busy_ = false;  // as on_busy said
+  bool sending_ = false;
 };
 
 }  // namespace korval::ecu

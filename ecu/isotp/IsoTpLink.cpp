@@ -25,6 +25,7 @@ IsoTpEndpoint::Events IsoTpLink::EndpointEvents() {
     events_.on_failure(NumberOf(error.result), error.text);
   };
   events.on_busy = [this](base::TimePoint until) { events_.on_busy(until); };
+  events.on_sent = [this] { events_.on_sent(); };
   return events;
 }
 

@@ -3,20 +3,7 @@
 
 #include <algorithm>
 
-#include "ecu/kwp2000/Exchange.h"
-
 namespace korval::ecu {
-namespace {
-
-constexpr std::uint8_t kResponsePending = 0x78;
-constexpr std::size_t kNegativeLength = 3;
-
-bool IsPending(base::ByteView message) {
-  return message.size() >= kNegativeLength && message[0] == kNegativeResponse &&
-         message[2] == kResponsePending;
-}
-
-}  // namespace
 
 FrameExchange::FrameExchange(Addresses addresses, base::TimePoint byte_time, EchoFilter& echo)
     : addresses_(addresses), byte_time_(byte_time), echo_(echo) {}
@@ -28,8 +15,9 @@ void FrameExchange::Start(base::ByteView message, HeaderForm form, const KLineTi
   echo_.Expect(frame.View());
   sender_.Start(std::move(frame), now, byte_time_, timing.p4_min);
   reader_.Reset();
-  service_ = message[0];
+  expected_ = ExpectedAnswer(message);
   outcome_ = Outcome::kUnderWay;
+  sent_told_ = false;
   hunting_ = false;
   damage_ = nullptr;
   foreign_message_ = false;
@@ -83,27 +71,29 @@ bool FrameExchange::IsForUs() const {
   return reader_.Target() == addresses_.tester && reader_.Source() == addresses_.ecu;
 }
 
-bool FrameExchange::BelongsToRequest(base::ByteView message) const {
-  if (message[0] == static_cast<std::uint8_t>(service_ + kPositiveOffset)) return true;
-  return message.size() >= kNegativeLength && message[0] == kNegativeResponse && message[1] == service_;
-}
-
 void FrameExchange::FrameArrived(base::TimePoint now) {
   if (!IsForUs() || !sender_.IsDone() || !frame_in_time_) return;
   const base::ByteView message = reader_.Message();
   messages_.emplace_back(message);
-  if (!BelongsToRequest(message)) {
-    foreign_message_ = true;
-  } else if (IsPending(message)) {
+  if (expected_.IsPending(message)) {
     answer_deadline_ = std::min(now + timing_.p2_star + byte_time_, last_deadline_);
-  } else {
+  } else if (expected_.IsPositive(message) || expected_.IsNegative(message)) {
     outcome_ = Outcome::kAnswered;
+  } else {
+    foreign_message_ = true;
   }
+}
+
+bool FrameExchange::TakeSent(base::TimePoint now) {
+  if (sent_told_ || !sender_.IsDone() || now < sender_.End() || echo_.IsMissing()) return false;
+  sent_told_ = true;
+  return true;
 }
 
 // A frame may end after the deadline if it began before it.
 base::TimePoint FrameExchange::Deadline() const {
   if (!sender_.IsDone()) return sender_.Due();
+  if (!sent_told_ && !echo_.IsMissing()) return sender_.End();
   if (!reader_.IsInside() || !frame_in_time_) return answer_deadline_;
   return std::max(answer_deadline_, last_byte_ + timing_.p1_max + byte_time_);
 }

@@ -11,6 +11,7 @@
 #include "ecu/kline/FrameReader.h"
 #include "ecu/kline/KLineTiming.h"
 #include "ecu/kline/PacedSender.h"
+#include "ecu/kwp2000/ExpectedAnswer.h"
 
 namespace korval::ecu {
 
@@ -40,6 +41,8 @@ class FrameExchange {
   base::ByteView TakeBytes(base::TimePoint now);
   void BytesArrived(base::ByteView bytes, base::TimePoint now);
   void TimeElapsed(base::TimePoint now);
+  /// Whether the frame is out, its echo included where there is one; holds once.
+  bool TakeSent(base::TimePoint now);
   /// The messages for us since the last call: the answer, "response pending", foreign ones.
   std::vector<base::ByteBuffer> TakeMessages() { return std::exchange(messages_, {}); }
 
@@ -48,7 +51,6 @@ class FrameExchange {
   base::TimePoint Deadline() const;
   /// When what was sent so far has left.
   base::TimePoint SentUntil() const { return sender_.End(); }
-  std::uint8_t Service() const { return service_; }
   /// What was wrong with the last damaged frame.
   const char* Damage() const { return damage_; }
 
@@ -56,7 +58,6 @@ class FrameExchange {
   void ReadByte(std::uint8_t byte, base::TimePoint now);
   void FrameArrived(base::TimePoint now);
   bool IsForUs() const;
-  bool BelongsToRequest(base::ByteView message) const;
 
   Addresses addresses_;
   base::TimePoint byte_time_;
@@ -65,12 +66,13 @@ class FrameExchange {
   PacedSender sender_;
   FrameReader reader_;
   Outcome outcome_ = Outcome::kSilent;
-  std::uint8_t service_ = 0;
+  ExpectedAnswer expected_;
   base::TimePoint answer_deadline_{};
   base::TimePoint last_deadline_{};  // however often the ECU asks for time
   base::TimePoint last_byte_{};
   bool frame_in_time_ = false;  // the frame being read began before the deadline
-  bool hunting_ = false;        // nothing is a frame before the next silence
+  bool sent_told_ = false;
+  bool hunting_ = false;  // nothing is a frame before the next silence
   const char* damage_ = nullptr;
   bool foreign_message_ = false;
   std::vector<base::ByteBuffer> messages_;

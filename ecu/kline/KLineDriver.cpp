@@ -121,6 +121,8 @@ void KLineDriver::Raise(const KLineTester::Event& event) {
   switch (event.kind) {
     case KLineTester::Event::Kind::kConnected:
       return events_.on_connected();
+    case KLineTester::Event::Kind::kSent:
+      return events_.on_sent();
     case KLineTester::Event::Kind::kMessage:
       return events_.on_message(event.message.View());
     case KLineTester::Event::Kind::kFailure:

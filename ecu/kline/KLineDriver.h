@@ -25,6 +25,8 @@ class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineD
   void Send(base::ByteView message);
   /// Ends the communication. No event comes afterwards until the next Connect.
   void Close();
+  /// Whether the communication stands.
+  bool Stands() const { return tester_.IsConnected(); }
   /// How long the ECU bears silence.
   base::TimePoint LongestSilence() const;
 

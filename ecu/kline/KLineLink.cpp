@@ -23,6 +23,8 @@ void KLineLink::Send(base::ByteView message) { driver_->Send(message); }
 
 void KLineLink::Close() { driver_->Close(); }
 
+bool KLineLink::Stands() const { return driver_->Stands(); }
+
 base::TimePoint KLineLink::LongestSilence() const { return driver_->LongestSilence(); }
 
 }  // namespace korval::ecu

@@ -28,6 +28,9 @@ class KLineLink : public MessageLink {
   void Close() override;
   /// Everything about time is told by on_busy.
   Milliseconds Latency() const override { return Milliseconds(0); }
+  bool Stands() const override;
+  /// A wire among ignition leads: a damaged byte now and then is nothing unusual.
+  int UsualRepeats() const override { return 2; }
   base::TimePoint LongestSilence() const override;
 
  private:

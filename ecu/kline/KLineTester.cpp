@@ -199,6 +199,7 @@ void KLineTester::RunExchange(base::TimePoint now) {
   if (const base::ByteView bytes = exchange_.TakeBytes(now); !bytes.empty()) {
     Write(bytes, exchange_.SentUntil());
   }
+  if (exchange_.TakeSent(now) && purpose_ == Purpose::kRequest) events_.push_back({Event::Kind::kSent, {}});
   exchange_.TimeElapsed(now);
   if (exchange_.CurrentOutcome() != FrameExchange::Outcome::kUnderWay) FinishExchange();
 }
@@ -229,18 +230,18 @@ void KLineTester::FinishExchange() {
       if (purpose_ == Purpose::kInitialisation) TakeAnswer(message_.View());
       break;
     case FrameExchange::Outcome::kNoEcho:
-      Fail(kNoAnswer, kNoEcho);
+      NotAnswered(kNoEcho);
       break;
     case FrameExchange::Outcome::kDisturbed:
-      Fail(kNoAnswer, "the echo is not what was sent: another tester is on the line");
+      NotAnswered("the echo is not what was sent: another tester is on the line");
       break;
     case FrameExchange::Outcome::kDamaged:
-      Fail(kNoAnswer, std::string("the answer was damaged, it has ") + exchange_.Damage());
+      NotAnswered(std::string("the answer was damaged, it has ") + exchange_.Damage());
       break;
     case FrameExchange::Outcome::kSilent:
-      Fail(kNoAnswer, heard_.Empty() && echo_.State() != EchoFilter::Echo::kOff
-                          ? "no answer and no echo: check cable and ignition"
-                          : "no answer");
+      NotAnswered(heard_.Empty() && echo_.State() != EchoFilter::Echo::kOff
+                      ? "no answer and no echo: check cable and ignition"
+                      : "no answer");
       break;
     case FrameExchange::Outcome::kForeign:
       if (purpose_ == Purpose::kInitialisation) Fail(kInitialisationRefused, "another answer");
@@ -288,10 +289,19 @@ void KLineTester::ChangeTiming(base::ByteView answer) {
   if (request[1] == kTimesToGiven) timing_.Change(request.subspan(2));
 }
 
+// The communication stands: the message may be sent again.
+void KLineTester::NotAnswered(const std::string& what) {
+  if (purpose_ != Purpose::kRequest) return Fail(kNoAnswer, what);
+  Report(kNoAnswer, what);
+}
+
 void KLineTester::Fail(std::int32_t number, const std::string& what) {
   phase_ = Phase::kIdle;
   connected_ = false;
-  if (purpose_ == Purpose::kStop) return;
+  if (purpose_ != Purpose::kStop) Report(number, what);
+}
+
+void KLineTester::Report(std::int32_t number, const std::string& what) {
   events_.push_back({Event::Kind::kFailure, {}, number, WhatFailed() + ": " + what + Heard()});
 }
 

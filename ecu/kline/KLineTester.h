@@ -30,7 +30,7 @@ class KLineTester {
     base::ByteBuffer bytes;  ///< to be written
   };
   struct Event {
-    enum class Kind { kConnected, kMessage, kFailure };
+    enum class Kind { kConnected, kSent, kMessage, kFailure };
     Kind kind;
     base::ByteBuffer message;
     std::int32_t number = 0;  ///< of the failure, see ErrorNumbers.h
@@ -87,7 +87,9 @@ class KLineTester {
   void Started(std::uint8_t first_key_byte, std::uint8_t second_key_byte);
   void ChangeTiming(base::ByteView answer);
 
+  void NotAnswered(const std::string& what);
   void Fail(std::int32_t number, const std::string& what);
+  void Report(std::int32_t number, const std::string& what);
   std::string WhatFailed() const;
   std::string Heard() const;
   base::TimePoint Time(Timing::Number Timing::*number) const { return function_.timing.Value(number); }

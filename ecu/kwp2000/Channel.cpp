@@ -7,7 +7,8 @@
 #include <utility>
 
 #include "ecu/description/ErrorNumbers.h"
-#include "ecu/kwp2000/Names.h"
+#include "ecu/kwp2000/ExchangeFailure.h"
+#include "ecu/kwp2000/Services.h"
 
 namespace korval::ecu {
 namespace {
@@ -18,10 +19,13 @@ constexpr std::uint8_t kStopCommunication = 0x82;
 // A 5-baud initialisation with the longest times there are, and the silence in front of it.
 constexpr std::chrono::minutes kConnectWait{6};
 
-ExchangeTiming TimingOf(const Timing& timing, std::chrono::microseconds latency) {
-  return {timing.Value(&Timing::p2) + latency, timing.Value(&Timing::p2_star) + latency,
-          timing.Value(&Timing::pending_cap) + latency, timing.Value(&Timing::busy_repeat),
-          timing.Value(&Timing::busy_cap)};
+ExchangeTiming TimingOf(const Timing& timing, std::chrono::microseconds latency, int repeats) {
+  return {timing.Value(&Timing::p2) + latency,
+          timing.Value(&Timing::p2_star) + latency,
+          timing.Value(&Timing::pending_cap) + latency,
+          timing.Value(&Timing::busy_repeat),
+          timing.Value(&Timing::busy_cap),
+          repeats};
 }
 
 // After these nothing is known of the ECU's state: it has to be initialised anew.
@@ -31,6 +35,9 @@ bool IsLinkLost(std::int32_t number) {
       kCommunicationEnded, kTesterPresentUnanswered};
   return std::find(kNumbers.begin(), kNumbers.end(), number) != kNumbers.end();
 }
+
+// A damaged answer, or none.
+bool IsOfTheAnswer(std::int32_t number) { return number == kNoAnswer || number == kForeignAnswer; }
 
 std::chrono::microseconds DelayUntil(base::TimePoint due, base::TimePoint now) {
   return std::chrono::ceil<std::chrono::microseconds>(std::max(due - now, base::TimePoint::zero()));
@@ -45,6 +52,11 @@ Channel::Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageL
                     [this](base::ByteView message) {
                       if (!current_) return;  // nobody asked: late or doubled
                       current_->exchange.MessageArrived(message, loop_->Now());
+                      Settle();
+                    },
+                    [this] {
+                      if (!current_) return;
+                      current_->exchange.Sent();
                       Settle();
                     },
                     [this](std::int32_t number, const std::string& detail) { LinkFailed(number, detail); },
@@ -79,6 +91,21 @@ void Channel::Reconnect() {
 
 void Channel::Request(base::ByteView request, base::ByteBuffer& answer) {
   const auto self = shared_from_this();
+  const auto pending = Perform(request, IsAnswered(request));
+  const auto failure = Outcome(*pending);
+  if (pending->exchange.CurrentState() != Exchange::State::kForeign) {
+    std::swap(answer, pending->exchange.Answer());
+  }
+  if (failure) throw base::Failure(*failure);
+}
+
+void Channel::Tell(base::ByteView request) {
+  const auto self = shared_from_this();
+  const auto pending = Perform(request, false);
+  if (const auto failure = Outcome(*pending)) throw base::Failure(*failure);
+}
+
+std::shared_ptr<Channel::Pending> Channel::Perform(base::ByteView request, bool answered) {
   if (std::exchange(tester_present_lost_, false)) {
     throw errors_->MakeFailure(kTesterPresentUnanswered, function_.ecu);
   }
@@ -86,13 +113,9 @@ void Channel::Request(base::ByteView request, base::ByteBuffer& answer) {
     Connect();
     WaitUntil([this] { return !current_; });
   } while (state_ != State::kConnected);
-  const auto pending = Start(request, nullptr);
+  auto pending = Start(request, answered, nullptr);
   WaitUntil([&] { return pending->done; });
-  const auto failure = Outcome(*pending);
-  if (pending->exchange.CurrentState() != Exchange::State::kForeign) {
-    std::swap(answer, pending->exchange.Answer());
-  }
-  if (failure) throw base::Failure(*failure);
+  return pending;
 }
 
 void Channel::Close() {
@@ -105,23 +128,25 @@ void Channel::Close() {
   link_->Close();
 }
 
-std::shared_ptr<Channel::Pending> Channel::Start(base::ByteView request,
+std::shared_ptr<Channel::Pending> Channel::Start(base::ByteView request, bool answered,
                                                  std::function<void(Pending&)> on_done) {
-  const base::TimePoint now = loop_->Now();
-  auto pending =
-      std::make_shared<Pending>(Pending{base::ByteBuffer(request),
-                                        Exchange(request, TimingOf(function_.timing, link_->Latency()), now),
-                                        std::move(on_done),
-                                        {},
-                                        false});
+  const int repeats = IsReading(request) ? function_.repeats.value_or(link_->UsualRepeats()) : 0;
+  const ExchangeTiming timing = TimingOf(function_.timing, link_->Latency(), repeats);
+  auto pending = std::make_shared<Pending>(Pending{
+      base::ByteBuffer(request), Exchange(request, timing, loop_->Now()), std::move(on_done), {}, false});
+  if (!answered) pending->exchange.AwaitNoAnswer();
   current_ = pending;
+  Transmit(pending);
+  return pending;
+}
+
+void Channel::Transmit(const std::shared_ptr<Pending>& pending) {
   try {
-    link_->Send(request);
+    link_->Send(pending->request.View());
   } catch (const base::Failure& failure) {
     if (current_ == pending) pending->failure = failure;
   }
   Settle();
-  return pending;
 }
 
 // Finishes the exchange that is under way, or sets the timer for what it waits for.
@@ -147,28 +172,7 @@ void Channel::Finish() {
 }
 
 std::optional<base::Failure> Channel::Outcome(const Pending& pending) const {
-  if (pending.failure) return pending.failure;
-  const Exchange& exchange = pending.exchange;
-  switch (exchange.CurrentState()) {
-    case Exchange::State::kPositive:
-      return std::nullopt;
-    case Exchange::State::kNegative:
-      return errors_->MakeFailure(kNegativeAnswer,
-                                  NegativeAnswerText(exchange.Service(), exchange.Answer().At(2)));
-    case Exchange::State::kForeign:
-      if (exchange.Answer().At(0) == kStopCommunication + kPositiveOffset) {
-        return errors_->MakeFailure(kCommunicationEnded,
-                                    ServiceName(exchange.Service()) + " was answered with stopCommunication");
-      }
-      return errors_->MakeFailure(kForeignAnswer, ServiceName(exchange.Service()) + " was answered with " +
-                                                      exchange.Answer().ToHex());
-    case Exchange::State::kSilent:
-    case Exchange::State::kWaiting:
-      break;
-  }
-  return errors_->MakeFailure(kNoAnswer, function_.ecu + " does not answer " +
-                                             ServiceName(exchange.Service()) +
-                                             " (check ignition, power and cable)");
+  return pending.failure ? pending.failure : FailureOf(pending.exchange, function_.ecu, *errors_);
 }
 
 void Channel::BeginConnect() {
@@ -182,7 +186,7 @@ void Channel::StartSession() {
   if (state_ != State::kConnecting) return;
   if (!function_.session) return EndConnect(std::nullopt);
   const std::array<std::uint8_t, 2> request{kStartDiagnosticSession, *function_.session};
-  Start(request, [this](Pending& pending) {
+  Start(request, true, [this](Pending& pending) {
     auto failure = Outcome(pending);
     if (failure && failure->Number() == kNegativeAnswer) {
       failure = errors_->MakeFailure(kInitialisationRefused, failure->Description());
@@ -207,12 +211,14 @@ void Channel::GiveUpConnecting() {
 
 void Channel::LinkFailed(std::int32_t number, const std::string& detail) {
   base::Failure failure = errors_->MakeFailure(number, detail);
+  const bool of_the_answer = IsOfTheAnswer(number) && link_->Stands();
   if (current_) {
+    if (of_the_answer && current_->exchange.AskAgain(loop_->Now())) return Transmit(current_);
     current_->failure = std::move(failure);
     Finish();
   } else if (state_ == State::kConnecting) {
     EndConnect(std::move(failure));
-  } else if (IsLinkLost(number)) {
+  } else if (IsLinkLost(number) && !of_the_answer) {
     state_ = State::kDisconnected;
   }
 }
@@ -221,7 +227,7 @@ void Channel::TimerFired() {
   if (!current_) return;
   const auto pending = current_;
   pending->exchange.TimeElapsed(loop_->Now());
-  if (pending->exchange.TakeRepeat()) link_->Send(pending->request.View());
+  if (pending->exchange.TakeRepeat()) return Transmit(pending);
   Settle();
 }
 
@@ -252,7 +258,7 @@ void Channel::KeepAlive() {
   const base::TimePoint due = current_ ? now + keep_alive_ : last_exchange_ + keep_alive_;
   if (now < due) return keep_alive_timer_->Start(DelayUntil(due, now));
   StartKeepAlive();
-  Start(std::array{kTesterPresent}, [this](Pending& pending) {
+  Start(std::array{kTesterPresent}, true, [this](Pending& pending) {
     // Any answer shows that the ECU is there, and what is wrong with the link the next request will say.
     const auto failure = Outcome(pending);
     tester_present_lost_ = failure && failure->Number() == kNoAnswer;

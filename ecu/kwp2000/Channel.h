@@ -40,8 +40,11 @@ class Channel : public std::enable_shared_from_this<Channel> {
   /// Sends `request` (not empty) once no other exchange is under way, connecting first when need be, and
   /// waits for its answer. Raises 2001 for a negative answer, which is in `answer` too, 2000, 2003, the
   /// link's own failure, 2045 when the ECU ends the communication instead, 2046 once after an unanswered
-  /// tester present, or 1000 when closed meanwhile.
+  /// tester present, or 1000 when closed meanwhile. A request that only reads is repeated before 2000 and
+  /// the link's own 2000 and 2003.
   void Request(base::ByteView request, base::ByteBuffer& answer);
+  /// As Request, but the ECU does not answer this one: returns when it is out.
+  void Tell(base::ByteView request);
 
   /// Ends the communication for good: waits that are under way end with Failure 1000.
   void Close();
@@ -56,7 +59,10 @@ class Channel : public std::enable_shared_from_this<Channel> {
     bool done = false;
   };
 
-  std::shared_ptr<Pending> Start(base::ByteView request, std::function<void(Pending&)> on_done);
+  std::shared_ptr<Pending> Perform(base::ByteView request, bool answered);
+  std::shared_ptr<Pending> Start(base::ByteView request, bool answered,
+                                 std::function<void(Pending&)> on_done);
+  void Transmit(const std::shared_ptr<Pending>& pending);
   void Settle();
   void Finish();
   std::optional<base::Failure> Outcome(const Pending& pending) const;

@@ -4,21 +4,17 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <utility>
 
 #include "base/ByteBuffer.h"
 #include "base/EventLoop.h"
+#include "ecu/kwp2000/ExpectedAnswer.h"
 
 namespace korval::ecu {
 
-inline constexpr std::uint8_t kNegativeResponse = 0x7F;
-/// A positive answer's service is the request's plus this.
-inline constexpr std::uint8_t kPositiveOffset = 0x40;
-
-/// How long an exchange may take.
+/// How long an exchange may take, and how often its request goes out.
 struct ExchangeTiming {
   base::TimePoint answer{};   ///< P2: until the answer
   base::TimePoint pending{};  ///< P2*: until the answer, after each "response pending"
@@ -27,6 +23,8 @@ struct ExchangeTiming {
   /// one it still is.
   base::TimePoint busy_repeat{};
   base::TimePoint busy_cap{};
+  /// How often the request is sent again because its answer is damaged or missing.
+  int repeats = 0;
 };
 
 class Exchange {
@@ -46,6 +44,14 @@ class Exchange {
   /// does not extend the wait; 7F ss 78 does.
   void MessageArrived(base::ByteView message, base::TimePoint now);
   void TimeElapsed(base::TimePoint now);
+  /// The request is out; that ends an exchange to which no answer comes.
+  void Sent() {
+    if (state_ == State::kWaiting && !answered_) state_ = State::kPositive;
+  }
+  /// No answer comes to the request: it is done when it is out.
+  void AwaitNoAnswer() { answered_ = false; }
+  /// The link says that the answer is damaged or missing. Whether the request has to be sent once more now.
+  bool AskAgain(base::TimePoint now);
   /// Whether the request has to be sent once more now; holds once.
   bool TakeRepeat() { return std::exchange(repeat_due_, false); }
   /// The link carries a part of the request or of the answer until then at the latest: P2 does not end
@@ -61,23 +67,21 @@ class Exchange {
   const base::ByteBuffer& Answer() const { return answer_; }
   base::ByteBuffer& Answer() { return answer_; }
   /// Service of the request.
-  std::uint8_t Service() const { return head_[0]; }
+  std::uint8_t Service() const { return expected_.Service(); }
 
  private:
-  bool IsPositive(base::ByteView message) const;
-  bool IsNegative(base::ByteView message) const;
   bool PlanRepeat(base::TimePoint now);
 
-  // The request's service, and the identifier that its positive answer repeats.
-  std::array<std::uint8_t, 3> head_{};
-  std::size_t repeated_ = 0;  // bytes of the identifier
+  ExpectedAnswer expected_;
   ExchangeTiming timing_;
+  bool answered_ = true;
   base::TimePoint last_deadline_;
   base::TimePoint deadline_;
   base::TimePoint busy_deadline_{};
   std::optional<base::TimePoint> repeat_end_;  // none while the ECU was not busy
   std::optional<base::TimePoint> repeat_at_;
   bool repeat_due_ = false;
+  int repeated_ = 0;
   State state_ = State::kWaiting;
   base::ByteBuffer answer_;
 };

@@ -20,6 +20,8 @@ class MessageLink {
     std::function<void()> on_connected;
     /// The bytes are valid during the call.
     std::function<void(base::ByteView)> on_message;
+    /// The last message is out.
+    std::function<void()> on_sent;
     /// The start, the last message or the link as a whole failed: a number of ErrorNumbers.h, and what
     /// happened in a sentence.
     std::function<void(std::int32_t, const std::string&)> on_failure;
@@ -39,6 +41,11 @@ class MessageLink {
   virtual void Close() = 0;
   /// What the link adds to the time in which the ECU answers.
   virtual Milliseconds Latency() const = 0;
+  /// Whether the communication stands after a failure 2000 or 2003: that was the last message's alone, and it
+  /// may be sent again.
+  virtual bool Stands() const { return true; }
+  /// How often a reading request whose answer is damaged or missing is sent again, unless the ECU file says.
+  virtual int UsualRepeats() const { return 0; }
   /// The communication has ended by itself when there was no exchange for longer than this (P3max).
   virtual base::TimePoint LongestSilence() const { return base::TimePoint::max(); }
 };

@@ -19,6 +19,7 @@ class EcuConnection {
   void Initialise() { Open()->Connect(); }
   void Reinitialise() { Open()->Reconnect(); }
   void Exchange(base::ByteView request, base::ByteBuffer& answer) { Open()->Request(request, answer); }
+  void Tell(base::ByteView request) { Open()->Tell(request); }
 
  private:
   std::shared_ptr<Channel> Open();

@@ -30,6 +30,10 @@ void Request::Execute() {
     throw errors_->MakeFailure(kNoAnswer, Name() + " has no bytes to send in its file");
   }
   base::ByteBuffer answer;
+  if (messages_->description->no_answer) {
+    connection_->Tell(messages_->sent.View());
+    return std::swap(messages_->answer, answer);
+  }
   connection_->Exchange(messages_->sent.View(), answer);
   const std::size_t needed = messages_->description->min_bytes;
   if (answer.Length() < needed) {

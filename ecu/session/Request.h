@@ -21,7 +21,8 @@ class Request : public viator3::Request {
                                          std::shared_ptr<const ErrorTable> errors);
 
   const std::string& Name() const override { return messages_->description->name; }
-  /// Raises 2002 for an answer shorter than the request's MinBytes; the items then keep their values.
+  /// Raises 2002 for an answer shorter than the request's MinBytes; the items then keep their values. They
+  /// have none after a request that is not answered.
   void Execute() override;
   const Items& Data() const override;
   const Items& Parameters() const override;

@@ -10,6 +10,7 @@
 
 #include "ecu/description/ItemCoding.h"
 #include "ecu/kwp2000/Exchange.h"
+#include "ecu/kwp2000/Services.h"
 #include "ecu/simulation/SignalValue.h"
 
 namespace korval::ecu {
@@ -133,9 +134,11 @@ base::ByteView SimulatedEcu::AnswerTo(base::ByteView request, const RequestDescr
     const auto fixed = fixed_answers_.find(KeyOf(request));
     if (fixed != fixed_answers_.end()) return fixed->second;
   }
+  if (!IsAnswered(request)) return {};
   if (IsAboutDtcs(service)) return TroubleCodes(request);
   if (described != nullptr) {
     values_.Hold(described->sent_items, request);
+    if (described->no_answer) return {};
     return answers_.try_emplace(described, *described).first->second.At(now - start_, values_);
   }
   if (service == kStartSession && request.size() == 2) return Acknowledge(request, 1);

@@ -14,14 +14,14 @@ void SimulatedLink::Connect() {
 
 void SimulatedLink::Send(base::ByteView message) {
   const SimulatedEcu::Reaction reaction = ecu_->React(message, loop_->Now());
+  if (!reaction.fault && reaction.answer.empty()) return events_.on_sent();
   if (ecu_->Latency().count() == 0) {
     if (reaction.fault) return events_.on_failure(*reaction.fault, "");
-    if (!reaction.answer.empty()) events_.on_message(reaction.answer);
-    return;
+    return events_.on_message(reaction.answer);
   }
   Deliver([this, fault = reaction.fault, answer = base::ByteBuffer(reaction.answer)] {
     if (fault) return events_.on_failure(*fault, "");
-    if (!answer.Empty()) events_.on_message(answer.View());
+    events_.on_message(answer.View());
   });
 }
 

@@ -78,6 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
         Damage{"BaudZero", "10400", "0", 3, "Baud=\"0\" is no whole number from 1 to 4000000."},
         Damage{"BaudNoNumber", "10400", "fast", 3, "Baud=\"fast\" is no whole number"},
         Damage{"TimingOutOfRange", "P2Ms=\"50\"", "P2Ms=\"60001\"", 3, "P2Ms=\"60001\" is no whole number"},
+        Damage{"Repeats", "Baud", "Repeats=\"11\" Baud", 3, "from 0 to 10"},
         Damage{"KeepAliveNegative", "Baud", "KeepAliveMs=\"-1\" Baud", 3, "from 0 to 3600000"},
         Damage{"BaseIdentifierTooLarge", "\"740\"", "\"800\"", 3, "RequestId=\"800\" is no CAN identifier"},
         Damage{"ExtendedIdentifierTooLarge", "18DAF110", "28DAF110", 3, "is no CAN identifier"},

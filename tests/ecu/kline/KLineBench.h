@@ -19,6 +19,7 @@ inline constexpr char kKLineRequests[] =
     "<DataItem Name='Temp' Ref='1' FirstByte='5' Offset='-40'/>"
     "<DataItem Name='State' Ref='1' FirstByte='6'/></Received></Request>"
     "<Request Name='PRESENT'><Sent Bytes='3E'/></Request>"
+    "<Request Name='TELL_LIMIT' NoAnswer='1'><Sent Bytes='3B1105'/></Request>"
     "<Request Name='WRITE_LIMIT'><Sent Bytes='3B1005'><DataItem Name='Limit' "
     "FirstByte='3'/></Sent></Request>";
 

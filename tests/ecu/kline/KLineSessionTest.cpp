@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Sessions over a K-line in memory, the simulated ECU at its far end.
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <vector>
@@ -126,11 +127,61 @@ TEST(KLineSessionTest, FaultsOfTheWireEndInTheirNumbersAndTheNextRequestHasItsAn
                               {"pending", "61010C808202"},
                               {"foreign", "61010C808202"}};
   for (const Row& row : rows) {
-    KLineBench bench(
-        "", std::string(KLineBench::kUsualSimulation) + "<Fault Request='READ' Wire='" + row.fault + "'/>");
+    KLineBench bench("Repeats='0'", std::string(KLineBench::kUsualSimulation) +
+                                        "<Fault Request='READ' Wire='" + row.fault + "'/>");
     const std::string outcome = bench.Send("2101");
     EXPECT_EQ(outcome.substr(0, std::string(row.outcome).size()), row.outcome) << row.fault;
     EXPECT_EQ(bench.Send("2101"), "61010C808202") << row.fault;
+  }
+}
+
+TEST(KLineSessionTest, OneDamagedOrMissingAnswerCostsOneExchangeMore) {
+  for (const std::string init : {"Init='fast'", "Init='slow'"}) {
+    for (const std::string fault : {"damaged", "missing", "late"}) {
+      KLineBench bench(
+          init, std::string(KLineBench::kUsualSimulation) + "<Fault Request='READ' Wire='" + fault + "'/>");
+      bench.line->has_break = false;
+      bench.Engine()->Initialise();
+      const base::TimePoint before = bench.loop->Now();
+      const std::size_t said = bench.TesterSaid().size();
+      EXPECT_EQ(bench.Send("2101"), "61010C808202") << init << fault;
+      EXPECT_EQ(bench.TesterSaid().substr(said), FromTester("2101") + FromTester("2101")) << init << fault;
+      EXPECT_LT(bench.loop->Now() - before, milliseconds(400)) << init << fault;
+    }
+  }
+}
+
+TEST(KLineSessionTest, AnswerThatIsDamagedAgainAndAgainIs2000AfterTwoRepeats) {
+  KLineBench bench("KeepAliveMs='0'", std::string(KLineBench::kUsualSimulation) +
+                                          "<Fault Request='READ' Wire='damaged' Times='3'/>");
+  const std::string failure = bench.Send("2101");
+  EXPECT_EQ(failure.substr(0, 4), "2000") << failure;
+  EXPECT_NE(failure.find("a wrong checksum"), std::string::npos) << failure;
+  EXPECT_EQ(bench.TesterSaid(),
+            FromTester("81") + FromTester("2101") + FromTester("2101") + FromTester("2101"));
+  EXPECT_EQ(bench.Send("2101"), "61010C808202");
+}
+
+TEST(KLineSessionTest, RequestThatChangesSomethingIsNotSentAgain) {
+  KLineBench bench(
+      "", std::string(KLineBench::kUsualSimulation) + "<Fault Request='WRITE_LIMIT' Wire='damaged'/>");
+  EXPECT_EQ(bench.NumberOf("3B1005"), "2000");
+  EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("3B1005"));
+}
+
+TEST(KLineSessionTest, RequestWithoutAnAnswerIsNoFailureAndNoNewInitialisation) {
+  for (const bool echo : {true, false}) {
+    KLineBench bench("KeepAliveMs='0'");
+    bench.line->echo = echo;
+    EXPECT_EQ(bench.Send("3E02"), "");
+    const auto requests = bench.Engine()->RequestList();
+    const auto told = std::find_if(requests.begin(), requests.end(),
+                                   [](const auto& request) { return request->Name() == "TELL_LIMIT"; });
+    ASSERT_NE(told, requests.end());
+    (*told)->Execute();
+    EXPECT_EQ(bench.Send("2101"), "61010C808202");
+    EXPECT_EQ(bench.TesterSaid(),
+              FromTester("81") + FromTester("3E02") + FromTester("3B1105") + FromTester("2101"));
   }
 }
 
@@ -313,7 +364,7 @@ TEST(KLineSessionTest, LineWithoutASilenceIsGivenUpAndServesOnceItIsSilent) {
 }
 
 TEST(KLineSessionTest, FloodWhileTheAnswerIsAwaitedEndsWithP2) {
-  KLineBench bench;
+  KLineBench bench("Repeats='0'");
   EXPECT_EQ(bench.NumberOf("2101"), "6101");
   bench.PullEcuOut();
   bool flooded = true;

@@ -24,7 +24,7 @@ struct Outcome {
 };
 
 // The outcome of 21 01 with a script for it, from the end of the initialisation.
-Outcome Play(const Script& script, const std::string& function = "KeepAliveMs='0'") {
+Outcome Play(const Script& script, const std::string& function = "KeepAliveMs='0' Repeats='0'") {
   KLineBench bench(function);
   bench.Engine()->Initialise();
   ScriptedEcu ecu(bench, script);
@@ -125,14 +125,14 @@ TEST(KLineViolationTest, EndlessPendingEndsAtTheCap) {
   for (int answer = 0; answer < 100; ++answer) {
     script.push_back({milliseconds(25 + 1000 * answer), FromEcu("7F2178")});
   }
-  const Outcome outcome = Play(script, "KeepAliveMs='0' PendingCapMs='20000'");
+  const Outcome outcome = Play(script, "KeepAliveMs='0' Repeats='0' PendingCapMs='20000'");
   EXPECT_EQ(outcome.result.substr(0, 4), "2000");
   EXPECT_GE(outcome.took, milliseconds(19900));
   EXPECT_LE(outcome.took, milliseconds(20100));
 }
 
 TEST(KLineViolationTest, SomebodyElseSpeakingIntoTheRequestEndsIt) {
-  KLineBench bench("KeepAliveMs='0'");
+  KLineBench bench("KeepAliveMs='0' Repeats='0'");
   bench.Engine()->Initialise();
   // P3 after the initialisation, then the first byte of the request goes out.
   bench.loop->At(milliseconds(56), [&] { bench.line->EcuWrites("AA"); });
@@ -201,8 +201,9 @@ TEST(KLineViolationTest, AnswersToTesterPresentThatAreNoneAre2046OnceAndNeverAno
   const std::vector<PresentRow> rows{
       {"late", "2046"}, {"missing", "2046"}, {"damaged", "2046"}, {"pending", "6101"}, {"foreign", "6101"}};
   for (const PresentRow& row : rows) {
-    KLineBench bench("KeepAliveMs='1000'", std::string(KLineBench::kUsualSimulation) +
-                                               "<Fault Request='PRESENT' Wire='" + row.fault + "'/>");
+    KLineBench bench(
+        "KeepAliveMs='1000' Repeats='0'",
+        std::string(KLineBench::kUsualSimulation) + "<Fault Request='PRESENT' Wire='" + row.fault + "'/>");
     bench.Engine()->Initialise();
     bench.loop->Advance(milliseconds(1600));
     EXPECT_EQ(bench.NumberOf("2101"), row.next) << row.fault;
@@ -290,7 +291,7 @@ TEST(KLineViolationTest, FiveBaudInitialisationsThatStopHalfway) {
 }
 
 TEST(KLineViolationTest, LateAnswerIsNotTakenForTheNextRequests) {
-  KLineBench bench("KeepAliveMs='0'");
+  KLineBench bench("KeepAliveMs='0' Repeats='0'");
   bench.Engine()->Initialise();
   ScriptedEcu ecu(bench, {{milliseconds(90), FromEcu("6101FFFFFFFF")}});
   EXPECT_EQ(bench.NumberOf("2101"), "2000");

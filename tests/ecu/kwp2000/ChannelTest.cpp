@@ -36,12 +36,15 @@ class ScriptedLink : public MessageLink {
   void Send(base::ByteView message) override {
     log_.push_back(base::HexText(message));
     if (on_send) return on_send(base::HexText(message));
+    events_.on_sent();
     const auto answer = answers.find(base::HexText(message));
     if (answer != answers.end()) Arrive(answer->second);
   }
   void Close() override { log_.emplace_back("close"); }
   Milliseconds Latency() const override { return latency; }
   base::TimePoint LongestSilence() const override { return longest_silence; }
+  bool Stands() const override { return stands; }
+  int UsualRepeats() const override { return usual_repeats; }
 
   void Arrive(const std::string& hex) { events_.on_message(ByteBuffer::FromHex(hex).View()); }
   void Fail(std::int32_t number) { events_.on_failure(number, "as scripted"); }
@@ -52,6 +55,8 @@ class ScriptedLink : public MessageLink {
   std::map<std::string, std::string> answers{{"2101", "6101AB"}, {"3E", "7E"}, {"1081", "5081"}};
   Milliseconds latency{0};
   base::TimePoint longest_silence = base::TimePoint::max();
+  bool stands = true;
+  int usual_repeats = 0;
 
  private:
   std::vector<std::string>& log_;
@@ -176,6 +181,87 @@ TEST_F(ChannelTest, SilenceIs2000AfterP2AndTheNextRequestConnectsAnew) {
   link->answers["2101"] = "6101";
   EXPECT_EQ(Request(), 0);
   EXPECT_THAT(log, ElementsAre("connect", "2101", "connect", "2101"));
+}
+
+TEST_F(ChannelTest, ReadingRequestIsSentAgainBeforeTheLinkCountsAsLost) {
+  function.repeats = 2;
+  Open();
+  int times = 0;
+  link->on_send = [&](const std::string&) {
+    if (++times == 2) return link->Fail(kNoAnswer);
+    if (times == 3) link->Arrive("6101AB");
+  };
+  EXPECT_EQ(Request(), 0);
+  EXPECT_EQ(answer.ToHex(), "6101AB");
+  EXPECT_EQ(loop->Now(), milliseconds(50));
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "2101", "2101"));
+}
+
+TEST_F(ChannelTest, ReadingRequestThatIsNeverAnsweredIs2000AfterItsRepeats) {
+  function.repeats = 1;
+  Open();
+  link->on_send = [this](const std::string&) { link->Fail(kForeignAnswer); };
+  EXPECT_EQ(Request(), kForeignAnswer);
+  EXPECT_TRUE(channel->IsConnected());
+  link->on_send = [](const std::string&) {};
+  EXPECT_EQ(Request(), kNoAnswer);
+  EXPECT_FALSE(channel->IsConnected());
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "2101", "2101", "2101"));
+}
+
+TEST_F(ChannelTest, TheLinkSaysHowOftenUnlessTheFileDoes) {
+  Open();
+  link->usual_repeats = 3;
+  link->answers.clear();
+  EXPECT_EQ(Request(), kNoAnswer);
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "2101", "2101", "2101"));
+  function.repeats = 0;
+  Open();
+  link->usual_repeats = 3;
+  link->answers.clear();
+  EXPECT_EQ(Request(), kNoAnswer);
+  EXPECT_EQ(log.back(), "2101");
+  EXPECT_EQ(*(log.end() - 2), "connect");
+}
+
+TEST_F(ChannelTest, RequestThatChangesSomethingIsNeverRepeated) {
+  function.repeats = 2;
+  Open();
+  channel->Connect();
+  for (const std::string request : {"3B1005", "1082", "1101", "14FF00", "3101", "17FFFF"}) {
+    channel->Connect();
+    log.clear();
+    EXPECT_EQ(Request(request), kNoAnswer) << request;
+    EXPECT_THAT(log, ElementsAre(request));
+  }
+}
+
+TEST_F(ChannelTest, LinkThatNoLongerStandsIsNotAskedAgain) {
+  function.repeats = 2;
+  Open();
+  channel->Connect();
+  link->stands = false;
+  link->on_send = [this](const std::string&) { link->Fail(kNoAnswer); };
+  EXPECT_EQ(Request(), kNoAnswer);
+  EXPECT_THAT(log, ElementsAre("connect", "2101"));
+}
+
+TEST_F(ChannelTest, RequestWithoutAnAnswerByDesignEndsWhenItIsOut) {
+  Open();
+  EXPECT_EQ(Request("3E02"), 0);
+  EXPECT_EQ(answer.ToHex(), "");
+  EXPECT_EQ(NumberOf([&] { channel->Tell(ByteBuffer::FromHex("3B1005").View()); }), 0);
+  EXPECT_EQ(loop->Now(), milliseconds(0));
+  EXPECT_TRUE(channel->IsConnected());
+  EXPECT_THAT(log, ElementsAre("connect", "3E02", "3B1005"));
+}
+
+TEST_F(ChannelTest, LateSilenceAfterARequestWithoutAnAnswerLosesNothing) {
+  Open();
+  EXPECT_EQ(Request("3E02"), 0);
+  link->Fail(kNoAnswer);
+  EXPECT_TRUE(channel->IsConnected());
+  EXPECT_EQ(Request(), 0);
 }
 
 TEST_F(ChannelTest, LatencyOfTheLinkIsGivenOnTopOfP2) {

@@ -77,6 +77,32 @@ TEST(ExchangeTest, AnswerToARepeatedRequestEndsIt) {
   EXPECT_EQ(exchange.CurrentState(), State::kPositive);
 }
 
+TEST(ExchangeTest, RequestIsSentAgainAsOftenAsItMayBe) {
+  ExchangeTiming timing = kTiming;
+  timing.repeats = 2;
+  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, milliseconds(0));
+  exchange.TimeElapsed(milliseconds(50));
+  EXPECT_TRUE(exchange.TakeRepeat());
+  EXPECT_EQ(exchange.Deadline(), milliseconds(100));
+  EXPECT_TRUE(exchange.AskAgain(milliseconds(70)));
+  EXPECT_EQ(exchange.Deadline(), milliseconds(120));
+  EXPECT_FALSE(exchange.AskAgain(milliseconds(80)));
+  exchange.TimeElapsed(milliseconds(120));
+  EXPECT_FALSE(exchange.TakeRepeat());
+  EXPECT_EQ(exchange.CurrentState(), State::kSilent);
+}
+
+TEST(ExchangeTest, RequestToWhichNoAnswerComesIsDoneWhenItIsOut) {
+  Exchange exchange = Begin("2101");
+  exchange.Sent();
+  EXPECT_EQ(exchange.CurrentState(), State::kWaiting);
+  Exchange unanswered = Begin("2101");
+  unanswered.AwaitNoAnswer();
+  unanswered.Sent();
+  EXPECT_EQ(unanswered.CurrentState(), State::kPositive);
+  EXPECT_TRUE(unanswered.Answer().Empty());
+}
+
 TEST(ExchangeTest, LinkThatIsBusyPutsTheDeadlineOffButNotBeyondTheCap) {
   Exchange exchange = Begin("2101");
   exchange.LinkBusy(milliseconds(3000));

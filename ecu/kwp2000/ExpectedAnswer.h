@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "base/ByteBuffer.h"
+
+namespace korval::ecu {
+
+inline constexpr std::uint8_t kNegativeResponse = 0x7F;
+/// A positive answer's service is the request's plus this.
+inline constexpr std::uint8_t kPositiveOffset = 0x40;
+
+/// What the answer to one request looks like (ISO 14230-3).
+class ExpectedAnswer {
+ public:
+  /// Of no request yet: nothing is its answer.
+  ExpectedAnswer() = default;
+  /// `request` is not empty.
+  explicit ExpectedAnswer(base::ByteView request);
+
+  /// Of the request's service, and repeating the identifier that it names. Messages are not empty.
+  bool IsPositive(base::ByteView message) const;
+  bool IsNegative(base::ByteView message) const;
+  /// A negative answer that only asks for time (7F ss 78).
+  bool IsPending(base::ByteView message) const;
+  /// Service of the request.
+  std::uint8_t Service() const { return head_[0]; }
+
+ private:
+  // The request's service, and the identifier that its positive answer repeats.
+  std::array<std::uint8_t, 3> head_{};
+  std::size_t repeated_ = 0;  // bytes of the identifier
+};
+
+}  // namespace korval::ecu

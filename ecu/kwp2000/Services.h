@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "base/ByteBuffer.h"
+
+namespace korval::ecu {
+
+/// Whether the request only reads, so that sending it once more changes nothing: neither in the ECU nor in
+/// what the next request gets. `request` is not empty.
+bool IsReading(base::ByteView request);
+
+/// Whether the ECU answers the request; testerPresent with "no response required" (3E 02) it does not.
+/// `request` is not empty.
+bool IsAnswered(base::ByteView request);
+
+}  // namespace korval::ecu
