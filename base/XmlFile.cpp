@@ -3,12 +3,10 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
-#include <fstream>
-#include <system_error>
 
 #include "base/AnsiText.h"
 #include "base/Failure.h"
+#include "base/FileContent.h"
 
 namespace korval::base {
 namespace {
@@ -37,25 +35,6 @@ XmlDocument Checked(const std::shared_ptr<pugi::xml_document>& document, const p
   return document;
 }
 
-std::string ReadWhole(const std::filesystem::path& path) {
-  std::error_code error;
-  const std::string name = path.string();
-  if (!std::filesystem::exists(path, error)) {
-    throw Failure("File not found: " + name + " (check the folder and the file's name)");
-  }
-  if (!std::filesystem::is_regular_file(path, error)) throw Failure("Not a file: " + name);
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  if (error || size > kMaxXmlFileSize) {
-    throw Failure("File too large: " + name + " has more than " + std::to_string(kMaxXmlFileSize) + " bytes");
-  }
-  std::ifstream file(path, std::ios::binary);
-  std::string text(static_cast<std::size_t>(size), '\0');
-  if (!file || !file.read(text.data(), static_cast<std::streamsize>(size))) {
-    throw Failure("File cannot be read: " + name + " (check the access rights)");
-  }
-  return text;
-}
-
 }  // namespace
 
 XmlDocument LoadXmlText(std::string_view text, const std::string& name) {
@@ -71,7 +50,7 @@ XmlDocument LoadXmlText(std::string_view text, const std::string& name) {
 }
 
 XmlDocument LoadXmlFile(const std::filesystem::path& path) {
-  std::string text = ReadWhole(path);
+  std::string text = ReadFile(path, kMaxXmlFileSize);
   const std::string name = path.filename().string();
   if (text.empty() || DeclaresWindows1252(text)) return LoadXmlText(text, name);
   // The parser keeps pointers into the text, which spares a copy of a large file.

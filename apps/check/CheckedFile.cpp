@@ -3,29 +3,19 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 #include <utility>
 
 #include "base/Failure.h"
+#include "base/FileContent.h"
 
 namespace korval::apps {
 namespace {
 
 std::string ReadBytes(const std::filesystem::path& path) {
   std::error_code error;
-  const std::string name = path.string();
-  if (!std::filesystem::exists(path, error)) throw base::Failure(name + ": there is no such file");
-  if (!std::filesystem::is_regular_file(path, error)) throw base::Failure(name + " is no file");
-  if (std::filesystem::file_size(path, error) > base::kMaxXmlFileSize || error) {
-    throw base::Failure(name + " is too large; the server reads at most " +
-                        std::to_string(base::kMaxXmlFileSize >> 20) + " MiB");
-  }
-  std::ifstream file(path, std::ios::binary);
-  std::string bytes{std::istreambuf_iterator<char>(file), {}};
-  if (!file) throw base::Failure(name + " cannot be read; check the access rights");
-  return bytes;
+  if (!std::filesystem::exists(path, error)) throw base::Failure(path.string() + ": there is no such file");
+  return base::ReadFile(path, base::kMaxXmlFileSize);
 }
 
 // What tells elements of one kind apart.

@@ -9,7 +9,8 @@ namespace {
 constexpr char kDescription[] =
     "The simulated ECU of an ECU file at the other end of a wire: K-line on a pseudo terminal, or a CAN "
     "bus.\n"
-    "Its Simulation element says what it answers, and which faults it has. Stops on SIGINT and SIGTERM.";
+    "Its Simulation element says what it answers, and which faults it has. Stops on SIGINT, SIGTERM and "
+    "SIGHUP.";
 
 QCommandLineOption WithValue(const char* name, const char* value, const char* description) {
   return {QString::fromLatin1(name), QString::fromUtf8(description), QString::fromLatin1(value)};

@@ -38,8 +38,8 @@ std::shared_ptr<ecu::BusLog> OpenLog(const Options& options) {
 }
 
 int Serve(const std::string& where) {
-  std::cout << where << std::endl;
   const korval::platform::StopSignals stop([] { QCoreApplication::quit(); });
+  std::cout << where << std::endl;
   return QCoreApplication::exec();
 }
 

@@ -26,7 +26,7 @@ QCommandLineOption Flag(const char* name, const char* description) {
 void AddOptions(QCommandLineParser& parser) {
   parser.setApplicationDescription(QString::fromUtf8(kDescription));
   parser.addOptions({
-      Flag("headless", "No window; the trace goes to standard output. Stops on SIGINT and SIGTERM."),
+      Flag("headless", "No window; the trace goes to standard output. Stops on SIGINT, SIGTERM and SIGHUP."),
       WithValue("tcp-port", "N", "TCP port; 0 takes any free one and keeps it for the whole run."),
       WithValue("listen", "ADDRESS", "Local address to listen on (default: all)."),
       WithValue("allow", "ADDRESS[/BITS]", "Only these clients may connect; repeatable (default: any)."),

@@ -3,12 +3,11 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <system_error>
 #include <utility>
 
 #include "base/Failure.h"
+#include "base/FileContent.h"
 #include "base/XmlFile.h"
 #include "ecu/can/DbcFile.h"
 #include "ecu/description/AttributeReader.h"
@@ -38,18 +37,6 @@ constexpr std::uintmax_t kLongestDbc = 32 << 20;
 bool IsDbc(const std::string& path) {
   const std::string extension = std::filesystem::path(path).extension().string();
   return extension == ".dbc" || extension == ".DBC";
-}
-
-std::string ReadDbc(const std::string& path) {
-  std::error_code error;
-  const std::uintmax_t length = std::filesystem::file_size(path, error);
-  std::ifstream file(path, std::ios::binary);
-  if (error || !file) throw base::Failure("CAN messaging file " + path + " cannot be read");
-  if (length > kLongestDbc) throw base::Failure("CAN messaging file " + path + " is longer than 32 MiB");
-  std::string content(static_cast<std::size_t>(length), '\0');
-  file.read(content.data(), static_cast<std::streamsize>(length));
-  content.resize(static_cast<std::size_t>(file.gcount()));
-  return content;
 }
 
 ItemDescription ItemOf(const DbcFile::Signal& signal) {
@@ -126,7 +113,7 @@ MessagingFile MessagingFile::FromXml(const pugi::xml_node& messaging) {
 
 MessagingFile LoadMessagingFile(const std::string& path) {
   if (IsDbc(path)) {
-    MessagingFile file = MessagingFile::FromDbc(ReadDbc(path));
+    MessagingFile file = MessagingFile::FromDbc(base::ReadFile(path, kLongestDbc));
     if (file.frames.empty()) throw base::Failure("CAN messaging file " + path + " has no message (BO_)");
     return file;
   }

@@ -129,8 +129,8 @@ TEST_F(CommandLineTest, AnAddressThatIsNotThisMachinesIsStatus1WithASentence) {
   EXPECT_THAT(server_->StandardError(), HasSubstr("192.0.2.1"));
 }
 
-TEST_F(CommandLineTest, AnInterruptAndATerminationEndInOrder) {
-  for (const int signal : {SIGINT, SIGTERM}) {
+TEST_F(CommandLineTest, AnInterruptATerminationAndAHangUpEndInOrder) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     Start();
     EXPECT_EQ(server_->Stop(signal), 0);
   }

@@ -3,8 +3,11 @@
 // server.
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
+
+#include <sys/stat.h>
 
 #include "tests/system/ServerBench.h"
 
@@ -118,6 +121,26 @@ TEST_F(NothingHangsTest, WhatAClientCausesAgainAndAgainIsCounted) {
   }
   EXPECT_EQ(written + counted, kTimes);
   EXPECT_LT(written, kTimes / 2);
+}
+
+TEST_F(NothingHangsTest, APipeInPlaceOfAMessagingFileIsNotWaitedFor) {
+  ASSERT_EQ(mkfifo(folder_.Path("korv/pipe.dbc").c_str(), 0600), 0);
+  WriteDescription("can.xml", DescriptionFile(Section("MAP", "engine_ecu.xml", kEngineData) +
+                                              Section("AUTOCAN", "pipe.dbc", {})));
+  Start();
+  const RawClient client = Connect();
+  Identify(client);
+  EXPECT_EQ(Select(client, "can.xml", "MAP"), 1U);
+  EXPECT_THAT(server_->WaitFor("   Error messaging automatic loading : "), HasSubstr("pipe.dbc"));
+  ExpectGoodSession(client);
+}
+
+TEST_F(NothingHangsTest, AHangUpEndsTheSimulatedEcuInOrder) {
+  ServerProcess ecu({"--ecu", folder_.Path("korv/engine_ecu.xml"), "--kline", folder_.Path("kline")},
+                    folder_.Path("home"), KORVAL_ECU_SIM);
+  ecu.WaitFor("Engine control answers on");
+  EXPECT_EQ(ecu.Stop(SIGHUP), 0);
+  EXPECT_FALSE(std::filesystem::is_symlink(folder_.Path("kline")));
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ class WindowedServer {
   WindowedServer(const WindowedServer&) = delete;
   WindowedServer& operator=(const WindowedServer&) = delete;
 
-  /// Serves until the window is closed or SIGINT or SIGTERM comes. Returns the exit status: 0, or 1 when the
+  /// Serves until the window is closed or a signal asks it to stop. Returns the exit status: 0, or 1 when the
   /// TCP port could not be opened at the start, which leaves the window open, so that another port can be
   /// chosen there.
   int Run();
