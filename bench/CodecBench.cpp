@@ -36,7 +36,7 @@ void FinishReply(benchmark::State& state) {
   const base::ByteBuffer data = ReplyData(state.range(0));
   for (auto _ : state) {
     base::ByteBuffer frame = request;
-    protocol::FinishReply(frame, 0, data);
+    protocol::FinishReply(frame, 19, 0, data);
     benchmark::DoNotOptimize(frame.View().data());
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(data.Length()));
@@ -45,7 +45,7 @@ BENCHMARK(FinishReply)->Arg(10)->Arg(1000);
 
 void VerifyChecksum(benchmark::State& state) {
   base::ByteBuffer frame = base::ByteBuffer::FromHex("000600130019");
-  protocol::FinishReply(frame, 0, ReplyData(state.range(0)));
+  protocol::FinishReply(frame, 19, 0, ReplyData(state.range(0)));
   for (auto _ : state) benchmark::DoNotOptimize(protocol::IsChecksumValid(frame));
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(frame.Length()));
 }

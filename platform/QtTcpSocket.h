@@ -43,6 +43,7 @@ class QtTcpSocket : public QObject, public protocol::TcpSocket {
   void Disconnect() override;
   void Close() override;
   State CurrentState() const override;
+  base::ByteView Received() const override { return received_.View(); }
   base::ByteBuffer Receive() override { return std::exchange(received_, {}); }
   void Send(base::ByteView bytes) override;
 

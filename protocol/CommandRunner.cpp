@@ -16,11 +16,14 @@ bool CommandRunner::VerifyChecksum() {
 CommandRunner::Outcome CommandRunner::Run() {
   const base::ByteBuffer parameters(ParameterArea(frame_));
   Outcome outcome;
-  outcome.status = dispatcher_.Dispatch(frame_.Word(kCommandOffset), parameters.View(), outcome.data);
+  outcome.code = frame_.Word(kCommandOffset);
+  outcome.status = dispatcher_.Dispatch(outcome.code, parameters.View(), outcome.data);
   return outcome;
 }
 
-void CommandRunner::Finish(const Outcome& outcome) { FinishReply(frame_, outcome.status, outcome.data); }
+void CommandRunner::Finish(const Outcome& outcome) {
+  FinishReply(frame_, outcome.code, outcome.status, outcome.data);
+}
 
 bool CommandRunner::ReleaseForPowerRequest(bool close_host_session) {
   if (power_request_ == PowerRequest::kNone || !services_.ReleaseForPowerRequest(close_host_session))

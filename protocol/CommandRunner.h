@@ -15,10 +15,11 @@ namespace korval::protocol {
 
 /// What both transports do with a complete request, and the one frame buffer they share. Bytes of one
 /// transport that arrive while the other's command waits overwrite the buffer: the serial line has no
-/// guard against it. Only the buffer's content suffers, a command works on a copy of its parameters.
+/// guard against it. Only the buffer's content suffers: a command works on a copy of its code and parameters.
 class CommandRunner {
  public:
   struct Outcome {
+    std::uint16_t code = 0;  // of the command
     std::int32_t status = 0;
     base::ByteBuffer data;
   };
@@ -35,7 +36,7 @@ class CommandRunner {
   bool VerifyChecksum();
   /// Dispatches the request in the frame buffer.
   Outcome Run();
-  /// Turns the frame buffer into the reply.
+  /// Makes the frame buffer the reply, whatever it holds by now.
   void Finish(const Outcome& outcome);
 
   /// First half of a power request, once its reply was sent: releases what the client used. True when

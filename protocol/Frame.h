@@ -27,14 +27,21 @@ inline constexpr std::string_view kGlobalErrorFrame = "00180073FFFF0001000C476C6
 /// Whether a length field can stand for a frame at all: at least kShortestFrame, and even.
 bool IsFrameLength(std::size_t length);
 
+/// Whether `bytes` are the beginning of a frame whose end has not come: too few for a length field, or fewer
+/// than a length field says that can stand for a frame.
+bool IsIncomplete(base::ByteView bytes);
+/// How many bytes are still to come; 0 when that cannot be told, or none are.
+std::size_t MissingBytes(base::ByteView bytes);
+
 /// Whether the checksum holds in the frame that the length field spans. The frame is wholly there.
 bool IsChecksumValid(const base::ByteBuffer& frame);
 
 /// The bytes between command code and checksum; empty for a command without parameters.
 base::ByteView ParameterArea(const base::ByteBuffer& frame);
 
-/// Turns the request in `frame` into its reply: keeps the command code, writes length, status (low 16
-/// bits), data and checksum. `data` has at most kMaxReplyData bytes.
-void FinishReply(base::ByteBuffer& frame, std::int32_t status, const base::ByteBuffer& data);
+/// Makes `frame` the reply to the command `code`: length, code, status (low 16 bits), data and checksum.
+/// `data` has at most kMaxReplyData bytes.
+void FinishReply(base::ByteBuffer& frame, std::uint16_t code, std::int32_t status,
+                 const base::ByteBuffer& data);
 
 }  // namespace korval::protocol

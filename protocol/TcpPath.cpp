@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "protocol/TcpPath.h"
 
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "base/AnsiText.h"
 #include "base/Failure.h"
@@ -10,10 +12,18 @@
 namespace korval::protocol {
 
 TcpPath::TcpPath(TcpSocket& socket, CommandRunner& runner, SessionState& state, SessionServices& services,
-                 host::TraceConsole& console)
-    : socket_(socket), runner_(runner), state_(state), services_(services), console_(console) {}
+                 host::TraceConsole& console, base::EventLoop& loop)
+    : socket_(socket),
+      runner_(runner),
+      state_(state),
+      services_(services),
+      console_(console),
+      gap_(loop.CreateTimer([this] {
+        if (const auto held = owner_.lock()) OnGap();
+      })) {}
 
 void TcpPath::Bind(const std::weak_ptr<void>& owner) {
+  owner_ = owner;
   TcpSocket::Events events;
   events.on_connection_request = [this, owner](TcpSocket::RequestId request) {
     if (const auto held = owner.lock()) OnConnectionRequest(request);
@@ -50,13 +60,13 @@ void TcpPath::Reopen() noexcept {
 
 void TcpPath::Close() {
   ++openings_;
-  client_.reset();
+  SetClient(std::nullopt);
   socket_.Close();
 }
 
 void TcpPath::OnConnectionRequest(TcpSocket::RequestId request) {
   if (socket_.CurrentState() == TcpSocket::State::kConnected) socket_.Disconnect();
-  client_ = request;
+  SetClient(request);
   if (!socket_.Accept(request)) {
     // The newcomer has gone again, and the one it replaced was dropped for it: nobody is left.
     OnClose();
@@ -77,7 +87,7 @@ void TcpPath::OnConnect() { console_.Line("Connect WinSock"); }
 
 void TcpPath::OnClose() {
   console_.Line("close WinSock");
-  client_.reset();
+  SetClient(std::nullopt);
   socket_.Disconnect();
   state_.Set(SessionState::State::kIdle);
   const unsigned opening = openings_;
@@ -86,11 +96,64 @@ void TcpPath::OnClose() {
   if (opening == openings_) Reopen();
 }
 
+void TcpPath::SetClient(Client client) {
+  client_ = client;
+  gap_->Stop();
+  rest_ = 0;
+  refused_ = 0;
+  is_refusing_ = false;
+}
+
 void TcpPath::OnDataArrival() {
-  if (busy_) {
+  if (is_refusing_) {
+    FollowRefused();
+  } else if (busy_) {
     RefuseWhileBusy();
+  } else {
+    TakeArrival();
+  }
+}
+
+// Ends what was waited for: the rest of a frame has not come.
+void TcpPath::OnGap() {
+  if (std::exchange(is_refusing_, false)) return;
+  ServeArrival();
+}
+
+// The rest of a frame that was refused is not waited with: what comes behind it begins a frame again.
+void TcpPath::TakeArrival() {
+  const base::ByteView received = socket_.Received();
+  if (IsIncomplete(received) && received.size() != rest_) {
+    gap_->Start(kArrivalGap);
     return;
   }
+  ServeArrival();
+}
+
+void TcpPath::RefuseWhileBusy() {
+  refused_frame_ = refused_;
+  FollowRefused();
+  reply_suppressed_ = true;
+  console_.Line("Error : Command in progress, wait end of last command before send a command ");
+  runner_.FrameBuffer() = base::ByteBuffer::FromHex(kGlobalErrorFrame);
+  socket_.Send(runner_.FrameBuffer().View());
+}
+
+// The pieces of one frame are refused once. They stay in the receive queue, also when the command has ended.
+void TcpPath::FollowRefused() {
+  const base::ByteView received = socket_.Received();
+  refused_ = received.size();
+  is_refusing_ = IsIncomplete(received.subspan(refused_frame_));
+  if (is_refusing_) {
+    gap_->Start(kArrivalGap);
+  } else {
+    gap_->Stop();
+  }
+}
+
+void TcpPath::ServeArrival() {
+  gap_->Stop();
+  refused_ = 0;
   busy_ = true;
   reply_suppressed_ = false;
   runner_.FrameBuffer() = socket_.Receive();
@@ -100,21 +163,14 @@ void TcpPath::OnDataArrival() {
   busy_ = false;
 }
 
-void TcpPath::RefuseWhileBusy() {
-  reply_suppressed_ = true;
-  console_.Line("Error : Command in progress, wait end of last command before send a command ");
-  runner_.FrameBuffer() = base::ByteBuffer::FromHex(kGlobalErrorFrame);
-  socket_.Send(runner_.FrameBuffer().View());
-}
-
 void TcpPath::Serve() {
   const base::ByteBuffer& frame = runner_.FrameBuffer();
-  const std::size_t received = frame.Length();
-  const std::size_t length = received < 2 ? 0 : frame.Word(kLengthOffset);
-  if (received < length || !IsFrameLength(length)) {
+  if (IsIncomplete(frame.View()) || !IsFrameLength(frame.Word(kLengthOffset))) {
+    rest_ = frame.Length() <= rest_ ? rest_ - frame.Length() : MissingBytes(frame.View());
     console_.Line("Error : Invalid asap frame (" + base::Utf8FromAnsi(frame.View()) + ")");
     return;
   }
+  rest_ = 0;
   if (console_.DebugTrace()) console_.Line("Byte received : " + frame.ToHex());
   if (!runner_.VerifyChecksum()) return;
   const Client client = client_;
@@ -138,7 +194,7 @@ void TcpPath::ServePowerRequest(bool close_host_session) {
   const unsigned opening = openings_;
   const bool released = runner_.ReleaseForPowerRequest(close_host_session);
   if (released) {
-    client_.reset();
+    SetClient(std::nullopt);
     socket_.Disconnect();
   }
   runner_.ActOnPowerRequest();

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 
+#include "base/EventLoop.h"
 #include "host/trace/TraceConsole.h"
 #include "protocol/CommandRunner.h"
 #include "protocol/TcpSocket.h"
@@ -14,11 +17,16 @@ namespace korval::protocol {
 /// The TCP transport: listens, serves one client at a time, and answers each frame that arrives whole in
 /// one arrival. While a command waits its events keep coming: a further frame gets the canned "Global
 /// error" frame and silences the command's own reply, a client that leaves or is replaced gets none.
+///
+/// A network cuts a long frame into pieces. Those that come within kArrivalGap of one another are one
+/// arrival; a frame that is whole is served in the event that completes it.
 class TcpPath {
  public:
+  static constexpr std::chrono::milliseconds kArrivalGap{20};
+
   /// The arguments outlive the path.
   TcpPath(TcpSocket& socket, CommandRunner& runner, SessionState& state, SessionServices& services,
-          host::TraceConsole& console);
+          host::TraceConsole& console, base::EventLoop& loop);
 
   /// Takes the socket's events. `owner` owns this path and everything it works on; it is held for the
   /// length of each event, so that it may be let go inside one.
@@ -41,7 +49,12 @@ class TcpPath {
   void OnConnect();
   void OnDataArrival();
   void OnClose();
+  void OnGap();
+  void SetClient(Client client);
+  void TakeArrival();
   void RefuseWhileBusy();
+  void FollowRefused();
+  void ServeArrival();
   void Serve();
   void Answer(const CommandRunner::Outcome& outcome);
 
@@ -55,6 +68,13 @@ class TcpPath {
   bool reply_suppressed_ = false;
   Client client_;
   unsigned openings_ = 0;
+  std::weak_ptr<void> owner_;
+  std::unique_ptr<base::Timer> gap_;  // ends an arrival that lacks bytes
+  std::size_t rest_ = 0;              // what a frame lacked when it was refused for that
+  // Of the receive queue, while a command was in progress: what was refused, and where its last frame begins.
+  std::size_t refused_ = 0;
+  std::size_t refused_frame_ = 0;
+  bool is_refusing_ = false;  // pieces of that frame are still coming
 };
 
 }  // namespace korval::protocol

@@ -21,7 +21,7 @@ class TcpSocket {
   struct Events {
     std::function<void(RequestId)> on_connection_request;
     std::function<void()> on_connect;
-    /// Bytes have arrived; Receive gives all that have come so far.
+    /// Bytes have arrived, and stand behind those that the receive queue held before.
     std::function<void()> on_data_arrival;
     /// The client disconnected or was lost.
     std::function<void()> on_close;
@@ -43,8 +43,10 @@ class TcpSocket {
   virtual void Close() = 0;
 
   virtual State CurrentState() const = 0;
-  /// Takes everything from the receive queue. The queue is bounded: a client that sends more than
+  /// The receive queue, which it leaves as it is. The queue is bounded: a client that sends more than
   /// kReceiveQueueLimit bytes without being read is dropped with a close event.
+  virtual base::ByteView Received() const = 0;
+  /// Takes everything from the receive queue.
   virtual base::ByteBuffer Receive() = 0;
   /// Sends to the current client; bytes for a client that is gone are dropped.
   virtual void Send(base::ByteView bytes) = 0;

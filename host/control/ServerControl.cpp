@@ -46,7 +46,7 @@ ServerControl::ServerControl(ControlParts parts)
       manual_reads_(console_, diagnosis_, asap_files_, asap_values_, acquisition_, *parts_.files,
                     *parts_.data),
       clock_(*parts_.loop, *parts_.status),
-      tcp_path_(*parts_.tcp_server, runner_, state_, *this, console_),
+      tcp_path_(*parts_.tcp_server, runner_, state_, *this, console_, *parts_.loop),
       serial_path_(*parts_.serial_port, runner_, tcp_path_, console_, *parts_.status, *parts_.loop,
                    [this](bool open) { open ? clock_.Start() : clock_.Stop(); }) {
   if (parts_.port_scout && parts_.port_label) {

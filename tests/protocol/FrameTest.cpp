@@ -16,7 +16,7 @@ using base::ByteBuffer;
 
 std::string Finished(const char* request, std::int32_t status, const char* data) {
   ByteBuffer frame = ByteBuffer::FromHex(request);
-  FinishReply(frame, status, ByteBuffer::FromHex(data));
+  FinishReply(frame, frame.Word(kCommandOffset), status, ByteBuffer::FromHex(data));
   return frame.ToHex();
 }
 
@@ -24,6 +24,30 @@ TEST(Frame, LengthsAreEvenAndAtLeastSix) {
   for (std::size_t length : {6U, 8U, 24U, 65532U, 65534U}) EXPECT_TRUE(IsFrameLength(length)) << length;
   for (std::size_t length : {0U, 1U, 2U, 3U, 4U, 5U, 7U, 9U, 65533U, 65535U})
     EXPECT_FALSE(IsFrameLength(length)) << length;
+}
+
+TEST(Frame, BytesAreIncompleteUntilTheLengthFieldIsThereAndAllThatItSays) {
+  struct Row {
+    const char* bytes;
+    bool is_incomplete;
+    std::size_t missing;
+  };
+  const Row rows[] = {{"", true, 0},
+                      {"00", true, 0},
+                      {"0006", true, 4},
+                      {"0006000200", true, 1},
+                      {"000600020008", false, 0},
+                      {"00060002000800", false, 0},
+                      {"FFFE", true, 65532},
+                      {"0000", false, 0},
+                      {"0004", false, 0},
+                      {"0007", false, 0},
+                      {"FFFF", false, 0}};
+  for (const Row& row : rows) {
+    const ByteBuffer bytes = ByteBuffer::FromHex(row.bytes);
+    EXPECT_EQ(IsIncomplete(bytes.View()), row.is_incomplete) << row.bytes;
+    EXPECT_EQ(MissingBytes(bytes.View()), row.missing) << row.bytes;
+  }
 }
 
 TEST(Frame, TheChecksumIsTheSumOfTheWordsBeforeItModulo65536) {
@@ -122,13 +146,21 @@ TEST(Frame, AReplyReplacesTheRequestsParametersByItsData) {
   EXPECT_EQ(Finished("000600020008FFFFFFFFFFFF", 0, ""), "000800020000000A");                  // bytes beyond
 }
 
+TEST(Frame, AReplyCarriesItsCommandsCodeWhateverTheBufferHolds) {
+  for (const char* held : {"", "00", "000600020008", "00180073FFFF0001000C476C6F62616C206572726F721B1A"}) {
+    ByteBuffer frame = ByteBuffer::FromHex(held);
+    FinishReply(frame, 14, 0, ByteBuffer::FromHex("0001"));
+    EXPECT_EQ(frame.ToHex(), "000A000E000000010019") << held;
+  }
+}
+
 TEST(Frame, TheIdentifyReplyByteForByte) {
   ByteBuffer data;
   AppendWord(data, 513);
   AppendString(data, "Korval Asap3 server Version 2.0");
   EXPECT_EQ(data.ToHex(), "0201001F4B6F7276616C204173617033207365727665722056657273696F6E20322E3000");
   ByteBuffer frame = ByteBuffer::FromHex("000C00140201000241420000");
-  FinishReply(frame, 0, data);
+  FinishReply(frame, 20, 0, data);
   EXPECT_EQ(frame.ToHex().substr(0, 24),
             "002C0014000002"
             "01001F"
@@ -141,7 +173,7 @@ TEST(Frame, TheLongestReplyFitsTheLengthField) {
   ByteBuffer data;
   data.SetLength(kMaxReplyData);
   ByteBuffer frame = ByteBuffer::FromHex("000600020008");
-  FinishReply(frame, 0, data);
+  FinishReply(frame, 14, 0, data);
   EXPECT_EQ(frame.Length(), 65534U);
   EXPECT_EQ(frame.Word(0), 65534);
   EXPECT_TRUE(IsChecksumValid(frame));

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -39,6 +41,15 @@ class TcpPathTest : public ::testing::Test {
   void SetUp() override { bench_.ConnectClient(); }
 
   void Arrive(const std::string& hex) { bench_.socket.Arrive(ByteBuffer::FromHex(hex)); }
+  /// Lets so much time go by that bytes before and after it are two arrivals.
+  void Pause() { bench_.loop.Advance(TcpPath::kArrivalGap); }
+  /// Sends the frame in pieces of `size` bytes, `gap` apart.
+  void ArriveInPieces(const ByteBuffer& frame, std::size_t size, base::TimePoint gap) {
+    for (std::size_t offset = 0; offset < frame.Length(); offset += size) {
+      if (offset > 0) bench_.loop.Advance(gap);
+      bench_.socket.Arrive(ByteBuffer(frame.View(offset, std::min(size, frame.Length() - offset))));
+    }
+  }
   /// Attaches a command whose handler waits while `meanwhile` happens, then answers the word 1.
   void AttachWaiting(CommandCode code, const std::function<void()>& meanwhile) {
     bench_.server->dispatcher.Attach(code, [meanwhile](base::ByteView, ByteBuffer& reply) {
@@ -163,6 +174,7 @@ TEST_F(TcpPathTest, UnknownCommandsAndRefusalsAreAnsweredByTheirStatus) {
 
 TEST_F(TcpPathTest, AFrameSplitOverTwoArrivalsIsRefusedAndNeverCompleted) {
   Arrive("0006");
+  Pause();
   EXPECT_EQ(bench_.TakeTrace(), std::string("Error : Invalid asap frame (\0\6)\r\n", 33));
   Arrive("00020008");
   // 08 is a backspace, so the terminal also loses the 00 before it.
@@ -174,6 +186,7 @@ TEST_F(TcpPathTest, AFrameSplitOverTwoArrivalsIsRefusedAndNeverCompleted) {
 
 TEST_F(TcpPathTest, TheReceivedBytesOfAnInvalidFrameAreShownAsCharacters) {
   Arrive("FFFE4142B080");
+  Pause();
   EXPECT_EQ(bench_.trace,
             "Error : Invalid asap frame (\xC3\xBF\xC3\xBE"
             "AB\xC2\xB0\xE2\x82\xAC)\r\n");
@@ -181,6 +194,7 @@ TEST_F(TcpPathTest, TheReceivedBytesOfAnInvalidFrameAreShownAsCharacters) {
 
 TEST_F(TcpPathTest, FewerBytesThanALengthFieldAreAnInvalidFrame) {
   Arrive("41");
+  Pause();
   EXPECT_EQ(bench_.trace, "Error : Invalid asap frame (A)\r\n");
   EXPECT_EQ(bench_.socket.TakeSent(), Replies{});
 }
@@ -208,6 +222,7 @@ TEST_F(TcpPathTest, LengthsBelowSixOrOddAreInvalidFramesWithoutReply) {
 TEST_F(TcpPathTest, ALengthBeyondTheReceivedBytesIsAnInvalidFrame) {
   for (const char* frame : {"000800020008", "FFFE00020008", "FFFF00020008", "00080002000A"}) {
     Arrive(frame);
+    Pause();
     EXPECT_EQ(bench_.TakeTrace().rfind("Error : Invalid asap frame (", 0), 0U) << frame;
     EXPECT_EQ(bench_.socket.TakeSent(), Replies{}) << frame;
   }
@@ -260,6 +275,7 @@ TEST_F(TcpPathTest, TheDumpIsTracedBeforeTheReplyIsSent) {
 TEST_F(TcpPathTest, AnInvalidFrameIsNotDumped) {
   bench_.server->console.SetDebugTrace(true);
   Arrive("41");
+  Pause();
   EXPECT_EQ(bench_.trace, "Error : Invalid asap frame (A)\r\n");
 }
 
@@ -289,6 +305,76 @@ TEST_F(TcpPathTest, TheLongestReplyIsSentAsOneFrame) {
   EXPECT_EQ(replies[0].substr(0, 12), "FFFE00130000");
 }
 
+TEST_F(TcpPathTest, AFrameInPiecesIsServedInTheEventThatCompletesIt) {
+  const ByteBuffer frame = Request(4, std::string(std::size_t{2} * (65534 - 6), 'A'));
+  ArriveInPieces(frame, 1448, TcpPath::kArrivalGap - std::chrono::microseconds(1));
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{"0008000456565662"});
+  bench_.loop.Advance(std::chrono::seconds(1));
+  EXPECT_EQ(bench_.trace.find("Invalid asap frame"), std::string::npos);
+}
+
+TEST_F(TcpPathTest, AFrameByteByByteIsOneArrivalToo) {
+  ArriveInPieces(ByteBuffer::FromHex(kSwitchRequest), 1, std::chrono::milliseconds(19));
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{kSwitchReply});
+}
+
+TEST_F(TcpPathTest, AWholeFrameStartsNoTimer) {
+  Arrive(kSwitchRequest);
+  EXPECT_EQ(bench_.loop.PendingEvents(), 0U);
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{kSwitchReply});
+}
+
+TEST_F(TcpPathTest, APieceThatComesAfter20MsIsNotTheSameArrival) {
+  ArriveInPieces(ByteBuffer::FromHex(kSwitchRequest), 4, TcpPath::kArrivalGap);
+  Pause();
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{});
+  EXPECT_EQ(bench_.trace.find("switching"), std::string::npos);
+  EXPECT_NE(bench_.trace.find("Error : Invalid asap frame ("), std::string::npos);
+}
+
+TEST_F(TcpPathTest, AnIncompleteFrameIsRefusedWithAllOfItsPieces) {
+  Arrive("00084142");
+  bench_.loop.Advance(std::chrono::milliseconds(19));
+  Arrive("4344");
+  bench_.loop.Advance(std::chrono::milliseconds(19));
+  EXPECT_EQ(bench_.trace, "");
+  Pause();
+  // 08 is a backspace.
+  EXPECT_EQ(bench_.trace, "Error : Invalid asap frame (ABCD)\r\n");
+}
+
+TEST_F(TcpPathTest, TheRestOfARefusedFrameIsNotGluedToTheNextFrame) {
+  const ByteBuffer frame = Request(4, std::string(200, '7'));
+  for (const std::size_t first : {2U, 50U, 105U}) {
+    bench_.socket.Arrive(ByteBuffer(frame.View(0, first)));
+    Pause();
+    bench_.socket.Arrive(ByteBuffer(frame.View(first, frame.Length() - first)));
+    Arrive(kSwitchRequest);
+    EXPECT_EQ(bench_.socket.TakeSent(), Replies{kSwitchReply}) << first;
+  }
+}
+
+TEST_F(TcpPathTest, TheRestOfARefusedFrameMayComeInPiecesToo) {
+  const ByteBuffer frame = Request(4, std::string(200, '7'));
+  ArriveInPieces(frame, 30, TcpPath::kArrivalGap);
+  Arrive(kSwitchRequest);
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{kSwitchReply});
+}
+
+TEST_F(TcpPathTest, ALongFrameBehindATruncatedOneIsServed) {
+  Arrive("00404142");
+  Pause();
+  ArriveInPieces(Request(4, std::string(4000, '7')), 1448, std::chrono::milliseconds(1));
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{"0008000456565662"});
+}
+
+TEST_F(TcpPathTest, OfTwoFramesInPiecesOnlyTheFirstIsAnsweredAndWhatCameWithItsEndIsLost) {
+  ByteBuffer both = Request(4, std::string(4000, '7'));
+  both.Append(ByteBuffer::FromHex(kSwitchRequest).View());
+  ArriveInPieces(both, 1448, std::chrono::milliseconds(1));
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{"0008000456565662"});
+}
+
 TEST_F(TcpPathTest, AStatusOfMinusOneIsSentAsFFFF) {
   bench_.server->dispatcher.Attach(CommandCode::kGetOnlineValue,
                                    [](base::ByteView, ByteBuffer&) { return -1; });
@@ -311,6 +397,7 @@ TEST_F(TcpPathTest, EveryFurtherFrameDuringACommandGetsTheCannedFrame) {
   AttachWaiting(CommandCode::kGetParameter, [&] {
     Arrive(kInitRequest);
     Arrive("FF");
+    Pause();
     Arrive(kExitRequest);
   });
   Arrive(WaitingRequest());
@@ -329,14 +416,61 @@ TEST_F(TcpPathTest, TheBytesOfARefusedFrameWaitInTheQueueForALaterArrival) {
   EXPECT_EQ(bench_.socket.Unread(), 0U);
 }
 
+TEST_F(TcpPathTest, ALongFrameDuringACommandGetsTheCannedFrameOnceAndStaysInTheQueue) {
+  const ByteBuffer frame = Request(4, std::string(8000, '7'));
+  AttachWaiting(CommandCode::kGetParameter, [&] {
+    ArriveInPieces(frame, 1448, std::chrono::milliseconds(1));
+    Arrive(kSwitchRequest);
+    ArriveInPieces(frame, 1448, std::chrono::milliseconds(1));
+  });
+  Arrive(WaitingRequest());
+  EXPECT_EQ(bench_.socket.TakeSent(), (Replies{kCanned, kCanned, kCanned}));
+  Pause();
+  EXPECT_EQ(bench_.socket.Unread(), 2 * frame.Length() + 8);
+}
+
+TEST_F(TcpPathTest, ARefusedFrameWhoseRestComesAfterTheCommandHasEndedIsNotServed) {
+  const ByteBuffer frame = Request(4, std::string(4000, '7'));
+  AttachWaiting(CommandCode::kGetParameter, [&] { bench_.socket.Arrive(ByteBuffer(frame.View(0, 1448))); });
+  Arrive(WaitingRequest());
+  bench_.socket.Arrive(ByteBuffer(frame.View(1448, frame.Length() - 1448)));
+  Pause();
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{kCanned});
+  EXPECT_EQ(bench_.trace, kBusyTrace);
+  Arrive(kSwitchRequest);  // read together with the frame in the queue, which counts
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{"0008000456565662"});
+}
+
+TEST_F(TcpPathTest, AnArrivalThatWaitsForMoreGoesWithItsClient) {
+  Arrive("0008");
+  bench_.socket.Leave();
+  bench_.socket.Connect();
+  bench_.Forget();
+  Pause();
+  EXPECT_EQ(bench_.trace, "");
+  Arrive(kSwitchRequest);
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{kSwitchReply});
+}
+
+TEST_F(TcpPathTest, AReplyCarriesItsCommandsCodeWhateverTheSharedBufferHolds) {
+  for (const char* held : {"", "0006000200", "FFFFFFFFFFFF"}) {
+    AttachWaiting(CommandCode::kGetParameter,
+                  [&, held] { bench_.server->runner.FrameBuffer() = ByteBuffer::FromHex(held); });
+    Arrive(WaitingRequest());
+    EXPECT_EQ(bench_.socket.TakeSent(), Replies{kWaitingReply}) << held;
+  }
+}
+
 TEST_F(TcpPathTest, AfterASilencedCommandTheNextOneIsAnswered) {
   bool disturb = true;
   AttachWaiting(CommandCode::kGetParameter, [&] {
-    if (disturb) Arrive("00");
+    if (disturb) Arrive("01");
     disturb = false;
   });
   Arrive(WaitingRequest());
+  Pause();
   Arrive(WaitingRequest());  // read together with the byte that waits: no frame
+  Pause();
   bench_.socket.TakeSent();
   Arrive(WaitingRequest());
   EXPECT_EQ(bench_.socket.TakeSent(), Replies{kWaitingReply});
@@ -352,6 +486,7 @@ TEST_F(TcpPathTest, TheCannedFrameIsNotDumpedAndNeitherIsTheSilencedReply) {
 TEST_F(TcpPathTest, AnInvalidFrameOrAWrongChecksumDoesNotLeaveTheServerBusy) {
   for (const char* frame : {"41", "0000", "000600020009"}) {
     Arrive(frame);
+    Pause();
     Arrive(kInitRequest);
     EXPECT_EQ(bench_.socket.TakeSent(), Replies{kInitReply}) << frame;
   }
@@ -454,8 +589,10 @@ TEST_F(TcpPathTest, AnyTwoBytesAndAnyShortFrameIsAnsweredOrRefusedAndTheNextGood
       ByteBuffer bytes{0x00, 0x08, static_cast<std::uint8_t>(first), static_cast<std::uint8_t>(second),
                        0x00, 0x01};
       bench_.socket.Arrive(bytes);
+      Pause();
       bytes.Append(ByteBuffer{0x00, static_cast<std::uint8_t>(first)}.View());
       bench_.socket.Arrive(bytes);
+      Pause();
     }
   }
   bench_.socket.TakeSent();

@@ -84,6 +84,7 @@ class FakeTcpSocket : public protocol::TcpSocket {
     if (client_) return State::kConnected;
     return listening_ ? State::kListening : State::kClosed;
   }
+  base::ByteView Received() const override { return queue_.View(); }
   base::ByteBuffer Receive() override { return std::exchange(queue_, {}); }
   void Send(base::ByteView bytes) override {
     if (!client_) return;

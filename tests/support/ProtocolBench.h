@@ -52,7 +52,7 @@ class ProtocolBench {
           state(bench.view),
           dispatcher(console, state, bench.services),
           runner(dispatcher, state, bench.services, console, power),
-          tcp(bench.socket, runner, state, bench.services, console),
+          tcp(bench.socket, runner, state, bench.services, console, bench.loop),
           serial(bench.port, runner, tcp, console, bench.view, bench.loop,
                  [&bench](bool open) { bench.log.emplace_back(open ? "toggled open" : "toggled closed"); }) {}
 
