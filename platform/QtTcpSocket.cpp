@@ -7,6 +7,7 @@
 
 #include <QHostInfo>
 #include <QNetworkInterface>
+#include <QPointer>
 #include <QTcpServer>
 #include <QTimer>
 
@@ -110,18 +111,26 @@ void QtTcpSocket::OnIncoming(qintptr descriptor) {
     return;
   }
   if (requests_.size() >= kRequestLimit) return;
-  const RequestId request = ++last_request_;
-  requests_[request] = std::move(connection);
+  requests_[++last_request_] = std::move(connection);
   // Announced from the event loop, for a handler that waits must not hold up the accepting of others.
   QMetaObject::invokeMethod(
-      this, [this, request] { Announce(request); }, Qt::QueuedConnection);
+      this, [this] { AnnounceNext(); }, Qt::QueuedConnection);
 }
 
-void QtTcpSocket::Announce(RequestId request) {
-  if (!requests_.contains(request)) return;
+// The one before is done with first: what it left is served, and its leaving is told. That may wait, and
+// others be announced meanwhile.
+void QtTcpSocket::AnnounceNext() {
+  const QPointer<QtTcpSocket> alive(this);
+  while (alive && ClientHasLeft()) close_owed_ ? CloseByEvent() : OnReadable();
+  if (!alive) return;
+  const auto next = requests_.upper_bound(announced_);
+  if (next == requests_.end()) return;
+  announced_ = next->first;
   const auto events = events_;
-  if (events->on_connection_request) events->on_connection_request(request);
+  if (events->on_connection_request) events->on_connection_request(announced_);
 }
+
+bool QtTcpSocket::ClientHasLeft() const { return close_owed_ || (client_ && client_->PeerHasLeft()); }
 
 bool QtTcpSocket::Accept(RequestId request) {
   auto found = requests_.extract(request);
@@ -150,6 +159,7 @@ void QtTcpSocket::OnReadable() {
   }
   if (received_.Length() > kReceiveQueueLimit) {
     Tell("Client " + RemoteHostIp() + " dropped, it sends without waiting for answers");
+    received_.Clear();
     CloseByEvent();
     return;
   }
@@ -161,7 +171,7 @@ void QtTcpSocket::OnReadable() {
 void QtTcpSocket::Send(base::ByteView bytes) {
   if (!client_ || client_->Write(bytes, kSendQueueLimit)) return;
   Tell("Client " + RemoteHostIp() + " dropped, it does not read its answers");
-  DropClient();
+  client_.reset();
   close_owed_ = true;
   // Whoever sends does not expect an event meanwhile.
   QMetaObject::invokeMethod(
@@ -173,7 +183,8 @@ void QtTcpSocket::Send(base::ByteView bytes) {
 }
 
 void QtTcpSocket::CloseByEvent() {
-  DropClient();
+  client_.reset();
+  close_owed_ = false;
   const auto events = events_;
   if (events->on_close) events->on_close();
 }

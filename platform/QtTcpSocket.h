@@ -60,7 +60,8 @@ class QtTcpSocket : public QObject, public protocol::TcpSocket {
  private:
   void OnIncoming(qintptr descriptor);
   bool IsAllowed(const QHostAddress& client) const;
-  void Announce(RequestId request);
+  void AnnounceNext();
+  bool ClientHasLeft() const;
   /// False at the end of the stream.
   bool ReadArrival();
   void OnReadable();
@@ -76,6 +77,7 @@ class QtTcpSocket : public QObject, public protocol::TcpSocket {
   std::uint16_t port_ = 0;
   std::uint16_t kept_port_ = 0;  // the one that port 0 has found
   RequestId last_request_ = 0;
+  RequestId announced_ = 0;                                       // the last one
   std::map<RequestId, std::unique_ptr<TcpConnection>> requests_;  // not yet accepted
   std::unique_ptr<TcpConnection> client_;
   base::ByteBuffer received_;

@@ -7,11 +7,18 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace korval::platform {
 namespace {
+
+// A silent peer is probed until kSilenceOfTheDead is over, and given up with the last probe.
+constexpr int kProbeAfter = 5;  // seconds
+constexpr int kProbeEvery = 3;  // seconds
+constexpr int kProbes = 3;
+static_assert(std::chrono::seconds(kProbeAfter + kProbeEvery * kProbes) == TcpConnection::kSilenceOfTheDead);
 
 bool IsOnlyBusy(int error) { return error == EAGAIN || error == EWOULDBLOCK || error == EINTR; }
 
@@ -32,8 +39,17 @@ QHostAddress AddressOf(const sockaddr_storage& name) {
 
 TcpConnection::TcpConnection(qintptr descriptor) : descriptor_(static_cast<int>(descriptor)) {
   // A reply is one small packet that the client waits for.
-  const int on = 1;
-  ::setsockopt(descriptor_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  SetOption(IPPROTO_TCP, TCP_NODELAY, 1);
+  SetOption(SOL_SOCKET, SO_KEEPALIVE, 1);
+  SetOption(IPPROTO_TCP, TCP_KEEPIDLE, kProbeAfter);
+  SetOption(IPPROTO_TCP, TCP_KEEPINTVL, kProbeEvery);
+  SetOption(IPPROTO_TCP, TCP_KEEPCNT, kProbes);
+  SetOption(IPPROTO_TCP, TCP_USER_TIMEOUT,
+            static_cast<int>(std::chrono::milliseconds(kSilenceOfTheDead).count()));
+}
+
+void TcpConnection::SetOption(int level, int option, int value) const {
+  ::setsockopt(descriptor_, level, option, &value, sizeof value);
 }
 
 TcpConnection::~TcpConnection() {
@@ -51,6 +67,11 @@ void TcpConnection::LetGo::operator()(QSocketNotifier* notifier) const {
 void TcpConnection::Watch(std::function<void()> on_readable) {
   readable_.reset(new QSocketNotifier(descriptor_, QSocketNotifier::Read));
   QObject::connect(readable_.get(), &QSocketNotifier::activated, readable_.get(), std::move(on_readable));
+}
+
+bool TcpConnection::PeerHasLeft() const {
+  pollfd state{descriptor_, POLLRDHUP, 0};
+  return ::poll(&state, 1, 0) > 0 && (state.revents & POLLRDHUP) != 0;
 }
 
 TcpConnection::End TcpConnection::Read(base::ByteBuffer& bytes) {

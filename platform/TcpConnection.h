@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -22,11 +23,17 @@ class TcpConnection {
   enum class End { kOpen, kClosed };
   static constexpr std::size_t kReadSize = std::size_t{64} * 1024;
 
+  /// A peer that answers nothing, neither a probe in a silence nor data, for so long is gone. Data may have
+  /// gone out just before a probe would have found out, so it is twice this until a dead peer is noticed.
+  static constexpr std::chrono::seconds kSilenceOfTheDead{14};
+
   explicit TcpConnection(qintptr descriptor);
   ~TcpConnection();
   TcpConnection(const TcpConnection&) = delete;
   TcpConnection& operator=(const TcpConnection&) = delete;
 
+  /// Whether the peer has ended the connection, in order or not; it may have left bytes to Read.
+  bool PeerHasLeft() const;
   /// Starts watching: `on_readable` comes as long as there are bytes, or the end of the stream, to Read.
   void Watch(std::function<void()> on_readable);
   /// Appends what has arrived, at most kReadSize bytes at a time. kClosed at the end of the stream.
@@ -46,6 +53,7 @@ class TcpConnection {
   };
   using Notifier = std::unique_ptr<QSocketNotifier, LetGo>;
 
+  void SetOption(int level, int option, int value) const;
   std::size_t WriteNow(base::ByteView bytes);
   void WriteUnsent();
 

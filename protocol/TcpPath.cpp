@@ -65,8 +65,8 @@ void TcpPath::Close() {
 }
 
 void TcpPath::OnConnectionRequest(TcpSocket::RequestId request) {
-  if (socket_.CurrentState() == TcpSocket::State::kConnected) socket_.Disconnect();
   SetClient(request);
+  if (socket_.CurrentState() == TcpSocket::State::kConnected) socket_.Disconnect();
   if (!socket_.Accept(request)) {
     // The newcomer has gone again, and the one it replaced was dropped for it: nobody is left.
     OnClose();
@@ -86,8 +86,8 @@ void TcpPath::OnConnectionRequest(TcpSocket::RequestId request) {
 void TcpPath::OnConnect() { console_.Line("Connect WinSock"); }
 
 void TcpPath::OnClose() {
-  console_.Line("close WinSock");
   SetClient(std::nullopt);
+  console_.Line("close WinSock");
   socket_.Disconnect();
   state_.Set(SessionState::State::kIdle);
   const unsigned opening = openings_;
@@ -97,15 +97,15 @@ void TcpPath::OnClose() {
 }
 
 void TcpPath::SetClient(Client client) {
+  if (awaiting_ == Awaiting::kRestOfFrame) ServeArrival();  // the rest will not come any more
+  Await(Awaiting::kNothing);
   client_ = client;
-  gap_->Stop();
   rest_ = 0;
   refused_ = 0;
-  is_refusing_ = false;
 }
 
 void TcpPath::OnDataArrival() {
-  if (is_refusing_) {
+  if (awaiting_ == Awaiting::kRestOfRefused) {
     FollowRefused();
   } else if (busy_) {
     RefuseWhileBusy();
@@ -114,20 +114,27 @@ void TcpPath::OnDataArrival() {
   }
 }
 
-// Ends what was waited for: the rest of a frame has not come.
+void TcpPath::Await(Awaiting rest) {
+  awaiting_ = rest;
+  if (rest == Awaiting::kNothing) {
+    gap_->Stop();
+  } else {
+    gap_->Start(kArrivalGap);
+  }
+}
+
 void TcpPath::OnGap() {
-  if (std::exchange(is_refusing_, false)) return;
-  ServeArrival();
+  if (std::exchange(awaiting_, Awaiting::kNothing) == Awaiting::kRestOfFrame) ServeArrival();
 }
 
 // The rest of a frame that was refused is not waited with: what comes behind it begins a frame again.
 void TcpPath::TakeArrival() {
   const base::ByteView received = socket_.Received();
   if (IsIncomplete(received) && received.size() != rest_) {
-    gap_->Start(kArrivalGap);
-    return;
+    Await(Awaiting::kRestOfFrame);
+  } else {
+    ServeArrival();
   }
-  ServeArrival();
 }
 
 void TcpPath::RefuseWhileBusy() {
@@ -143,16 +150,11 @@ void TcpPath::RefuseWhileBusy() {
 void TcpPath::FollowRefused() {
   const base::ByteView received = socket_.Received();
   refused_ = received.size();
-  is_refusing_ = IsIncomplete(received.subspan(refused_frame_));
-  if (is_refusing_) {
-    gap_->Start(kArrivalGap);
-  } else {
-    gap_->Stop();
-  }
+  Await(IsIncomplete(received.subspan(refused_frame_)) ? Awaiting::kRestOfRefused : Awaiting::kNothing);
 }
 
 void TcpPath::ServeArrival() {
-  gap_->Stop();
+  Await(Awaiting::kNothing);
   refused_ = 0;
   busy_ = true;
   reply_suppressed_ = false;

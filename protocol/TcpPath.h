@@ -44,6 +44,7 @@ class TcpPath {
 
  private:
   using Client = std::optional<TcpSocket::RequestId>;
+  enum class Awaiting { kNothing, kRestOfFrame, kRestOfRefused };
 
   void OnConnectionRequest(TcpSocket::RequestId request);
   void OnConnect();
@@ -54,6 +55,7 @@ class TcpPath {
   void TakeArrival();
   void RefuseWhileBusy();
   void FollowRefused();
+  void Await(Awaiting rest);
   void ServeArrival();
   void Serve();
   void Answer(const CommandRunner::Outcome& outcome);
@@ -69,12 +71,12 @@ class TcpPath {
   Client client_;
   unsigned openings_ = 0;
   std::weak_ptr<void> owner_;
+  Awaiting awaiting_ = Awaiting::kNothing;
   std::unique_ptr<base::Timer> gap_;  // ends an arrival that lacks bytes
   std::size_t rest_ = 0;              // what a frame lacked when it was refused for that
   // Of the receive queue, while a command was in progress: what was refused, and where its last frame begins.
   std::size_t refused_ = 0;
   std::size_t refused_frame_ = 0;
-  bool is_refusing_ = false;  // pieces of that frame are still coming
 };
 
 }  // namespace korval::protocol

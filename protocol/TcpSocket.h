@@ -10,7 +10,8 @@
 namespace korval::protocol {
 
 /// The seam to the TCP server socket: it listens, and holds at most one accepted client. Every event is
-/// delivered from the event loop, also while a handler of an earlier event waits.
+/// delivered from the event loop, also while a handler of an earlier event waits. A client that is dead, or
+/// cut off, is noticed within 30 s.
 class TcpSocket {
  public:
   enum class State { kClosed = 0, kListening = 2, kConnected = 7 };
@@ -19,11 +20,12 @@ class TcpSocket {
   using RequestId = std::int64_t;
 
   struct Events {
+    /// A client that has gone by then is not there to be replaced: its on_close has come before.
     std::function<void(RequestId)> on_connection_request;
     std::function<void()> on_connect;
     /// Bytes have arrived, and stand behind those that the receive queue held before.
     std::function<void()> on_data_arrival;
-    /// The client disconnected or was lost.
+    /// The client disconnected or was lost. What it sent can still be received, until Disconnect.
     std::function<void()> on_close;
   };
 

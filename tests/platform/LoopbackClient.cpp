@@ -38,6 +38,12 @@ void LoopbackClient::Leave() {
   descriptor_ = -1;
 }
 
+void LoopbackClient::Abort() {
+  const linger reset{1, 0};
+  ::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
+  Leave();
+}
+
 const base::ByteBuffer& LoopbackClient::Received() {
   std::array<std::uint8_t, 65536> chunk{};
   while (true) {

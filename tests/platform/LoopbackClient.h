@@ -22,6 +22,8 @@ class LoopbackClient {
   /// Says that nothing more will be sent, and goes on reading.
   void FinishSending();
   void Leave();
+  /// Leaves with a reset.
+  void Abort();
 
   /// Everything that has come so far.
   const base::ByteBuffer& Received();

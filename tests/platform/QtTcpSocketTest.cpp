@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -175,6 +176,86 @@ TEST_F(QtTcpSocketTest, LetsNothingOfAReplacedClientReachAnybody) {
   RunQueuedEvents();
   EXPECT_THAT(received_, ElementsAre("02"));
   EXPECT_EQ(closes_, 0);
+}
+
+/// What becomes of a client in the moment before another one connects, and the events that must come of it.
+struct Departure {
+  const char* name;
+  std::function<void(LoopbackClient&)> happen;
+  const char* events;
+};
+
+class QtTcpSocketDepartureTest : public QtTcpSocketTest, public testing::WithParamInterface<Departure> {};
+
+TEST_P(QtTcpSocketDepartureTest, IsToldBeforeTheNextClientIsAnnounced) {
+  std::string order;
+  events_.on_connection_request = [&](RequestId request) {
+    order += "request ";
+    accepted_ = socket_->Accept(request);
+  };
+  events_.on_data_arrival = [&] { order += socket_->Receive().ToHex() + " "; };
+  events_.on_close = [&] { order += "close "; };
+  Listen();
+  for (int round = 0; round < 20; ++round) {
+    const auto first = ConnectAccepted();
+    order.clear();
+    accepted_.reset();
+    GetParam().happen(*first);
+    const auto second = Connect();
+    ASSERT_TRUE(RunUntil([&] { return accepted_.has_value(); }));
+    EXPECT_EQ(order, GetParam().events) << round;
+    socket_->Disconnect();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Departures, QtTcpSocketDepartureTest,
+    testing::Values(Departure{"none", [](LoopbackClient&) {}, "request "},
+                    Departure{"in_order", [](LoopbackClient& client) { client.Leave(); }, "close request "},
+                    Departure{"reset", [](LoopbackClient& client) { client.Abort(); }, "close request "},
+                    Departure{"half", [](LoopbackClient& client) { client.FinishSending(); },
+                              "close request "},
+                    Departure{"with_a_last_frame",
+                              [](LoopbackClient& client) {
+                                client.Send(ByteBuffer{0x01, 0x02}.View());
+                                client.Leave();
+                              },
+                              "0102 close request "}),
+    [](const auto& departure) { return departure.param.name; });
+
+TEST_F(QtTcpSocketTest, AnnouncesClientsInTheirOrderAlsoWhileTheLeavingOfTheOneBeforeWaits) {
+  std::vector<RequestId> announced;
+  std::unique_ptr<LoopbackClient> third;
+  events_.on_connection_request = [&](RequestId request) {
+    announced.push_back(request);
+    accepted_ = socket_->Accept(request);
+  };
+  events_.on_close = [&] {
+    third = Connect();
+    EXPECT_TRUE(RunUntil([&] { return announced.size() >= 2; }));
+  };
+  Listen();
+  const auto first = ConnectAccepted();
+  first->Leave();
+  const auto second = Connect();
+  ASSERT_TRUE(RunUntil([&] { return announced.size() == 3; }));
+  EXPECT_THAT(announced, ElementsAre(1, 2, 3));
+  EXPECT_TRUE(RunUntil([&] { return second->IsDropped(); }));
+  EXPECT_EQ(socket_->RemotePort(), third->OwnPort());
+}
+
+TEST_F(QtTcpSocketTest, LetsWhatAClientSentBeforeItLeftBeRead) {
+  events_.on_data_arrival = [] {};
+  events_.on_close = [this] {
+    received_.push_back(socket_->Receive().ToHex());
+    ++closes_;
+  };
+  Listen();
+  const auto client = ConnectAccepted();
+  client->Send(ByteBuffer{0x01}.View());
+  client->Leave();
+  ASSERT_TRUE(RunUntil([&] { return closes_ == 1; }));
+  EXPECT_THAT(received_, ElementsAre("01"));
 }
 
 TEST_F(QtTcpSocketTest, AcceptsAClientThatIsGoneAlreadyAndReportsThatItLeft) {
@@ -358,6 +439,25 @@ TEST_F(QtTcpSocketTest, DropsAClientThatDoesNotReadItsAnswers) {
   EXPECT_THAT(reports_, ElementsAre("Client 127.0.0.1 dropped, it does not read its answers"));
 }
 
+TEST_F(QtTcpSocketTest, TellsOfADroppedClientBeforeTheNextIsAnnounced) {
+  std::string order;
+  events_.on_close = [&] { order += "close "; };
+  Listen();
+  const auto client = ConnectAccepted(4096);
+  events_.on_connection_request = [&](RequestId request) {
+    order += "request ";
+    accepted_ = socket_->Accept(request);
+    ByteBuffer answer;
+    answer.SetLength(QtTcpSocket::kSendQueueLimit);
+    for (int i = 0; i < 100 && socket_->CurrentState() == State::kConnected; ++i)
+      socket_->Send(answer.View());
+  };
+  socket_->SetEvents(events_);
+  const auto second = Connect(4096);  // is announced, and dropped when it is
+  const auto third = Connect(4096);
+  EXPECT_TRUE(RunUntil([&] { return order == "request close request close "; }));
+}
+
 TEST_F(QtTcpSocketTest, OwesNoCloseEventOnceItWasClosed) {
   Listen();
   const auto client = ConnectAccepted(4096);
@@ -390,6 +490,16 @@ TEST_F(QtTcpSocketTest, MayBeDestroyedInsideACloseEvent) {
   const auto client = ConnectAccepted();
   client->Leave();
   EXPECT_TRUE(RunUntil([&] { return socket_ == nullptr; }));
+}
+
+TEST_F(QtTcpSocketTest, MayBeDestroyedInsideACloseEventBeforeAnAnnouncement) {
+  events_.on_close = [this] { socket_.reset(); };
+  Listen();
+  const auto client = ConnectAccepted();
+  client->Leave();
+  const auto next = Connect();
+  EXPECT_TRUE(RunUntil([&] { return socket_ == nullptr; }));
+  RunQueuedEvents();
 }
 
 TEST_F(QtTcpSocketTest, MayBeDestroyedInsideTheWaitOfAnArrival) {

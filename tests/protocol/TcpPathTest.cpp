@@ -441,6 +441,16 @@ TEST_F(TcpPathTest, ARefusedFrameWhoseRestComesAfterTheCommandHasEndedIsNotServe
   EXPECT_EQ(bench_.socket.TakeSent(), Replies{"0008000456565662"});
 }
 
+TEST_F(TcpPathTest, AnIncompleteFrameOfAClientThatLeavesOrIsReplacedIsRefusedAtOnce) {
+  Arrive("00084142");
+  bench_.socket.Connect();
+  EXPECT_EQ(bench_.TakeTrace().rfind("Error : Invalid asap frame (", 0), 0U);
+  Arrive("00084344");
+  bench_.socket.Leave();
+  EXPECT_EQ(bench_.TakeTrace(),
+            std::string("Error : Invalid asap frame (CD)\r\nclose WinSock\r\n") + kListenTrace);
+}
+
 TEST_F(TcpPathTest, AnArrivalThatWaitsForMoreGoesWithItsClient) {
   Arrive("0008");
   bench_.socket.Leave();

@@ -38,7 +38,7 @@ class FakeTcpSocket : public protocol::TcpSocket {
   }
   /// The current client leaves.
   void Leave() {
-    DropClient();
+    client_.reset();
     events_.on_close();
   }
 
