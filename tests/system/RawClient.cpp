@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/system/RawClient.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -37,7 +38,7 @@ sockaddr_in Address(const char* host, int port) {
 
 }  // namespace
 
-RawClient::RawClient(const char* own_address, int port)
+RawClient::RawClient(const char* own_address, int port, const char* server_address)
     : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   const timeval deadline{kDeadline.count(), 0};
   setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &deadline, sizeof deadline);
@@ -46,7 +47,7 @@ RawClient::RawClient(const char* own_address, int port)
   const int at_once = 1;
   setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &at_once, sizeof at_once);
   const sockaddr_in own = Address(own_address, 0);
-  const sockaddr_in server = Address("127.0.0.1", port);
+  const sockaddr_in server = Address(server_address, port);
   if (bind(socket_, reinterpret_cast<const sockaddr*>(&own), sizeof own) == 0 &&
       connect(socket_, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0)
     return;
@@ -77,6 +78,22 @@ void RawClient::Send(std::string_view bytes) const {
     if (sent < 0) Fail("nothing sent");
     bytes.remove_prefix(static_cast<std::size_t>(sent));
   }
+}
+
+bool RawClient::SendPaced(std::string_view bytes) const {
+  constexpr std::size_t kSegment = 1448;
+  constexpr std::chrono::microseconds kOnTheWire{1230};  // of 1538 bytes, with all that is around a segment
+  constexpr std::chrono::milliseconds kHeldUp{10};
+  using Clock = std::chrono::steady_clock;
+  bool is_paced = true;
+  for (Clock::time_point last = Clock::now(); !bytes.empty();
+       std::this_thread::sleep_until(last + kOnTheWire)) {
+    is_paced = is_paced && Clock::now() - last < kHeldUp;
+    last = Clock::now();
+    Send(bytes.substr(0, kSegment));
+    bytes.remove_prefix(std::min(kSegment, bytes.size()));
+  }
+  return is_paced;
 }
 
 void RawClient::SendToStoppedServer(std::string_view bytes) const {

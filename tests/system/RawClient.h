@@ -11,13 +11,16 @@ namespace korval::tests {
 class RawClient {
  public:
   explicit RawClient(int port) : RawClient("127.0.0.1", port) {}
-  /// The connection comes from `own_address`, one of the loopback addresses.
-  RawClient(const char* own_address, int port);
+  /// The connection comes from `own_address`, one of the loopback addresses unless the server is elsewhere.
+  RawClient(const char* own_address, int port, const char* server_address = "127.0.0.1");
   ~RawClient();
   RawClient(const RawClient&) = delete;
   RawClient& operator=(const RawClient&) = delete;
 
   void Send(std::string_view bytes) const;
+  /// Sends in pieces of one segment of an Ethernet, as apart as a wire of 10 Mbit/s has them. False when this
+  /// process was held up meanwhile, and they came further apart than any such wire would have them.
+  bool SendPaced(std::string_view bytes) const;
   /// Sends and leaves it to the system to deliver all of it while the server stands still.
   void SendToStoppedServer(std::string_view bytes) const;
   /// Exactly one frame, by its length word.

@@ -139,7 +139,7 @@ std::vector<std::string> ServerBench::SafeOptions() const {
           folder_.Path("install.ini")};
 }
 
-void ServerBench::Start(const std::vector<std::string>& more_options) {
+std::vector<std::string> ServerBench::StartOptions(const std::vector<std::string>& more_options) const {
   std::vector<std::string> options = SafeOptions();
   const std::vector<std::string> files = {
       "--tcp-port", "0", "--asap-folder", folder_.Path("asap"), "--korv-folder", folder_.Path("korv")};
@@ -147,7 +147,11 @@ void ServerBench::Start(const std::vector<std::string>& more_options) {
   options.insert(options.end(), more_options.begin(), more_options.end());
   if (std::find(options.begin(), options.end(), "--diag-port") == options.end())
     options.insert(options.end(), {"--diag-port", "SIM"});
-  server_.emplace(options, folder_.Path("home"));
+  return options;
+}
+
+void ServerBench::Start(const std::vector<std::string>& more_options) {
+  server_.emplace(StartOptions(more_options), folder_.Path("home"));
   port_ = server_->WaitForPort();
 }
 

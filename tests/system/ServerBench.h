@@ -47,6 +47,8 @@ class ServerBench : public ::testing::Test {
 
   /// The options of every server here but the port and the folders of files.
   std::vector<std::string> SafeOptions() const;
+  /// What Start gives the server.
+  std::vector<std::string> StartOptions(const std::vector<std::string>& more_options) const;
   /// Starts the server and takes its trace until it listens.
   void Start(const std::vector<std::string>& more_options = {});
   RawClient Connect() const { return RawClient(port_); }
