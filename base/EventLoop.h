@@ -21,13 +21,28 @@ class Timer {
   virtual void Stop() = 0;
 };
 
+/// The end of a time in which something should have happened. It counts only time in which this program ran:
+/// when the computer held it up, the deadline comes as much later. And before it comes, whatever the drivers
+/// held by then (bytes of a serial line, frames of a bus) is delivered, so that what arrived in time is never
+/// taken for missing. Destroying it clears it.
+class Deadline {
+ public:
+  virtual ~Deadline() = default;
+  /// Comes once, not before `due`, which may be in the past. Setting it to the time that it has already
+  /// changes nothing, setting it to another one begins anew.
+  virtual void Set(TimePoint due) = 0;
+  virtual void Clear() = 0;
+};
+
 /// The seam to the host's event loop.
 class EventLoop {
  public:
   virtual ~EventLoop() = default;
   virtual TimePoint Now() const = 0;
-  /// `fire` runs from the event loop, never from inside Start.
+  /// For what is to be done at a time. `fire` runs from the event loop, never from inside Start.
   virtual std::unique_ptr<Timer> CreateTimer(std::function<void()> fire) = 0;
+  /// For what is to be given up at a time. `passed` runs from the event loop, never from inside Set.
+  virtual std::unique_ptr<Deadline> CreateDeadline(std::function<void()> passed) = 0;
   /// Runs events until `done` holds or `deadline` has come, and says whether `done` holds. `done` is
   /// asked before the first event and after each. Waits may nest; an outer one ends after an inner one.
   virtual bool RunUntil(TimePoint deadline, const std::function<bool()>& done) = 0;

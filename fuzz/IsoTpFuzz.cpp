@@ -67,9 +67,9 @@ class End {
 
   /// Whatever is under way ends by its own deadlines.
   void RunOut() {
-    for (int waits = 0; connection_.Deadline(); ++waits) {
+    for (int waits = 0; connection_.Due() || connection_.Deadline(); ++waits) {
       fuzz::Require(waits < 8, "what is under way ends");
-      now_ = std::max(now_, *connection_.Deadline());
+      now_ = std::max(now_, *(connection_.Due() ? connection_.Due() : connection_.Deadline()));
       connection_.TimeElapsed(now_);
       TakeOutputs();
     }

@@ -117,17 +117,23 @@ class Tester {
     tester_.Send(message.View(), now_, now_);
   }
   void ToDeadline() {
+    const auto due = tester_.Due();
     const auto deadline = tester_.Deadline();
-    fuzz::Require(deadline.has_value() == tester_.IsBusy(), "what is under way has a deadline");
-    if (!deadline) return;
-    now_ = std::max(now_, *deadline);
-    tester_.TimeElapsed(now_);
+    fuzz::Require((due || deadline) == tester_.IsBusy(), "what is under way comes to something");
+    if (due) {
+      now_ = std::max(now_, *due);
+      tester_.MoveOn(now_);
+    } else if (deadline) {
+      now_ = std::max(now_, *deadline);
+      tester_.TimeElapsed(now_);
+    }
   }
   void TakeOutputs() {
     while (const auto action = tester_.TakeAction()) {
       fuzz::Require((action->kind == ecu::KLineTester::Action::Kind::kWrite) != action->bytes.Empty(),
                     "an action writes or sets the level");
       written_.Append(action->bytes.View());
+      if (!action->bytes.Empty()) tester_.Written(now_);
     }
     while (const auto event = tester_.TakeEvent()) {
       const bool message = event->kind == ecu::KLineTester::Event::Kind::kMessage;

@@ -11,6 +11,7 @@ class QtEventLoop : public base::EventLoop {
  public:
   base::TimePoint Now() const override;
   std::unique_ptr<base::Timer> CreateTimer(std::function<void()> fire) override;
+  std::unique_ptr<base::Deadline> CreateDeadline(std::function<void()> passed) override;
   bool RunUntil(base::TimePoint deadline, const std::function<bool()>& done) override;
 };
 

@@ -49,7 +49,8 @@ SerialPath::SerialPath(SerialPort& port, CommandRunner& runner, TcpPath& tcp, ho
       console_(console),
       view_(view),
       on_toggled_(std::move(on_toggled)),
-      watchdog_(loop.CreateTimer([this] {
+      loop_(loop),
+      watchdog_(loop.CreateDeadline([this] {
         if (const auto held = owner_.lock()) OnWatchdog();
       })) {}
 
@@ -154,13 +155,13 @@ void SerialPath::Answer() {
 }
 
 void SerialPath::ArmWatchdog() {
-  watchdog_->Stop();
+  watchdog_->Clear();
   view_.ShowPanel("timeout", "Timeout armed");
-  watchdog_->Start(kWatchdogInterval);
+  watchdog_->Set(loop_.Now() + kWatchdogInterval);
 }
 
 void SerialPath::StopWatchdog() {
-  watchdog_->Stop();
+  watchdog_->Clear();
   view_.ShowPanel("timeout", "Timeout stop");
 }
 

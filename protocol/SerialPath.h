@@ -58,7 +58,8 @@ class SerialPath {
   host::StatusView& view_;
   OnToggled on_toggled_;
   std::weak_ptr<void> owner_;
-  std::unique_ptr<base::Timer> watchdog_;
+  base::EventLoop& loop_;
+  std::unique_ptr<base::Deadline> watchdog_;
   int nesting_ = 0;
   int opening_ = 0;  // counts the changes of the port
 };

@@ -25,7 +25,8 @@ enum class CommEvent : std::int32_t {
   kDcbError = 1011
 };
 
-/// The seam to the RS232 port of the client (`MSComm1`). Events come from the event loop.
+/// The seam to the RS232 port of the client (`MSComm1`). Events come from the event loop; bytes that the
+/// driver held when a base::Deadline fell due are announced before that deadline.
 class SerialPort {
  public:
   using OnComm = std::function<void(CommEvent)>;

@@ -9,7 +9,8 @@
 namespace korval::ecu {
 
 /// The seam to a CAN adapter: an opened bus. Runs on the event loop's thread and never waits; destroying it
-/// closes it.
+/// closes it. Frames may come late, when the computer is busy, but what the driver held when a base::Deadline
+/// fell due comes before that deadline.
 class CanBus {
  public:
   enum class Error {

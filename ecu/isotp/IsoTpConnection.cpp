@@ -4,6 +4,16 @@
 #include <algorithm>
 
 namespace korval::ecu {
+namespace {
+
+using Time = std::optional<base::TimePoint>;
+
+Time Earlier(const Time& one, const Time& other) {
+  if (!one || !other) return one ? one : other;
+  return std::min(*one, *other);
+}
+
+}  // namespace
 
 void IsoTpConnection::Stop() {
   sender_.Stop();
@@ -57,11 +67,12 @@ std::optional<IsoTpError> IsoTpConnection::TakeError() {
   return receiver_.TakeError();
 }
 
+std::optional<base::TimePoint> IsoTpConnection::Due() const {
+  return Earlier(sender_.Due(), receiver_.Due());
+}
+
 std::optional<base::TimePoint> IsoTpConnection::Deadline() const {
-  const auto sending = sender_.Deadline();
-  const auto receiving = receiver_.Deadline();
-  if (!sending || !receiving) return sending ? sending : receiving;
-  return std::min(*sending, *receiving);
+  return Earlier(sender_.Deadline(), receiver_.Deadline());
 }
 
 }  // namespace korval::ecu

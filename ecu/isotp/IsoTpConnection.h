@@ -40,7 +40,9 @@ class IsoTpConnection {
   std::optional<CanFrame> TakeFrame(base::TimePoint now);
   std::optional<base::ByteBuffer> TakeMessage() { return receiver_.TakeMessage(); }
   std::optional<IsoTpError> TakeError();
-  /// When TimeElapsed or TakeFrame is due; none while nothing is under way.
+  /// When TakeFrame is due. Of this and the deadline there is one at least while something is under way.
+  std::optional<base::TimePoint> Due() const;
+  /// When TimeElapsed is due. Every frame that came until the deadline has arrived then.
   std::optional<base::TimePoint> Deadline() const;
 
  private:

@@ -12,7 +12,8 @@ IsoTpEndpoint::IsoTpEndpoint(std::shared_ptr<base::EventLoop> loop, const IsoTpP
     : loop_(std::move(loop)),
       connection_(parameters),
       events_(std::move(events)),
-      timer_(loop_->CreateTimer([this] { TimerFired(); })) {}
+      due_(loop_->CreateTimer([this] { MoveOn(); })),
+      deadline_(loop_->CreateDeadline([this] { DeadlinePassed(); })) {}
 
 void IsoTpEndpoint::Send(base::ByteView message) {
   connection_.Send(message, loop_->Now());
@@ -31,12 +32,13 @@ void IsoTpEndpoint::FramesSent() {
 
 void IsoTpEndpoint::Stop() {
   connection_.Stop();
-  timer_->Stop();
+  due_->Stop();
+  deadline_->Clear();
   busy_ = false;
   sending_ = false;
 }
 
-void IsoTpEndpoint::TimerFired() {
+void IsoTpEndpoint::DeadlinePassed() {
   connection_.TimeElapsed(loop_->Now());
   MoveOn();
 }
@@ -48,26 +50,30 @@ void IsoTpEndpoint::MoveOn() {
   moving_ = true;
   while (const auto frame = connection_.TakeFrame(loop_->Now())) events_.send_frame(*frame);
   moving_ = false;
-  SetTimer();
+  SetTimers();
   TellBusy();
   Report();
 }
 
-void IsoTpEndpoint::SetTimer() {
-  const base::TimePoint now = loop_->Now();
-  const auto deadline = connection_.Deadline();
-  timer_->Stop();
-  if (deadline) {
-    timer_->Start(
-        std::chrono::ceil<std::chrono::microseconds>(std::max(*deadline - now, base::TimePoint(0))));
+void IsoTpEndpoint::SetTimers() {
+  due_->Stop();
+  if (const auto due = connection_.Due()) {
+    due_->Start(
+        std::chrono::ceil<std::chrono::microseconds>(std::max(*due - loop_->Now(), base::TimePoint::zero())));
+  }
+  if (const auto deadline = connection_.Deadline()) {
+    deadline_->Set(*deadline);
+  } else {
+    deadline_->Clear();
   }
 }
 
 void IsoTpEndpoint::TellBusy() {
-  const auto deadline = connection_.Deadline();
-  if (!deadline && !busy_) return;
-  busy_ = deadline.has_value();
-  events_.on_busy(deadline.value_or(loop_->Now()));
+  const auto due = connection_.Due();
+  const auto until = due ? due : connection_.Deadline();
+  if (!until && !busy_) return;
+  busy_ = until.has_value();
+  events_.on_busy(until.value_or(loop_->Now()));
 }
 
 void IsoTpEndpoint::Report() {

@@ -38,16 +38,17 @@ class IsoTpEndpoint {
   void Stop();
 
  private:
-  void TimerFired();
+  void DeadlinePassed();
   void MoveOn();
-  void SetTimer();
+  void SetTimers();
   void TellBusy();
   void Report();
 
   std::shared_ptr<base::EventLoop> loop_;
   IsoTpConnection connection_;
   Events events_;
-  std::unique_ptr<base::Timer> timer_;
+  std::unique_ptr<base::Timer> due_;          // for what is sent
+  std::unique_ptr<base::Deadline> deadline_;  // for what is waited for
   bool moving_ = false;
   bool busy_ = false;  // as on_busy said
   bool sending_ = false;

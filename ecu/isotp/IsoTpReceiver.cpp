@@ -76,9 +76,12 @@ void IsoTpReceiver::Consecutive(const IsoTpPdu& pdu, base::TimePoint now) {
   }
 }
 
+std::optional<base::TimePoint> IsoTpReceiver::Due() const {
+  return state_ == State::kFlowControlDue ? std::optional(deadline_) : std::nullopt;
+}
+
 std::optional<base::TimePoint> IsoTpReceiver::Deadline() const {
-  if (state_ == State::kIdle) return std::nullopt;
-  return deadline_;
+  return state_ == State::kIdle || state_ == State::kFlowControlDue ? std::nullopt : std::optional(deadline_);
 }
 
 void IsoTpReceiver::TimeElapsed(base::TimePoint now) {

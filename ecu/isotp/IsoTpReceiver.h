@@ -33,7 +33,9 @@ class IsoTpReceiver {
 
   /// The flow control that is due, once.
   std::optional<IsoTpPduBytes> TakeFrame(base::TimePoint now);
-  /// When TimeElapsed or TakeFrame is due; none while idle.
+  /// When TakeFrame is due; none when there is nothing to send.
+  std::optional<base::TimePoint> Due() const;
+  /// When TimeElapsed is due; none while nothing is waited for.
   std::optional<base::TimePoint> Deadline() const;
 
   /// The message that came in, once.

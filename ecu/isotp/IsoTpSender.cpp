@@ -25,9 +25,12 @@ void IsoTpSender::Start(base::ByteView message, base::TimePoint now) {
   state_ = State::kFrameDue;
 }
 
+std::optional<base::TimePoint> IsoTpSender::Due() const {
+  return state_ == State::kFrameDue ? std::optional(deadline_) : std::nullopt;
+}
+
 std::optional<base::TimePoint> IsoTpSender::Deadline() const {
-  if (state_ == State::kIdle) return std::nullopt;
-  return deadline_;
+  return state_ == State::kIdle || state_ == State::kFrameDue ? std::nullopt : std::optional(deadline_);
 }
 
 std::optional<IsoTpPduBytes> IsoTpSender::TakeFrame(base::TimePoint now) {

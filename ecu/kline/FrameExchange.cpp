@@ -2,8 +2,15 @@
 #include "ecu/kline/FrameExchange.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace korval::ecu {
+namespace {
+
+// An ECU waits for the next byte of a request for 20 ms (P4max), which begins after 5 ms (P4min).
+constexpr std::chrono::milliseconds kLongestHoldUp{10};
+
+}  // namespace
 
 FrameExchange::FrameExchange(Addresses addresses, base::TimePoint byte_time, EchoFilter& echo)
     : addresses_(addresses), byte_time_(byte_time), echo_(echo) {}
@@ -25,21 +32,25 @@ void FrameExchange::Start(base::ByteView message, HeaderForm form, const KLineTi
 }
 
 base::ByteView FrameExchange::TakeBytes(base::TimePoint now) {
-  const base::ByteView bytes = sender_.Take(now);
-  if (!bytes.empty() && sender_.IsDone()) {
-    answer_deadline_ = sender_.End() + byte_time_ + timing_.p2_max;
-    last_deadline_ = sender_.End() + timing_.pending_cap;
+  if (outcome_ == Outcome::kUnderWay && sender_.IsLate(now, kLongestHoldUp)) {
+    outcome_ = Outcome::kHeldUp;
+    sender_.Stop();
   }
+  const base::ByteView bytes = sender_.Take(now);
+  if (!bytes.empty()) Written(now);
   return bytes;
+}
+
+void FrameExchange::Written(base::TimePoint now) {
+  if (outcome_ != Outcome::kUnderWay) return;
+  sender_.Written(now);
+  if (!sender_.IsDone()) return;
+  answer_deadline_ = sender_.End() + byte_time_ + timing_.p2_max;
+  last_deadline_ = sender_.End() + timing_.pending_cap;
 }
 
 void FrameExchange::BytesArrived(base::ByteView bytes, base::TimePoint now) {
   if (outcome_ != Outcome::kUnderWay) return;
-  if (now - last_byte_ > timing_.p1_max + byte_time_) {
-    if (reader_.IsInside()) damage_ = "a truncated frame";
-    reader_.Reset();
-    hunting_ = false;
-  }
   last_byte_ = now;
   base::ByteBuffer rest;
   if (!echo_.Filter(bytes, rest)) {
@@ -52,7 +63,6 @@ void FrameExchange::BytesArrived(base::ByteView bytes, base::TimePoint now) {
 
 void FrameExchange::ReadByte(std::uint8_t byte, base::TimePoint now) {
   if (hunting_ || outcome_ != Outcome::kUnderWay) return;
-  if (!reader_.IsInside()) frame_in_time_ = !sender_.IsDone() || now <= answer_deadline_;
   switch (reader_.Add(byte)) {
     case FrameReader::Result::kFrame:
       FrameArrived(now);
@@ -72,7 +82,7 @@ bool FrameExchange::IsForUs() const {
 }
 
 void FrameExchange::FrameArrived(base::TimePoint now) {
-  if (!IsForUs() || !sender_.IsDone() || !frame_in_time_) return;
+  if (!IsForUs() || !sender_.IsDone()) return;
   const base::ByteView message = reader_.Message();
   messages_.emplace_back(message);
   if (expected_.IsPending(message)) {
@@ -90,23 +100,39 @@ bool FrameExchange::TakeSent(base::TimePoint now) {
   return true;
 }
 
-// A frame may end after the deadline if it began before it.
-base::TimePoint FrameExchange::Deadline() const {
+std::optional<base::TimePoint> FrameExchange::Due() const {
+  if (outcome_ != Outcome::kUnderWay) return std::nullopt;
   if (!sender_.IsDone()) return sender_.Due();
-  if (!sent_told_ && !echo_.IsMissing()) return sender_.End();
-  if (!reader_.IsInside() || !frame_in_time_) return answer_deadline_;
-  return std::max(answer_deadline_, last_byte_ + timing_.p1_max + byte_time_);
+  return sent_told_ || echo_.IsMissing() ? std::nullopt : std::optional(sender_.End());
+}
+
+// A frame may end after the answer is due if it began before that; what is no frame may not.
+std::optional<base::TimePoint> FrameExchange::Deadline() const {
+  if (outcome_ != Outcome::kUnderWay || !sender_.IsDone()) return std::nullopt;
+  const base::TimePoint silence = last_byte_ + timing_.p1_max + byte_time_;
+  if (reader_.IsInside()) return silence;
+  return hunting_ ? std::min(silence, answer_deadline_) : answer_deadline_;
 }
 
 void FrameExchange::TimeElapsed(base::TimePoint now) {
-  if (outcome_ != Outcome::kUnderWay || !sender_.IsDone() || now < Deadline()) return;
+  const auto deadline = Deadline();
+  if (!deadline || now < *deadline) return;
+  if (reader_.IsInside() || hunting_) EndFrame();
+  if (now >= answer_deadline_) EndExchange();
+}
+
+// The line has been silent for so long that the next byte begins a frame.
+void FrameExchange::EndFrame() {
+  if (reader_.IsInside()) damage_ = "a truncated frame";
+  reader_.Reset();
+  hunting_ = false;
+}
+
+void FrameExchange::EndExchange() {
   if (echo_.IsMissing()) {
     outcome_ = Outcome::kNoEcho;
   } else if (foreign_message_) {
     outcome_ = Outcome::kForeign;
-  } else if (reader_.IsInside() && frame_in_time_) {
-    damage_ = "a truncated frame";
-    outcome_ = Outcome::kDamaged;
   } else {
     outcome_ = damage_ != nullptr ? Outcome::kDamaged : Outcome::kSilent;
   }

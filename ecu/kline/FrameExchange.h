@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -16,17 +17,19 @@
 namespace korval::ecu {
 
 /// A request frame on its way out and the frames that come back until its answer, P1, P2 and P4 kept (ISO
-/// 14230-2 clause 4.4). A pure state machine.
+/// 14230-2 clause 4.4). A pure state machine. Bytes may be looked at late: what arrives never ends anything
+/// by its time, only TimeElapsed does, and a frame whose bytes are all there counts.
 class FrameExchange {
  public:
   enum class Outcome {
     kUnderWay,
     kAnswered,
-    kForeign,   ///< only messages that belong to something else
-    kSilent,    ///< no frame for us in time
-    kDamaged,   ///< a frame that was none
-    kNoEcho,    ///< the adapter did not return what was sent
-    kDisturbed  ///< the adapter returned something else: somebody spoke at the same time
+    kForeign,    ///< only messages that belong to something else
+    kSilent,     ///< no frame for us in time
+    kDamaged,    ///< a frame that was none
+    kNoEcho,     ///< the adapter did not return what was sent
+    kDisturbed,  ///< the adapter returned something else: somebody spoke at the same time
+    kHeldUp      ///< the request has a gap in which the ECU gave it up: it was not sent to its end
   };
   struct Addresses {
     std::uint8_t ecu;
@@ -39,6 +42,8 @@ class FrameExchange {
   void Start(base::ByteView message, HeaderForm form, const KLineTiming& timing, base::TimePoint now);
   /// What is to be written now; empty: nothing.
   base::ByteView TakeBytes(base::TimePoint now);
+  /// What was taken last has been written, which may have taken its time.
+  void Written(base::TimePoint now);
   void BytesArrived(base::ByteView bytes, base::TimePoint now);
   void TimeElapsed(base::TimePoint now);
   /// Whether the frame is out, its echo included where there is one; holds once.
@@ -47,8 +52,10 @@ class FrameExchange {
   std::vector<base::ByteBuffer> TakeMessages() { return std::exchange(messages_, {}); }
 
   Outcome CurrentOutcome() const { return outcome_; }
-  /// When TakeBytes or TimeElapsed is due.
-  base::TimePoint Deadline() const;
+  /// When TakeBytes or TakeSent is due; none behind that.
+  std::optional<base::TimePoint> Due() const;
+  /// When TimeElapsed is due; none before everything is sent.
+  std::optional<base::TimePoint> Deadline() const;
   /// When what was sent so far has left.
   base::TimePoint SentUntil() const { return sender_.End(); }
   /// What was wrong with the last damaged frame.
@@ -56,6 +63,8 @@ class FrameExchange {
 
  private:
   void ReadByte(std::uint8_t byte, base::TimePoint now);
+  void EndFrame();
+  void EndExchange();
   void FrameArrived(base::TimePoint now);
   bool IsForUs() const;
 
@@ -70,7 +79,6 @@ class FrameExchange {
   base::TimePoint answer_deadline_{};
   base::TimePoint last_deadline_{};  // however often the ECU asks for time
   base::TimePoint last_byte_{};
-  bool frame_in_time_ = false;  // the frame being read began before the deadline
   bool sent_told_ = false;
   bool hunting_ = false;  // nothing is a frame before the next silence
   const char* damage_ = nullptr;

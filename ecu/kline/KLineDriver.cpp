@@ -18,7 +18,8 @@ KLineDriver::KLineDriver(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<
       has_start_(function.init != FunctionDescription::Init::kNone),
       longest_turn_(function.timing.Value(&Timing::pending_cap)),
       tester_(function),
-      timer_(loop_->CreateTimer([this] { TimerFired(); })) {}
+      due_(loop_->CreateTimer([this] { DueNow(); })),
+      deadline_(loop_->CreateDeadline([this] { DeadlinePassed(); })) {}
 
 void KLineDriver::Connect() {
   listening_ = true;
@@ -32,7 +33,8 @@ void KLineDriver::Send(base::ByteView message) {
 
 void KLineDriver::Close() {
   if (!std::exchange(listening_, false)) return;
-  timer_->Stop();
+  due_->Stop();
+  deadline_->Clear();
   if (tester_.IsConnected()) return Claim(Task::kStop);
   tester_.Abandon();
   line_->Release(this, tester_.QuietSince());
@@ -68,7 +70,13 @@ void KLineDriver::BytesArrived(base::ByteView bytes) {
   MoveOn();
 }
 
-void KLineDriver::TimerFired() {
+void KLineDriver::DueNow() {
+  const auto self = shared_from_this();
+  tester_.MoveOn(loop_->Now());
+  MoveOn();
+}
+
+void KLineDriver::DeadlinePassed() {
   const auto self = shared_from_this();
   tester_.TimeElapsed(loop_->Now());
   MoveOn();
@@ -78,7 +86,8 @@ void KLineDriver::Lost(const std::string& why) { GiveUp(kLinkLost, why); }
 
 void KLineDriver::GiveUp(std::int32_t number, const std::string& why) {
   const auto self = shared_from_this();
-  timer_->Stop();
+  due_->Stop();
+  deadline_->Clear();
   tester_.Abandon();
   line_->Release(this, tester_.QuietSince());
   if (listening_) events_.on_failure(number, why);
@@ -94,22 +103,35 @@ void KLineDriver::MoveOn() {
 }
 
 void KLineDriver::Perform(const KLineTester::Action& action) {
-  if (action.kind == KLineTester::Action::Kind::kWrite) return line_->Write(action.bytes.View());
-  line_->SetBreak(action.kind == KLineTester::Action::Kind::kPullLow);
+  if (action.kind != KLineTester::Action::Kind::kWrite) {
+    line_->SetBreak(action.kind == KLineTester::Action::Kind::kPullLow);
+    return;
+  }
+  line_->Write(action.bytes.View());
+  tester_.Written(loop_->Now());
+}
+
+void KLineDriver::SetTimers() {
+  due_->Stop();
+  if (const auto due = tester_.Due()) {
+    due_->Start(
+        std::chrono::ceil<std::chrono::microseconds>(std::max(*due - loop_->Now(), base::TimePoint::zero())));
+  }
+  if (const auto deadline = tester_.Deadline()) {
+    deadline_->Set(*deadline);
+  } else {
+    deadline_->Clear();
+  }
 }
 
 // The line is released first: who hears of an answer may have the next request.
 void KLineDriver::Report() {
   const auto self = shared_from_this();
-  const base::TimePoint now = loop_->Now();
-  const auto deadline = tester_.Deadline();
-  timer_->Stop();
-  if (deadline) {
-    timer_->Start(
-        std::chrono::ceil<std::chrono::microseconds>(std::max(*deadline - now, base::TimePoint::zero())));
-  }
+  SetTimers();
+  const auto due = tester_.Due();
+  const base::TimePoint busy_until = (due ? due : tester_.Deadline()).value_or(loop_->Now());
   if (!tester_.IsBusy()) line_->Release(this, tester_.QuietSince());
-  if (listening_) events_.on_busy(deadline.value_or(now));
+  if (listening_) events_.on_busy(busy_until);
   while (listening_) {
     const auto event = tester_.TakeEvent();
     if (!event) break;

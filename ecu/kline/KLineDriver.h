@@ -39,9 +39,11 @@ class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineD
 
   void Claim(Task task);
   void GiveUp(std::int32_t number, const std::string& why);
-  void TimerFired();
+  void DueNow();
+  void DeadlinePassed();
   void MoveOn();
   void Perform(const KLineTester::Action& action);
+  void SetTimers();
   void Report();
   void Raise(const KLineTester::Event& event);
 
@@ -55,7 +57,8 @@ class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineD
   bool listening_ = false;  // to the events
   Task task_ = Task::kConnect;
   base::ByteBuffer message_;
-  std::unique_ptr<base::Timer> timer_;
+  std::unique_ptr<base::Timer> due_;          // for what the tester does
+  std::unique_ptr<base::Deadline> deadline_;  // for what it waits for
   bool moving_ = false;
 };
 

@@ -20,6 +20,10 @@ constexpr std::uint8_t kTimesToGiven = 0x03;
 constexpr std::size_t kBitsPerByte = 10;  // with start and stop bit
 constexpr std::size_t kMostHeard = 32;
 constexpr HeaderForm kStartForm{true, false};
+// Of one request or initialisation.
+constexpr int kMostHoldUps = 5;
+constexpr char kHeldUp[] =
+    "the computer is too busy to send it without gaps: relieve it, or start the server with --realtime";
 constexpr char kNoEcho[] = "no echo: check cable and ignition";
 
 template <typename Item>
@@ -84,12 +88,24 @@ void KLineTester::Stop(base::TimePoint now, base::TimePoint quiet_since) {
 void KLineTester::Begin(Purpose purpose, base::TimePoint silence, base::TimePoint now,
                         base::TimePoint quiet_since) {
   purpose_ = purpose;
+  hold_ups_ = 0;
   quiet_since_ = std::max(quiet_since_, quiet_since);
   silence_ = silence;
-  silence_end_ = std::max(now, quiet_since_ + silence) + Time(&Timing::p3_max);
+  AwaitSilence(now);
+}
+
+// That the line is silent shows when its time has elapsed, and never at once: the adapter may still hold
+// what was said before.
+void KLineTester::AwaitSilence(base::TimePoint now) {
+  silence_end_ = std::max(now, quiet_since_ + silence_) + Time(&Timing::p3_max);
   heard_.Clear();
   phase_ = Phase::kSilence;
-  Step(now);
+}
+
+// What the computer held up so long that the ECU has given it up is sent anew.
+void KLineTester::Redo(base::TimePoint now) {
+  if (++hold_ups_ > kMostHoldUps) return Fail(kNoAnswer, kHeldUp);
+  AwaitSilence(now);
 }
 
 void KLineTester::BytesArrived(base::ByteView bytes, base::TimePoint now) {
@@ -105,40 +121,46 @@ void KLineTester::BytesArrived(base::ByteView bytes, base::TimePoint now) {
     echo_.Filter(bytes, rest);
     for (const std::uint8_t byte : rest.View()) handshake_->ByteArrived(byte, now);
   }
-  Step(now);
+  MoveOn(now);
 }
 
-void KLineTester::TimeElapsed(base::TimePoint now) { Step(now); }
+void KLineTester::TimeElapsed(base::TimePoint now) {
+  if (phase_ == Phase::kSilence) SilenceElapsed(now);
+  if (phase_ == Phase::kHandshake) handshake_->TimeElapsed(now);
+  if (phase_ == Phase::kExchange) exchange_.TimeElapsed(now);
+  MoveOn(now);
+}
+
+void KLineTester::Written(base::TimePoint now) {
+  if (phase_ != Phase::kExchange) return;
+  exchange_.Written(now);
+  quiet_since_ = std::max(quiet_since_, exchange_.SentUntil());
+}
 
 std::optional<KLineTester::Action> KLineTester::TakeAction() { return TakeFirst(actions_); }
 
 std::optional<KLineTester::Event> KLineTester::TakeEvent() { return TakeFirst(events_); }
 
+std::optional<base::TimePoint> KLineTester::Due() const {
+  if (phase_ == Phase::kWakeUp) return wake_up_->Due();
+  if (phase_ == Phase::kHandshake) return handshake_->Due();
+  return phase_ == Phase::kExchange ? exchange_.Due() : std::nullopt;
+}
+
 std::optional<base::TimePoint> KLineTester::Deadline() const {
-  switch (phase_) {
-    case Phase::kIdle:
-      break;
-    case Phase::kSilence:
-      return std::min(quiet_since_ + silence_, silence_end_);
-    case Phase::kWakeUp:
-      return wake_up_->Due();
-    case Phase::kHandshake:
-      return handshake_->Deadline();
-    case Phase::kExchange:
-      return exchange_.Deadline();
-  }
-  return std::nullopt;
+  if (phase_ == Phase::kSilence) return std::min(quiet_since_ + silence_, silence_end_);
+  if (phase_ == Phase::kHandshake) return handshake_->Deadline();
+  return phase_ == Phase::kExchange ? exchange_.Deadline() : std::nullopt;
 }
 
 // Each phase goes over into the next without an event in between.
-void KLineTester::Step(base::TimePoint now) {
-  if (phase_ == Phase::kSilence) AwaitSilence(now);
+void KLineTester::MoveOn(base::TimePoint now) {
   if (phase_ == Phase::kWakeUp) Wake(now);
   if (phase_ == Phase::kHandshake) ShakeHands(now);
   if (phase_ == Phase::kExchange) RunExchange(now);
 }
 
-void KLineTester::AwaitSilence(base::TimePoint now) {
+void KLineTester::SilenceElapsed(base::TimePoint now) {
   if (now >= quiet_since_ + silence_) {
     heard_.Clear();
     if (purpose_ != Purpose::kInitialisation) return StartExchange(now);
@@ -160,6 +182,11 @@ void KLineTester::Wake(base::TimePoint now) {
     phase_ = Phase::kHandshake;
     return;
   }
+  if (has_break_ && wake_up_->IsLate(now)) {
+    actions_.push_back({Action::Kind::kLetRise, {}});
+    quiet_since_ = now;
+    return Redo(now);
+  }
   while (const auto low = wake_up_->TakeLevel(now)) {
     actions_.push_back({*low ? Action::Kind::kPullLow : Action::Kind::kLetRise, {}});
   }
@@ -180,7 +207,6 @@ void KLineTester::ShakeHands(base::TimePoint now) {
     echo_.Expect(std::array{*byte});
     Write(std::array{*byte}, now + byte_time_);
   }
-  handshake_->TimeElapsed(now);
   if (handshake_->CurrentState() == SlowHandshake::State::kFailed) {
     Fail(kNoAnswer, echo_.IsMissing() ? kNoEcho : "no " + handshake_->MissingStep());
   } else if (handshake_->CurrentState() == SlowHandshake::State::kDone) {
@@ -200,8 +226,7 @@ void KLineTester::RunExchange(base::TimePoint now) {
     Write(bytes, exchange_.SentUntil());
   }
   if (exchange_.TakeSent(now) && purpose_ == Purpose::kRequest) events_.push_back({Event::Kind::kSent, {}});
-  exchange_.TimeElapsed(now);
-  if (exchange_.CurrentOutcome() != FrameExchange::Outcome::kUnderWay) FinishExchange();
+  if (exchange_.CurrentOutcome() != FrameExchange::Outcome::kUnderWay) FinishExchange(now);
 }
 
 void KLineTester::Write(base::ByteView bytes, base::TimePoint until) {
@@ -222,7 +247,8 @@ void KLineTester::Deliver() {
   }
 }
 
-void KLineTester::FinishExchange() {
+void KLineTester::FinishExchange(base::TimePoint now) {
+  if (exchange_.CurrentOutcome() == FrameExchange::Outcome::kHeldUp) return Redo(now);
   phase_ = Phase::kIdle;
   if (purpose_ == Purpose::kStop) return Abandon();
   switch (exchange_.CurrentOutcome()) {
@@ -247,6 +273,7 @@ void KLineTester::FinishExchange() {
       if (purpose_ == Purpose::kInitialisation) Fail(kInitialisationRefused, "another answer");
       break;
     case FrameExchange::Outcome::kUnderWay:
+    case FrameExchange::Outcome::kHeldUp:
       break;
   }
 }

@@ -54,14 +54,21 @@ class KLineTester {
   void Abandon();
 
   void BytesArrived(base::ByteView bytes, base::TimePoint now);
+  /// Does what is due.
+  void MoveOn(base::TimePoint now);
+  /// Ends what has not happened in time. Everything heard until the deadline has arrived.
   void TimeElapsed(base::TimePoint now);
+  /// The bytes of the last action have been written, which may have taken its time.
+  void Written(base::TimePoint now);
 
   std::optional<Action> TakeAction();
   std::optional<Event> TakeEvent();
   bool IsConnected() const { return connected_; }
   /// Something is under way: the line is ours.
   bool IsBusy() const { return phase_ != Phase::kIdle; }
-  /// When TimeElapsed is due; none while nothing is under way.
+  /// When MoveOn is due. Of this and the deadline there is one at least while something is under way.
+  std::optional<base::TimePoint> Due() const;
+  /// When TimeElapsed is due.
   std::optional<base::TimePoint> Deadline() const;
   /// When the line was last busy.
   base::TimePoint QuietSince() const { return quiet_since_; }
@@ -72,8 +79,9 @@ class KLineTester {
   enum class Purpose { kInitialisation, kRequest, kStop };
 
   void Begin(Purpose purpose, base::TimePoint silence, base::TimePoint now, base::TimePoint quiet_since);
-  void Step(base::TimePoint now);
   void AwaitSilence(base::TimePoint now);
+  void SilenceElapsed(base::TimePoint now);
+  void Redo(base::TimePoint now);
   void Wake(base::TimePoint now);
   void ShakeHands(base::TimePoint now);
   void RunExchange(base::TimePoint now);
@@ -82,7 +90,7 @@ class KLineTester {
 
   void Deliver();
   void TakeNote(base::ByteView answer);
-  void FinishExchange();
+  void FinishExchange(base::TimePoint now);
   void TakeAnswer(base::ByteView message);
   void Started(std::uint8_t first_key_byte, std::uint8_t second_key_byte);
   void ChangeTiming(base::ByteView answer);
@@ -107,6 +115,7 @@ class KLineTester {
   base::TimePoint quiet_since_{};
   base::TimePoint silence_{};
   base::TimePoint silence_end_{};  // the line has to be silent by then
+  int hold_ups_ = 0;               // how often the computer spoilt what was being sent
   std::optional<WakeUp> wake_up_;
   std::optional<SlowHandshake> handshake_;
   base::ByteBuffer message_;

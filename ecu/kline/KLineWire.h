@@ -10,7 +10,8 @@
 namespace korval::ecu {
 
 /// The seam to the adapter on a K-line: a serial line with 8 data bits, no parity and one stop bit. Runs on
-/// the event loop's thread and never waits; destroying it closes it.
+/// the event loop's thread and never waits; destroying it closes it. Bytes may come late, when the computer
+/// is busy, but what the driver held when a base::Deadline fell due comes before that deadline.
 class KLineWire {
  public:
   struct Events {

@@ -19,9 +19,14 @@ base::ByteView PacedSender::Take(base::TimePoint now) {
   const std::size_t count = gap_.count() == 0 ? bytes_.Length() - sent_ : 1;
   const base::ByteView bytes = bytes_.View(sent_, count);
   sent_ += count;
-  end_ = now + static_cast<std::int64_t>(count) * byte_time_;
-  due_ = end_ + gap_;
+  last_count_ = count;
+  Written(now);
   return bytes;
+}
+
+void PacedSender::Written(base::TimePoint now) {
+  end_ = now + static_cast<std::int64_t>(last_count_) * byte_time_;
+  due_ = end_ + gap_;
 }
 
 }  // namespace korval::ecu

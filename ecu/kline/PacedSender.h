@@ -12,8 +12,15 @@ class PacedSender {
   /// `byte_time`: how long a byte is on the line.
   void Start(base::ByteBuffer bytes, base::TimePoint now, base::TimePoint byte_time, base::TimePoint gap);
   void Stop() { sent_ = bytes_.Length(); }
+  /// The gap behind what was taken last has become so much longer than it was to be, and more bytes are to
+  /// come.
+  bool IsLate(base::TimePoint now, base::TimePoint by) const {
+    return sent_ != 0 && !IsDone() && now > due_ + by;
+  }
   /// What is to be written now; empty: nothing yet. Valid until the next Start.
   base::ByteView Take(base::TimePoint now);
+  /// What was taken last has been written only now.
+  void Written(base::TimePoint now);
   bool IsDone() const { return sent_ == bytes_.Length(); }
   /// When the next byte is due.
   base::TimePoint Due() const { return due_; }
@@ -23,6 +30,7 @@ class PacedSender {
  private:
   base::ByteBuffer bytes_;
   std::size_t sent_ = 0;
+  std::size_t last_count_ = 0;
   base::TimePoint byte_time_{};
   base::TimePoint gap_{};
   base::TimePoint due_{};

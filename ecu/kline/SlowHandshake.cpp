@@ -49,8 +49,17 @@ void SlowHandshake::ByteArrived(std::uint8_t byte, base::TimePoint now) {
   }
 }
 
+std::optional<base::TimePoint> SlowHandshake::Due() const {
+  return state_ == State::kRunning && step_ == Step::kPause ? std::optional(deadline_) : std::nullopt;
+}
+
+std::optional<base::TimePoint> SlowHandshake::Deadline() const {
+  return state_ == State::kRunning && step_ != Step::kPause ? std::optional(deadline_) : std::nullopt;
+}
+
 void SlowHandshake::TimeElapsed(base::TimePoint now) {
-  if (state_ == State::kRunning && step_ != Step::kPause && now >= deadline_) state_ = State::kFailed;
+  const auto deadline = Deadline();
+  if (deadline && now >= *deadline) state_ = State::kFailed;
 }
 
 std::optional<std::uint8_t> SlowHandshake::TakeByte(base::TimePoint now) {

@@ -26,8 +26,10 @@ class SlowHandshake {
   std::optional<std::uint8_t> TakeByte(base::TimePoint now);
 
   State CurrentState() const { return state_; }
-  /// When TimeElapsed or TakeByte is due.
-  base::TimePoint Deadline() const { return deadline_; }
+  /// When TakeByte is due; none while the ECU is waited for.
+  std::optional<base::TimePoint> Due() const;
+  /// When TimeElapsed is due; none while nothing is waited for.
+  std::optional<base::TimePoint> Deadline() const;
   std::uint8_t FirstKeyByte() const { return first_key_; }
   std::uint8_t SecondKeyByte() const { return second_key_; }
   /// What was waited for when it failed, as in "sync byte 55 within W1".

@@ -8,12 +8,17 @@ namespace {
 
 constexpr Milliseconds kBitTime{200};
 constexpr unsigned kAddressBits = 8;
+// The standard has 1 ms for a pattern of 50 ms; ECUs bear more, and no computer is always on time.
+constexpr Milliseconds kFastTolerance{5};
+// An ECU looks at the middle of a bit.
+constexpr Milliseconds kFiveBaudTolerance = kBitTime / 4;
 
 }  // namespace
 
 WakeUp WakeUp::Fast(const Timing& timing) {
   const Milliseconds low = timing.Value(&Timing::t_ini_l);
-  return WakeUp({{true, low}, {false, std::max(timing.Value(&Timing::t_wup) - low, Milliseconds(0))}});
+  return WakeUp({{true, low}, {false, std::max(timing.Value(&Timing::t_wup) - low, Milliseconds(0))}},
+                kFastTolerance);
 }
 
 WakeUp WakeUp::FiveBaud(const Timing& timing, std::uint8_t address) {
@@ -22,7 +27,7 @@ WakeUp WakeUp::FiveBaud(const Timing& timing, std::uint8_t address) {
     levels.push_back({((static_cast<unsigned>(address) >> bit) & 1U) == 0, kBitTime});
   }
   levels.push_back({false, kBitTime});
-  return WakeUp(std::move(levels));
+  return WakeUp(std::move(levels), kFiveBaudTolerance);
 }
 
 std::optional<bool> WakeUp::TakeLevel(base::TimePoint now) {

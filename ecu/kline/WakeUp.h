@@ -23,6 +23,8 @@ class WakeUp {
   std::optional<bool> TakeLevel(base::TimePoint now);
   /// When the next level is due, or after the last one the end; none before the first.
   std::optional<base::TimePoint> Due() const;
+  /// The next level, or the end, comes later than ECUs bear.
+  bool IsLate(base::TimePoint now) const { return next_ != 0 && now > due_ + tolerance_; }
   bool IsDone(base::TimePoint now) const { return next_ == levels_.size() && now >= *Due(); }
 
  private:
@@ -31,9 +33,11 @@ class WakeUp {
     base::TimePoint duration;
   };
 
-  explicit WakeUp(std::vector<Level> levels) : levels_(std::move(levels)) {}
+  WakeUp(std::vector<Level> levels, base::TimePoint tolerance)
+      : levels_(std::move(levels)), tolerance_(tolerance) {}
 
   std::vector<Level> levels_;
+  base::TimePoint tolerance_;
   std::size_t next_ = 0;
   base::TimePoint due_{};
 };

@@ -123,7 +123,7 @@ void Channel::Close() {
   closed_ = true;
   current_.reset();
   state_ = State::kDisconnected;
-  answer_timer_.reset();
+  answer_deadline_.reset();
   keep_alive_timer_.reset();
   link_->Close();
 }
@@ -149,18 +149,18 @@ void Channel::Transmit(const std::shared_ptr<Pending>& pending) {
   Settle();
 }
 
-// Finishes the exchange that is under way, or sets the timer for what it waits for.
+// Finishes the exchange that is under way, or sets the deadline of what it waits for.
 void Channel::Settle() {
   if (!current_) return;
   if (current_->failure || current_->exchange.CurrentState() != Exchange::State::kWaiting) return Finish();
-  if (!answer_timer_) answer_timer_ = loop_->CreateTimer([this] { TimerFired(); });
-  answer_timer_->Start(DelayUntil(current_->exchange.Deadline(), loop_->Now()));
+  if (!answer_deadline_) answer_deadline_ = loop_->CreateDeadline([this] { DeadlinePassed(); });
+  answer_deadline_->Set(current_->exchange.Deadline());
 }
 
 void Channel::Finish() {
   const auto pending = std::exchange(current_, nullptr);
   pending->done = true;
-  if (answer_timer_) answer_timer_->Stop();
+  if (answer_deadline_) answer_deadline_->Clear();
   last_exchange_ = loop_->Now();
   const auto failure = Outcome(*pending);
   const bool has_ended =
@@ -223,7 +223,7 @@ void Channel::LinkFailed(std::int32_t number, const std::string& detail) {
   }
 }
 
-void Channel::TimerFired() {
+void Channel::DeadlinePassed() {
   if (!current_) return;
   const auto pending = current_;
   pending->exchange.TimeElapsed(loop_->Now());

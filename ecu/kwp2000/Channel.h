@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The diagnostic services of one ECU function over one link: start of the communication and of the
 // diagnostic session, requests one at a time, tester present in between. Everything moves on by events of
-// the link and of one timer, so that waits can nest: whoever waits in an inner event loop does not hold up
+// the link and of one deadline, so that waits can nest: whoever waits in an inner event loop does not hold up
 // what an outer one waits for.
 #pragma once
 
@@ -73,7 +73,7 @@ class Channel : public std::enable_shared_from_this<Channel> {
   void GiveUpConnecting();
 
   void LinkFailed(std::int32_t number, const std::string& detail);
-  void TimerFired();
+  void DeadlinePassed();
   base::TimePoint KeepAliveSilence() const;
   void StartKeepAlive();
   void KeepAlive();
@@ -95,7 +95,7 @@ class Channel : public std::enable_shared_from_this<Channel> {
   bool tester_present_lost_ = false;
   base::TimePoint last_exchange_{};  // its end
   base::TimePoint keep_alive_{};     // tester present after this much silence
-  std::unique_ptr<base::Timer> answer_timer_;
+  std::unique_ptr<base::Deadline> answer_deadline_;
   std::unique_ptr<base::Timer> keep_alive_timer_;
 };
 

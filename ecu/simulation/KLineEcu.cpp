@@ -48,7 +48,8 @@ KLineEcu::KLineEcu(std::shared_ptr<base::EventLoop> loop, const FunctionDescript
       ecu_(std::move(ecu)),
       write_(std::move(write)),
       timing_(KLineTiming::Of(function.timing, KeyBytes::Any())),
-      timer_(loop_->CreateTimer([this] { SendDue(); })) {}
+      timer_(loop_->CreateTimer([this] { SendDue(); })),
+      silence_(loop_->CreateDeadline([this] { SilenceElapsed(); })) {}
 
 void KLineEcu::AddressArrived(std::uint8_t address) {
   const base::TimePoint now = loop_->Now();
@@ -64,12 +65,26 @@ void KLineEcu::AddressArrived(std::uint8_t address) {
 void KLineEcu::BytesArrived(base::ByteView bytes) {
   const base::TimePoint now = loop_->Now();
   if (echo_) write_(bytes);
-  const base::TimePoint silence = now - last_byte_;
-  last_byte_ = now;
-  if (silence > kLongestGap) reader_.Reset();
-  if (now - last_talk_ > timing_.p3_max) state_ = State::kAsleep;
-  last_talk_ = now;
+  last_byte_ = last_talk_ = now;
   for (const std::uint8_t byte : bytes) ByteArrived(byte, now);
+  AwaitMore();
+}
+
+// What is waited for is judged by its deadline, and not by when a byte is looked at.
+void KLineEcu::AwaitMore() {
+  if (reader_.IsInside()) return silence_->Set(last_byte_ + kLongestGap);
+  const bool endless = state_ == State::kAsleep || timing_.p3_max == base::TimePoint::max();
+  if (endless) return silence_->Clear();
+  silence_->Set(last_talk_ + timing_.p3_max);
+}
+
+void KLineEcu::SilenceElapsed() {
+  if (reader_.IsInside()) {
+    reader_.Reset();
+  } else {
+    state_ = State::kAsleep;
+  }
+  AwaitMore();
 }
 
 void KLineEcu::ByteArrived(std::uint8_t byte, base::TimePoint now) {
@@ -189,6 +204,7 @@ void KLineEcu::SendDue() {
     outgoing_.pop_front();
     last_talk_ = now;
     write_(bytes.View());
+    AwaitMore();
   }
   if (outgoing_.empty()) return timer_->Stop();
   timer_->Start(std::chrono::ceil<std::chrono::microseconds>(outgoing_.front().due - now));

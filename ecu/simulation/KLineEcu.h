@@ -54,6 +54,8 @@ class KLineEcu {
   base::ByteBuffer Framed(base::ByteView message) const;
   void SendAt(base::TimePoint due, base::ByteBuffer bytes);
   void SendDue();
+  void AwaitMore();
+  void SilenceElapsed();
 
   std::shared_ptr<base::EventLoop> loop_;
   FunctionDescription function_;
@@ -68,6 +70,7 @@ class KLineEcu {
   base::TimePoint last_talk_{};  // in either direction
   std::deque<Outgoing> outgoing_;
   std::unique_ptr<base::Timer> timer_;
+  std::unique_ptr<base::Deadline> silence_;  // that ends a request, or the communication
 };
 
 }  // namespace korval::ecu

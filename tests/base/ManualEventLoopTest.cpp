@@ -43,6 +43,32 @@ TEST(ManualEventLoop, StartingAnewMovesATimerAndDestroyingStopsIt) {
   EXPECT_EQ(loop.PendingEvents(), 0U);
 }
 
+TEST(ManualEventLoop, ADeadlineComesOnceBehindEverythingElseOfItsTime) {
+  ManualEventLoop loop;
+  std::string order;
+  const auto deadline = loop.CreateDeadline([&] { order += "deadline "; });
+  deadline->Set(10ms);
+  loop.At(10ms, [&] { loop.At(0ms, [&] { order += "delivered "; }); });
+  loop.Advance(1s);
+  EXPECT_EQ(order, "delivered deadline ");
+  deadline->Set(10ms);
+  loop.Advance(0ms);
+  EXPECT_EQ(order, "delivered deadline deadline ");
+}
+
+TEST(ManualEventLoop, ADeadlineThatIsClearedOrMovedDoesNotCome) {
+  ManualEventLoop loop;
+  int passed = 0;
+  const auto deadline = loop.CreateDeadline([&] { ++passed; });
+  deadline->Set(10ms);
+  deadline->Set(20ms);
+  loop.Advance(19ms);
+  deadline->Clear();
+  loop.Advance(1s);
+  EXPECT_EQ(passed, 0);
+  EXPECT_EQ(loop.PendingEvents(), 0U);
+}
+
 TEST(ManualEventLoop, AWaitEndsAtItsDeadlineOrAsSoonAsItIsDone) {
   ManualEventLoop loop;
   EXPECT_FALSE(loop.RunUntil(5ms, Never));

@@ -13,7 +13,15 @@ using std::chrono::hours;
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-class QtEventLoopTest : public QtTest {};
+class QtEventLoopTest : public QtTest {
+ protected:
+  /// The computer does something else for so long.
+  void HoldUp(base::TimePoint span) {
+    const base::TimePoint end = loop_.Now() + span;
+    while (loop_.Now() < end) {
+    }
+  }
+};
 
 TEST_F(QtEventLoopTest, FiresATimerFromTheLoopAndNotFromStart) {
   int fired = 0;
@@ -95,6 +103,78 @@ TEST_F(QtEventLoopTest, LetsATimerBeDestroyedByItsOwnFiring) {
   timer->Start(microseconds(0));
   EXPECT_TRUE(RunUntil([&] { return !seen.empty(); }));
   EXPECT_EQ(seen, "still here");
+}
+
+TEST_F(QtEventLoopTest, ADeadlineComesOnceAndNotBeforeItsTime) {
+  int passed = 0;
+  base::TimePoint passed_at{0};
+  const auto deadline = loop_.CreateDeadline([&] {
+    ++passed;
+    passed_at = loop_.Now();
+  });
+  const base::TimePoint due = loop_.Now() + microseconds(25300);
+  deadline->Set(due);
+  deadline->Set(due);
+  EXPECT_EQ(passed, 0);
+  ASSERT_TRUE(RunUntil([&] { return passed > 0; }));
+  EXPECT_GE(passed_at, due);
+  EXPECT_FALSE(loop_.RunUntil(loop_.Now() + milliseconds(20), [] { return false; }));
+  EXPECT_EQ(passed, 1);
+}
+
+TEST_F(QtEventLoopTest, ADeadlineThatIsClearedMovedOrDestroyedDoesNotCome) {
+  int passed = 0;
+  const auto cleared = loop_.CreateDeadline([&] { ++passed; });
+  const auto moved = loop_.CreateDeadline([&] { ++passed; });
+  auto destroyed = loop_.CreateDeadline([&] { ++passed; });
+  for (base::Deadline* deadline : {cleared.get(), moved.get(), destroyed.get()}) deadline->Set(loop_.Now());
+  cleared->Clear();
+  moved->Set(base::TimePoint::max());
+  destroyed.reset();
+  EXPECT_FALSE(loop_.RunUntil(loop_.Now() + milliseconds(20), [] { return false; }));
+  EXPECT_EQ(passed, 0);
+}
+
+TEST_F(QtEventLoopTest, LetsADeadlineBeDestroyedByItsOwnComing) {
+  std::unique_ptr<base::Deadline> deadline;
+  std::string seen;
+  const auto text = std::make_shared<std::string>("still here");
+  deadline = loop_.CreateDeadline([&deadline, &seen, text] {
+    deadline.reset();
+    seen = *text;
+  });
+  deadline->Set(loop_.Now());
+  EXPECT_TRUE(RunUntil([&] { return !seen.empty(); }));
+  EXPECT_EQ(seen, "still here");
+}
+
+TEST_F(QtEventLoopTest, ADeadlineComesAsMuchLaterAsTheProgramWasHeldUp) {
+  for (const milliseconds held_up : {milliseconds(24), milliseconds(250)}) {
+    base::TimePoint passed_at{0};
+    const auto deadline = loop_.CreateDeadline([&] { passed_at = loop_.Now(); });
+    const base::TimePoint due = loop_.Now() + milliseconds(40);
+    deadline->Set(due);
+    EXPECT_FALSE(loop_.RunUntil(due - milliseconds(15), [] { return false; }));
+    HoldUp(held_up);
+    ASSERT_TRUE(RunUntil([&] { return passed_at.count() > 0; }));
+    // What is left of a look, 10 ms at the most, is no hold-up.
+    EXPECT_GE(passed_at - due, held_up - milliseconds(11));
+  }
+}
+
+// An adapter reads in one round of the loop and delivers in the next, or in one after that.
+TEST_F(QtEventLoopTest, WhatTheDriversHeldIsDeliveredBeforeADeadlineThatIsOver) {
+  std::string order;
+  int hops = 0;
+  const auto delivery = loop_.CreateTimer([&] { order += "delivered "; });
+  std::unique_ptr<base::Timer> hop;
+  hop =
+      loop_.CreateTimer([&] { ++hops < 4 ? hop->Start(microseconds(0)) : delivery->Start(microseconds(0)); });
+  const auto deadline = loop_.CreateDeadline([&] { order += "deadline"; });
+  deadline->Set(loop_.Now() - milliseconds(100));
+  hop->Start(microseconds(0));
+  ASSERT_TRUE(RunUntil([&] { return order.ends_with("deadline"); }));
+  EXPECT_EQ(order, "delivered deadline");
 }
 
 TEST_F(QtEventLoopTest, EndsAWaitAtItsDeadline) {

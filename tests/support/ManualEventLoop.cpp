@@ -15,7 +15,7 @@ class ManualTimer : public base::Timer {
 
   void Start(std::chrono::microseconds delay) override {
     Stop();
-    key_ = loop_.Schedule(delay, [this] {
+    key_ = loop_.Schedule(loop_.now_ + delay, ManualEventLoop::Rank::kEvent, [this] {
       key_.reset();
       const std::function<void()> fire = fire_;  // firing may destroy the timer
       fire();
@@ -32,24 +32,58 @@ class ManualTimer : public base::Timer {
   std::optional<ManualEventLoop::Key> key_;
 };
 
+class ManualDeadline : public base::Deadline {
+ public:
+  ManualDeadline(ManualEventLoop& loop, std::function<void()> passed)
+      : loop_(loop), passed_(std::move(passed)) {}
+  ~ManualDeadline() override { ManualDeadline::Clear(); }
+  ManualDeadline(const ManualDeadline&) = delete;
+  ManualDeadline& operator=(const ManualDeadline&) = delete;
+
+  void Set(base::TimePoint due) override {
+    if (key_ && due == due_) return;
+    Clear();
+    due_ = due;
+    key_ = loop_.Schedule(std::max(due, loop_.now_), ManualEventLoop::Rank::kDeadline, [this] {
+      key_.reset();
+      const std::function<void()> passed = passed_;  // it may destroy the deadline
+      passed();
+    });
+  }
+  void Clear() override {
+    if (key_) loop_.events_.erase(*key_);
+    key_.reset();
+  }
+
+ private:
+  ManualEventLoop& loop_;
+  std::function<void()> passed_;
+  base::TimePoint due_{};
+  std::optional<ManualEventLoop::Key> key_;
+};
+
 std::unique_ptr<base::Timer> ManualEventLoop::CreateTimer(std::function<void()> fire) {
   return std::make_unique<ManualTimer>(*this, std::move(fire));
 }
 
-ManualEventLoop::Key ManualEventLoop::Schedule(base::TimePoint delay, std::function<void()> event) {
-  const Key key{now_ + delay, sequence_++};
+std::unique_ptr<base::Deadline> ManualEventLoop::CreateDeadline(std::function<void()> passed) {
+  return std::make_unique<ManualDeadline>(*this, std::move(passed));
+}
+
+ManualEventLoop::Key ManualEventLoop::Schedule(base::TimePoint time, Rank rank, std::function<void()> event) {
+  const Key key{time, rank, sequence_++};
   events_.emplace(key, std::move(event));
   return key;
 }
 
 void ManualEventLoop::At(base::TimePoint delay, std::function<void()> event) {
-  Schedule(delay, std::move(event));
+  Schedule(now_ + delay, Rank::kEvent, std::move(event));
 }
 
 bool ManualEventLoop::FireNext(base::TimePoint until) {
   const auto next = events_.begin();
-  if (next == events_.end() || next->first.first > until) return false;
-  now_ = std::max(now_, next->first.first);
+  if (next == events_.end() || std::get<0>(next->first) > until) return false;
+  now_ = std::max(now_, std::get<0>(next->first));
   const std::function<void()> event = std::move(next->second);
   events_.erase(next);
   event();

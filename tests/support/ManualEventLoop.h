@@ -4,7 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <utility>
+#include <tuple>
 
 #include "base/EventLoop.h"
 
@@ -16,6 +16,8 @@ class ManualEventLoop : public base::EventLoop {
  public:
   base::TimePoint Now() const override { return now_; }
   std::unique_ptr<base::Timer> CreateTimer(std::function<void()> fire) override;
+  /// Comes behind everything else that happens at its time.
+  std::unique_ptr<base::Deadline> CreateDeadline(std::function<void()> passed) override;
   bool RunUntil(base::TimePoint deadline, const std::function<bool()>& done) override;
 
   /// Runs `event` once the clock stands `delay` later; for what arrives from outside in the middle of a wait.
@@ -26,9 +28,11 @@ class ManualEventLoop : public base::EventLoop {
 
  private:
   friend class ManualTimer;
-  using Key = std::pair<base::TimePoint, std::uint64_t>;
+  friend class ManualDeadline;
+  enum class Rank { kEvent, kDeadline };
+  using Key = std::tuple<base::TimePoint, Rank, std::uint64_t>;
 
-  Key Schedule(base::TimePoint delay, std::function<void()> event);
+  Key Schedule(base::TimePoint time, Rank rank, std::function<void()> event);
   bool FireNext(base::TimePoint until);
 
   base::TimePoint now_{0};

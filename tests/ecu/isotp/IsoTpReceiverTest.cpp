@@ -92,7 +92,7 @@ TEST_F(IsoTpReceiverTest, FlowControlWaitsForNBr) {
   parameters.n_br = milliseconds(20);
   Arrive("1010000102030405");
   EXPECT_EQ(Pass(), "");
-  EXPECT_EQ(receiver.Deadline(), now + milliseconds(20));
+  EXPECT_EQ(receiver.Due(), now + milliseconds(20));
   Wait(milliseconds(20));
   EXPECT_EQ(Pass(), "300000");
 }

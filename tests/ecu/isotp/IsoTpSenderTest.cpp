@@ -142,7 +142,7 @@ TEST_F(IsoTpSenderTest, SeparationTimeStandsBetweenConsecutiveFrames) {
     Pass();
     FlowControl(0, 0, st_min);
     EXPECT_NE(Pass(), "") << "the first one follows the flow control at once";
-    EXPECT_EQ(sender.Deadline(), now + gap);
+    EXPECT_EQ(sender.Due(), now + gap);
     Wait(gap - microseconds(1));
     EXPECT_EQ(Take(), "") << int{st_min};
     Wait(microseconds(1));
@@ -157,7 +157,7 @@ TEST_F(IsoTpSenderTest, OwnSeparationTimeTakesThePlaceOfTheReceivers) {
   Pass();
   FlowControl(0, 0, 0x7F);
   Pass();
-  EXPECT_EQ(sender.Deadline(), now + microseconds(300));
+  EXPECT_EQ(sender.Due(), now + microseconds(300));
 }
 
 TEST_F(IsoTpSenderTest, MoreThan4095BytesAreEscaped) {
