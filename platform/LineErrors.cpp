@@ -11,7 +11,7 @@
 
 namespace korval::platform {
 
-std::vector<protocol::CommEvent> LineErrors::Since(const Counters& counters) {
+std::vector<protocol::CommEvent> LineErrors::Since(const Counters& counters, bool rts_cts_handshaking) {
   using protocol::CommEvent;
   std::vector<CommEvent> events;
   const auto add = [&](bool happened, CommEvent event) {
@@ -23,7 +23,7 @@ std::vector<protocol::CommEvent> LineErrors::Since(const Counters& counters) {
   add(counters.overrun != last_.overrun, CommEvent::kOverrun);
   add(counters.buffer_overrun != last_.buffer_overrun, CommEvent::kReceiveBufferOverflow);
   add(last_.carrier && !counters.carrier, CommEvent::kCarrierDetectTimeout);
-  add(last_.cts && !counters.cts, CommEvent::kCtsTimeout);
+  add(last_.cts && !counters.cts && !rts_cts_handshaking, CommEvent::kCtsTimeout);
   add(last_.dsr && !counters.dsr, CommEvent::kDsrTimeout);
   last_ = counters;
   return events;

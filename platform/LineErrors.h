@@ -25,8 +25,8 @@ class LineErrors {
   /// Starts from what the driver counts now, for example at opening.
   void Start(const Counters& counters) { last_ = counters; }
   /// One event for each kind of error that was counted, and each modem line that was lost, since the last
-  /// call.
-  std::vector<protocol::CommEvent> Since(const Counters& counters);
+  /// call. With RTS/CTS handshaking CTS is no such line: by it the peer asks for a pause.
+  std::vector<protocol::CommEvent> Since(const Counters& counters, bool rts_cts_handshaking = false);
   /// What the driver of the open device `descriptor` knows; false when it has neither counters nor lines.
   static bool Query(int descriptor, Counters& counters);
 

@@ -26,9 +26,13 @@ constexpr std::int32_t kXonXoffAndRts = 3;
 constexpr qint64 kReceiveLimit = qint64{1024} * 1024;
 constexpr qint64 kTransmitLimit = qint64{1024} * 1024;
 
+bool HandshakesByRts(std::int32_t handshaking) {
+  return handshaking != kNoHandshaking && handshaking != kXonXoff;
+}
+
 QSerialPort::FlowControl QtFlowControl(std::int32_t handshaking) {
-  if (handshaking == kNoHandshaking) return QSerialPort::NoFlowControl;
-  return handshaking == kXonXoff ? QSerialPort::SoftwareControl : QSerialPort::HardwareControl;
+  if (HandshakesByRts(handshaking)) return QSerialPort::HardwareControl;
+  return handshaking == kXonXoff ? QSerialPort::SoftwareControl : QSerialPort::NoFlowControl;
 }
 
 // Qt has either kind of handshaking, not both.
@@ -191,7 +195,7 @@ void QtSerialPort::CheckLine() {
   LineErrors::Counters counters;
   if (!port_->isOpen() || !LineErrors::Query(static_cast<int>(port_->handle()), counters)) return;
   const QPointer<QtSerialPort> self(this);  // a handler may destroy the port
-  for (const protocol::CommEvent event : line_errors_.Since(counters)) {
+  for (const protocol::CommEvent event : line_errors_.Since(counters, HandshakesByRts(handshaking_))) {
     if (self) Raise(event);
   }
 }

@@ -62,17 +62,26 @@ void SerialPath::Bind(const std::weak_ptr<void>& owner) {
 }
 
 void SerialPath::Toggle() {
+  failure_.clear();
+  Change(!port_.IsOpen());
+}
+
+bool SerialPath::OpenAgain() {
+  if (!port_.IsOpen()) Change(true);
+  return port_.IsOpen();
+}
+
+void SerialPath::Change(bool open) {
   const bool was_open = port_.IsOpen();
+  std::string failure;
   try {
-    if (was_open) {
-      port_.Close();
-    } else {
-      port_.Open();
-    }
+    open ? port_.Open() : port_.Close();
     port_.DeliverRawBytes();
-  } catch (const base::Failure& failure) {
-    console_.Line(std::string("Error : ") + failure.what());
+  } catch (const base::Failure& refused) {
+    failure = refused.what();
   }
+  if (!failure.empty() && failure != failure_) console_.Line("Error : " + failure);
+  failure_ = failure;
   const bool is_open = port_.IsOpen();
   if (was_open && is_open) return;
   ++opening_;

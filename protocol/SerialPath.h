@@ -37,10 +37,14 @@ class SerialPath {
   /// Opens the port when it is closed, closes it when it is open. A failure leaves the port as it is and
   /// is traced.
   void Toggle();
+  /// Opens the port where it is closed, and says whether it is open. A failure that is the same as the last
+  /// time is not traced again.
+  bool OpenAgain();
   /// Raises Failure.
   void Close();
 
  private:
+  void Change(bool open);
   void OnComm(CommEvent event);
   void OnLost();
   void OnReceive();
@@ -61,7 +65,8 @@ class SerialPath {
   base::EventLoop& loop_;
   std::unique_ptr<base::Deadline> watchdog_;
   int nesting_ = 0;
-  int opening_ = 0;  // counts the changes of the port
+  std::string failure_;  // of the last change
+  int opening_ = 0;      // counts the changes of the port
 };
 
 }  // namespace korval::protocol

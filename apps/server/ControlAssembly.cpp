@@ -110,6 +110,8 @@ host::ControlParts CompleteParts(const Options& options, host::ControlParts view
   parts.tcp_server = std::make_shared<platform::QtTcpSocket>(options.listen_address, options.allowed_clients,
                                                              TraceTo(parts.terminal));
   parts.tcp_port = options.tcp_port;
+  parts.asap_folder = options.asap_folder;
+  parts.korv_folder = options.korv_folder;
   parts.port_scout = std::make_shared<platform::DevicePortScout>(parts.loop);
   parts.create_session = SessionFactory(options, parts);
   return parts;

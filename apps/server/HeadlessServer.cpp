@@ -37,7 +37,7 @@ HeadlessServer::HeadlessServer(const Options& options)
 int HeadlessServer::Run() {
   const platform::StopSignals stop([this] { Stop(); });
   try {
-    if (!Start()) return Finish(kStartFailed);
+    Start();
   } catch (const base::Failure& failure) {
     console_->Error(std::string("korval-asap-server: ") + failure.what());
     return Finish(kStartFailed);
@@ -45,12 +45,17 @@ int HeadlessServer::Run() {
   return Finish(QCoreApplication::exec());
 }
 
-bool HeadlessServer::Start() {
-  if (!control_->Initialise()) return false;
+void HeadlessServer::Start() {
+  if (!control_->Initialise()) {
+    console_->Error(
+        "korval-asap-server: the serial line stays closed, and no setting stored behind that one is in "
+        "force; "
+        "correct it, or give --serial-settings and --handshaking");
+  }
   ChooseDiagnosticPort(parts_);
   control_->Console().SetDebugTrace(debug_);
   control_->Show();
-  return true;
+  control_->KeepSerialPortOpen();
 }
 
 void HeadlessServer::Stop() {

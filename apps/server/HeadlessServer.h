@@ -23,7 +23,7 @@ class HeadlessServer {
   int Run();
 
  private:
-  bool Start();
+  void Start();
   void Stop();
   void OnOutputLost(std::error_code failure);
   int Finish(int status);

@@ -45,6 +45,9 @@ struct ControlParts {
   std::string application_folder;
   /// Takes the place of the stored TCP port for this run; 0 takes any free one.
   std::optional<std::uint16_t> tcp_port;
+  /// Take the place of the stored folders for this run.
+  std::optional<std::string> asap_folder;
+  std::optional<std::string> korv_folder;
 };
 
 }  // namespace korval::host

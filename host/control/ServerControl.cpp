@@ -84,7 +84,8 @@ bool ServerControl::Initialise() {
 bool ServerControl::ApplySettings() {
   const ServerSettings stored = ReadServerSettings(*parts_.settings, parts_.application_folder);
   // What is not read because the start ends before it has its default.
-  folders_ = {parts_.application_folder, parts_.application_folder};
+  folders_ = {parts_.asap_folder.value_or(parts_.application_folder),
+              parts_.korv_folder.value_or(parts_.application_folder)};
   tcp_path_.SetPort(tcp_port_ = parts_.tcp_port.value_or(ServerSettings::kDefaultTcpPort));
   protocol::SerialPort& port = *parts_.serial_port;
   try {
@@ -141,9 +142,9 @@ void ServerControl::ResetAll() {
 }
 
 void ServerControl::Terminate() noexcept {
-  terminated_ = true;
-  base::IgnoreFailure([this] { serial_path_.Close(); });
-  base::IgnoreFailure([this] { tcp_path_.Close(); });
+  if (std::exchange(terminated_, true)) return;
+  if (serial_timer_) serial_timer_->Stop();
+  base::IgnoreFailure([this] { CloseTransports(); });
   base::IgnoreFailure([this] { DropCollections(); });
   base::IgnoreFailure([this] {
     if (parts_.port_scout) parts_.port_scout->Shutdown();
@@ -215,6 +216,25 @@ void ServerControl::OpenSerialPort() {
   if (!open_serial_at_start_ || parts_.serial_port->IsOpen()) return;
   console_.Line("- Open com port");
   serial_path_.Toggle();
+}
+
+void ServerControl::KeepSerialPortOpen() {
+  if (!open_serial_at_start_ || terminated_) return;
+  serial_timer_ = parts_.loop->CreateTimer([watch = self_] {
+    if (const auto held = watch.lock()) held->LookAfterSerialPort();
+  });
+  LookAfterSerialPort();
+}
+
+void ServerControl::LookAfterSerialPort() {
+  serial_timer_->Start(kSerialInterval);
+  if (parts_.serial_port->IsOpen()) return;
+  if (serial_path_.OpenAgain()) {
+    console_.Line("- Open com port");
+    serial_port_awaited_ = false;
+  } else if (!std::exchange(serial_port_awaited_, true)) {
+    console_.Line("The serial port is opened by itself as soon as that is possible");
+  }
 }
 
 void ServerControl::QORGetInstallationInformation() {

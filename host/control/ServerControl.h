@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -45,12 +46,19 @@ class ServerControl : private protocol::SessionServices {
   ServerControl(const ServerControl&) = delete;
   ServerControl& operator=(const ServerControl&) = delete;
 
+  /// How often KeepSerialPortOpen looks.
+  static constexpr std::chrono::milliseconds kSerialInterval{2000};
+
   /// Reads the settings and traces the banner. False when the serial port refuses its settings; the
-  /// person at the console has then been told, and the start ends there.
+  /// person at the console has then been told, what is stored behind them is not read, and the serial port
+  /// stays closed. Show listens all the same.
   bool Initialise();
   /// Selects the diagnostic interface and opens the transports. Raises Failure when the TCP port cannot be
   /// opened; the serial port is served all the same.
   void Show();
+  /// For where nobody is at the console to open the serial port: one that is opened at the start is opened as
+  /// soon as its device is there, and again when it comes back.
+  void KeepSerialPortOpen();
   /// Closes and reopens both transports and releases the diagnosis object. Asked for again while the session
   /// is being closed, it does nothing more.
   void ResetAll();
@@ -90,6 +98,7 @@ class ServerControl : private protocol::SessionServices {
   void TakeValues(const PanelValues& values);
   void CloseTransports();
   void OpenSerialPort();
+  void LookAfterSerialPort();
   void DropCollections();
 
   bool CreateDiagnosisObject(base::ByteBuffer& reply) override;
@@ -106,6 +115,7 @@ class ServerControl : private protocol::SessionServices {
   bool editing_ = false;
   bool resetting_ = false;
   bool terminated_ = false;
+  bool serial_port_awaited_ = false;
   InstallationInformation installation_;
   HostSettings host_settings_;
   PowerControl power_;
@@ -128,6 +138,7 @@ class ServerControl : private protocol::SessionServices {
   ConnectionClock clock_;
   protocol::TcpPath tcp_path_;
   protocol::SerialPath serial_path_;
+  std::unique_ptr<base::Timer> serial_timer_;
 };
 
 }  // namespace korval::host

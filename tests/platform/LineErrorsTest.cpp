@@ -56,6 +56,15 @@ TEST(LineErrors, ReportsAModemLineThatIsLostAndNotOneThatComes) {
   EXPECT_THAT(errors.Since({}), IsEmpty());
 }
 
+TEST(LineErrors, TakesAPauseThatThePeerAsksForByCtsForNoError) {
+  LineErrors errors;
+  LineErrors::Counters counters;
+  counters.cts = counters.dsr = true;
+  errors.Start(counters);
+  EXPECT_THAT(errors.Since({}, true), ElementsAre(CommEvent::kDsrTimeout));
+  EXPECT_THAT(errors.Since(counters, true), IsEmpty());
+}
+
 TEST(LineErrors, KnowsADeviceWithoutCountersAndLines) {
   LineErrors::Counters counters;
   EXPECT_FALSE(LineErrors::Query(-1, counters));

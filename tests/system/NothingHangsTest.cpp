@@ -9,6 +9,7 @@
 
 #include <sys/stat.h>
 
+#include "tests/system/SerialLine.h"
 #include "tests/system/ServerBench.h"
 
 namespace korval::tests {
@@ -141,6 +142,44 @@ TEST_F(NothingHangsTest, AHangUpEndsTheSimulatedEcuInOrder) {
   ecu.WaitFor("Engine control answers on");
   EXPECT_EQ(ecu.Stop(SIGHUP), 0);
   EXPECT_FALSE(std::filesystem::is_symlink(folder_.Path("kline")));
+}
+
+TEST_F(NothingHangsTest, ASerialLineIsServedWhenItComesAndWhenItComesBack) {
+  const std::string device = folder_.Path("ttyBench");
+  Start({"--serial-port", "5", "--serial-device", device, "--open-serial"});
+  EXPECT_THAT(server_->WaitFor("Error : Serial port COM5"), HasSubstr(device));
+  server_->WaitFor("The serial port is opened by itself");
+  for (int plugging = 0; plugging < 2; ++plugging) {
+    SerialLine line;
+    std::filesystem::create_symlink(line.Device(), device);
+    server_->WaitFor("- Open com port");
+    EXPECT_EQ(Hex(line.Ask(HarmlessRequest())), Hex(Reply(kSwitching, kSuccess)));
+    line.Unplug();
+    std::filesystem::remove(device);
+    server_->WaitFor("Error : Error retrieving DCB");
+  }
+  ExpectGoodSession(Connect());
+  StopInOrder();
+}
+
+TEST_F(NothingHangsTest, ABadStoredSerialSettingClosesTheSerialLineOnly) {
+  for (const std::string setting : {"Settings=9600 baud", "Handshaking=RTS"}) {
+    SCOPED_TRACE(setting);
+    folder_.Write("settings.ini", "[KorvalAsapServer]\nProperties\\" + setting +
+                                      "\nProperties\\comAutoStart=-1\n[QOR]\nGeneral\\CommPort=SIM\n");
+    Start();
+    ExpectGoodSession(Connect());
+    StopInOrder();
+    EXPECT_THAT(server_->StandardError(), HasSubstr("the serial line stays closed"));
+    EXPECT_THAT(server_->RemainingTrace(), ::testing::Not(::testing::Contains("- Open com port")));
+  }
+}
+
+TEST_F(NothingHangsTest, TheEndTracesThatThePortsAreClosed) {
+  Start();
+  StopInOrder();
+  EXPECT_THAT(server_->RemainingTrace(),
+              ::testing::IsSupersetOf({"- Close tcpip server", "- Close RS232 comm port"}));
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ inline const base::ByteBuffer kExit{0x00, 0x06, 0x00, 0x32, 0x00, 0x38};
 class ControlBench : public ::testing::Test {
  protected:
   ControlBench() {
-    parts.loop = std::make_shared<ManualEventLoop>();
+    parts.loop = loop;
     parts.terminal = terminal;
     parts.status = status;
     parts.files = files;
@@ -60,6 +60,7 @@ class ControlBench : public ::testing::Test {
   }
 
   CallLog log;
+  std::shared_ptr<ManualEventLoop> loop = std::make_shared<ManualEventLoop>();
   host::ControlParts parts;
   std::shared_ptr<host::TextTerminal> terminal = std::make_shared<host::TextTerminal>();
   std::shared_ptr<FakeStatusView> status = std::make_shared<FakeStatusView>();

@@ -62,8 +62,8 @@ TEST_F(DevicesTest, TerminateShutsTheEnumeratorDown) {
 TEST_F(DevicesTest, AChangeAfterTheControlIsGoneDoesNothing) {
   ChooseUsb("A1");
   auto control = Started();
-  ForgetTrace();
   control.reset();
+  ForgetTrace();
   scout->Change("<none/>");
   EXPECT_EQ(Trace(), "");
 }

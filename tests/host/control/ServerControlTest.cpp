@@ -89,6 +89,20 @@ TEST_F(ServerControlTest, WhatARefusedStartDidNotReadKeepsItsDefault) {
   EXPECT_EQ(panel->values, (PanelValues{"9600,n,8,1", 1, 0, false, 1001, "/opt/korval", "/opt/korval"}));
 }
 
+TEST_F(ServerControlTest, ARefusedStartLeavesInForceWhatWasGivenForThisRun) {
+  Store("Settings", "nonsense");
+  parts.serial_port = std::make_shared<RefusingSerialPort>(log);
+  parts.tcp_port = 11001;
+  parts.asap_folder = "/srv/asap";
+  parts.korv_folder = "/srv/ecu";
+  const auto control = ServerControl::Create(parts);
+  EXPECT_FALSE(control->Initialise());
+  control->Show();
+  EXPECT_THAT(Trace(), HasSubstr("Init WinSock : port=11001\r\n"));
+  control->EditProperties();
+  EXPECT_EQ(panel->values, (PanelValues{"9600,n,8,1", 1, 0, false, 11001, "/srv/asap", "/srv/ecu"}));
+}
+
 TEST_F(ServerControlTest, AHandshakingThatIsNoNumberEndsTheStart) {
   settings->user["KorvalAsapServer/Properties/Handshaking"] = "RTS";
   const auto control = ServerControl::Create(parts);
@@ -105,6 +119,40 @@ TEST_F(ServerControlTest, ShowOpensTheSerialPortWhenAutoOpenIsSet) {
   EXPECT_TRUE(status->connected);
   EXPECT_EQ(status->panels["ConnectTime"], "00:00:00 ");
   EXPECT_EQ(status->panels["Settings"], "COM2 Settings: 9600,n,8,1");
+}
+
+TEST_F(ServerControlTest, ASerialPortIsOpenedOnceItsDeviceIsThereAndAgainWhenItComesBack) {
+  Store("comAutoStart", "-1");
+  serial->open_failure = "no device";
+  const auto control = Started();
+  ForgetTrace();
+  control->KeepSerialPortOpen();
+  loop->Advance(std::chrono::minutes(10));
+  EXPECT_EQ(Trace(), "The serial port is opened by itself as soon as that is possible\r\n");
+  serial->open_failure = "no rights";
+  loop->Advance(ServerControl::kSerialInterval);
+  serial->open_failure.clear();
+  loop->Advance(ServerControl::kSerialInterval);
+  EXPECT_TRUE(serial->IsOpen());
+  EXPECT_TRUE(status->connected);
+  EXPECT_THAT(Trace(), ::testing::EndsWith("\r\nError : no rights\r\n- Open com port\r\n"));
+  serial->Unplug();
+  serial->open_failure = "no device";
+  loop->Advance(ServerControl::kSerialInterval);
+  serial->open_failure.clear();
+  ForgetTrace();
+  loop->Advance(ServerControl::kSerialInterval);
+  EXPECT_EQ(Trace(), "- Open com port\r\n");
+  control->Terminate();
+  loop->Advance(std::chrono::minutes(1));
+  EXPECT_FALSE(serial->IsOpen());
+}
+
+TEST_F(ServerControlTest, ASerialPortThatIsNotOpenedAtTheStartStaysClosed) {
+  const auto control = Started();
+  control->KeepSerialPortOpen();
+  loop->Advance(std::chrono::minutes(1));
+  EXPECT_FALSE(serial->IsOpen());
 }
 
 TEST_F(ServerControlTest, ShowRaisesWhenTheTcpPortCannotBeOpened) {
@@ -209,9 +257,13 @@ TEST_F(ServerControlTest, TerminateClosesEverythingInOrder) {
   session->log.clear();
   session->on_close = [this] { EXPECT_EQ(scout->shutdowns, 1); };
   control->Terminate();
-  EXPECT_THAT(log, ElementsAre("close serial", "close tcp"));
+  EXPECT_THAT(log, ElementsAre("close tcp", "close serial"));
+  EXPECT_THAT(Trace(), ::testing::EndsWith("- Close tcpip server\r\n- Close RS232 comm port\r\n"));
   EXPECT_FALSE(tcp->IsListening());
   EXPECT_THAT(session->log, ElementsAre("Close", "Port="));
+  log.clear();
+  control->Terminate();
+  EXPECT_THAT(log, ElementsAre());
 }
 
 TEST_F(ServerControlTest, TerminateGoesOnWhenATransportCannotBeClosed) {
@@ -222,6 +274,8 @@ TEST_F(ServerControlTest, TerminateGoesOnWhenATransportCannotBeClosed) {
   tcp->close_failure = "socket stuck";
   serial->close_failure = "port stuck";
   control->Terminate();
+  EXPECT_THAT(Trace(), HasSubstr("     close tcpip server error : socket stuck\r\n"));
+  EXPECT_THAT(Trace(), HasSubstr("     close RS232 comm port error : port stuck\r\n"));
   EXPECT_EQ(scout->shutdowns, 1);
   EXPECT_THAT(session->log, ElementsAre("Close", "Port="));
 }
@@ -277,7 +331,7 @@ TEST_F(ServerControlTest, NothingIsOpenedAgainWhenTheControlIsTerminatedInsideAD
   log.clear();
   tcp->Leave();
   EXPECT_FALSE(tcp->IsListening());
-  EXPECT_THAT(log, ElementsAre("disconnect", "close serial", "close tcp"));
+  EXPECT_THAT(log, ElementsAre("disconnect", "close tcp", "close serial"));
 }
 
 TEST_F(ServerControlTest, NothingIsOpenedWhenTheControlIsTerminatedWhileItIsShown) {
