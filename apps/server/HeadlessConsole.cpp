@@ -43,7 +43,7 @@ void HeadlessConsole::Trace(std::string_view text) { repeated_.Append(text); }
 void HeadlessConsole::Error(const std::string& sentence) { errors_.Append(sentence + "\n"); }
 
 void HeadlessConsole::FinishTrace() {
-  repeated_.WriteCounts();
+  repeated_.Finish();
   output_.Finish();
 }
 

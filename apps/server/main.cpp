@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <string>
 
 #include <QCoreApplication>
 
@@ -16,6 +19,7 @@ using korval::apps::Options;
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
+constexpr int kOutputLost = 4;
 
 QStringList Arguments(int argc, char** argv) {
   QStringList arguments;
@@ -23,16 +27,18 @@ QStringList Arguments(int argc, char** argv) {
   return arguments;
 }
 
+int Print(const std::string& text) {
+  if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0) return 0;
+  const int error = errno;
+  if (error != EPIPE)
+    std::fprintf(stderr, "korval-asap-server: standard output cannot be written: %s\n", std::strerror(error));
+  return kOutputLost;
+}
+
 int RunOnConsole(int argc, char** argv, const Options& options) {
   const QCoreApplication application(argc, argv);
-  if (options.help) {
-    std::printf("%s", korval::apps::HelpText().c_str());
-    return 0;
-  }
-  if (options.version) {
-    std::printf("korval-asap-server %s\n", KORVAL_VERSION);
-    return 0;
-  }
+  if (options.help) return Print(korval::apps::HelpText());
+  if (options.version) return Print("korval-asap-server " KORVAL_VERSION "\n");
   return korval::apps::HeadlessServer(options).Run();
 }
 

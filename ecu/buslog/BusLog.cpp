@@ -42,6 +42,12 @@ std::chrono::microseconds SystemTime() {
 }
 
 BusLog::BusLog(Settings settings) : settings_(std::move(settings)) {
+  std::error_code unknown;
+  if (std::filesystem::is_fifo(settings_.path, unknown)) {
+    throw base::Failure(
+        "Bus trace " + settings_.path +
+        " is a pipe, and a reader that pauses would hold up the bus: name a file (tail -f shows it)");
+  }
   Open();
   if (!file_) {
     throw base::Failure("Bus trace " + settings_.path +

@@ -34,7 +34,7 @@ class BusLog {
     std::function<void(const std::string&)> on_trouble;
   };
 
-  /// Goes on with a file that exists. Raises Failure when it cannot be written.
+  /// Goes on with a file that exists. Raises Failure when it cannot be written, or is a pipe.
   explicit BusLog(Settings settings);
 
   void Record(const std::string& bus, Direction direction, const CanFrame& frame);

@@ -29,18 +29,28 @@ RepeatedLines::RepeatedLines(base::EventLoop& loop, Sink sink)
       left_since_(loop.Now()) {}
 
 void RepeatedLines::Append(std::string_view piece) {
+  beginning_ += piece;
+  if (beginning_.ends_with('\n')) AppendLine(std::exchange(beginning_, {}));
+}
+
+void RepeatedLines::Finish() {
+  WriteCounts();
+  if (!beginning_.empty()) sink_(std::exchange(beginning_, {}));
+}
+
+void RepeatedLines::AppendLine(const std::string& text) {
   const auto known =
-      std::find_if(lines_.begin(), lines_.end(), [&](const Line& line) { return line.text == piece; });
+      std::find_if(lines_.begin(), lines_.end(), [&](const Line& line) { return line.text == text; });
   if (known == lines_.end()) {
     WriteCounts();
     if (lines_.size() == kTakingTurns) {
       lines_.clear();
       left_ = kWritten;
     }
-    lines_.push_back({std::string(piece)});
-    sink_(piece);
+    lines_.push_back({text});
+    sink_(text);
   } else if (MayBeWritten()) {
-    sink_(piece);
+    sink_(text);
   } else {
     Count(*known);
   }

@@ -20,7 +20,8 @@ class RepeatedLines {
  public:
   using Sink = std::function<void(std::string_view)>;
 
-  /// Repetitions that are written as they are; each second gives back one of them, something new all.
+  /// Repetitions that are written as they are. Each second gives back one of them, and more different lines
+  /// than take turns give back all.
   static constexpr std::size_t kWritten = 200;
   /// Different lines that may take turns.
   static constexpr std::size_t kTakingTurns = 4;
@@ -30,10 +31,10 @@ class RepeatedLines {
   /// The loop outlives this.
   RepeatedLines(base::EventLoop& loop, Sink sink);
 
-  /// Takes a piece of the trace, usually a whole line with its line end.
+  /// Takes a piece of the trace, usually a whole line; the beginning of one waits for its line end.
   void Append(std::string_view piece);
-  /// Writes the counts of what has only been counted so far.
-  void WriteCounts();
+  /// Writes what has only been counted so far, and the beginning of a line.
+  void Finish();
 
  private:
   struct Line {
@@ -41,12 +42,15 @@ class RepeatedLines {
     std::size_t counted = 0;
   };
 
+  void AppendLine(const std::string& text);
   bool MayBeWritten();
   void Count(Line& line);
+  void WriteCounts();
 
   base::EventLoop& loop_;
   Sink sink_;
   std::unique_ptr<base::Timer> pause_;
+  std::string beginning_;
   std::vector<Line> lines_;  // that take turns
   std::size_t left_ = kWritten;
   base::TimePoint left_since_{0};

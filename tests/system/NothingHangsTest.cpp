@@ -31,8 +31,8 @@ class NothingHangsTest : public ServerBench {
   }
   /// More trace than any pipe holds, and than the server keeps.
   static void CauseTrace(const RawClient& client, int megabytes) {
-    const std::string name(4000, 'n');  // some 16 kB of trace, most of it hexadecimal
-    for (int i = 0; i < 60 * megabytes; ++i) {
+    const std::string name(8000, 'n');  // some 32 kB of trace, most of it hexadecimal
+    for (int i = 0; i < 30 * megabytes; ++i) {
       EXPECT_EQ(StatusOf(client.Ask(GetRequest(1, name + std::to_string(i)))), kError);
     }
   }
@@ -99,6 +99,13 @@ TEST_F(NothingHangsTest, AnOutputThatIsFullOrClosedEndsTheServerWithASentence) {
     EXPECT_EQ(RunWithOutput(output), 4);
     EXPECT_THAT(server_->StandardError(), HasSubstr("cannot be written to standard output"));
   }
+}
+
+TEST_F(NothingHangsTest, HelpThatCannotBePrintedIsStatus4) {
+  server_.emplace(std::vector<std::string>{"-c", "\"$0\" --help >/dev/full", KORVAL_ASAP_SERVER},
+                  folder_.Path("home"), "/bin/bash");
+  EXPECT_EQ(server_->WaitForExit(), 4);
+  EXPECT_THAT(server_->StandardError(), HasSubstr("No space left on device"));
 }
 
 TEST_F(NothingHangsTest, AReaderOfTheTraceThatGoesEndsTheServerQuietly) {

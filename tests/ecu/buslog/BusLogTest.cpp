@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include "base/Failure.h"
 #include "ecu/buslog/BusLog.h"
@@ -86,6 +87,18 @@ TEST_F(BusLogTest, AFolderThatDoesNotExistIsRaised) {
   } catch (const base::Failure& failure) {
     EXPECT_THAT(failure.Description(),
                 HasSubstr(settings.path + " cannot be written: check that its folder exists"));
+  }
+}
+
+TEST_F(BusLogTest, APipeIsRefusedForItsReaderMayPause) {
+  BusLog::Settings settings = Settings();
+  settings.path = folder_.Path() + "/pipe";
+  ASSERT_EQ(mkfifo(settings.path.c_str(), 0600), 0);
+  try {
+    const BusLog log(settings);
+    FAIL() << "nothing was raised";
+  } catch (const base::Failure& failure) {
+    EXPECT_THAT(failure.Description(), HasSubstr(settings.path + " is a pipe"));
   }
 }
 

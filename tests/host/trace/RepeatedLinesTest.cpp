@@ -41,6 +41,18 @@ TEST_F(RepeatedLinesTest, WritesTheFirstOnesAsTheyAre) {
   EXPECT_THAT(written_, ElementsAre(kBad, kBad));
 }
 
+TEST_F(RepeatedLinesTest, PutsTheBeginningOfALineToItsEnd) {
+  for (std::size_t i = 0; i < RepeatedLines::kWritten + 2; ++i) {
+    Append("get parameter(1,N) ok");
+    Append("   value = 800\r\n");
+  }
+  Append("no line end");
+  EXPECT_THAT(written_, SizeIs(RepeatedLines::kWritten + 1));
+  EXPECT_EQ(written_.back(), "get parameter(1,N) ok   value = 800\r\n");
+  lines_.Finish();
+  EXPECT_EQ(written_.back(), "no line end");
+}
+
 TEST_F(RepeatedLinesTest, CountsAFloodAndSaysSoInAPause) {
   UseUp();
   Append(kBad, 10000);
@@ -65,7 +77,7 @@ TEST_F(RepeatedLinesTest, CountsLinesThatTakeTurns) {
   }
   EXPECT_THAT(written_, SizeIs(RepeatedLines::kWritten + 2));
   written_.clear();
-  lines_.WriteCounts();
+  lines_.Finish();
   EXPECT_THAT(written_, ElementsAre("(repeated 399 times: Error : Break Received)\r\n",
                                     "(repeated 399 times: Error : Framing Error)\r\n"));
 }
@@ -103,7 +115,7 @@ TEST_F(RepeatedLinesTest, QuotesOfALongLineTheBeginning) {
   const std::string line = "Error : Invalid asap frame (" + std::string(65000, 'x') + ")\r\n";
   Append(line, RepeatedLines::kWritten + 2);
   written_.clear();
-  lines_.WriteCounts();
+  lines_.Finish();
   EXPECT_THAT(written_, ElementsAre("(repeated once: Error : Invalid asap frame (" + std::string(92, 'x') +
                                     " ...)\r\n"));
 }
