@@ -20,7 +20,7 @@ enum Event : std::uint8_t { kBytes, kAnswer, kEcho, kTime, kDeadline, kSend, kCo
 FunctionDescription FunctionOf(unsigned flags) {
   FunctionDescription function;
   function.init = static_cast<FunctionDescription::Init>(flags % 3);
-  function.echo = static_cast<FunctionDescription::Echo>(flags / 4 % 3);
+  function.kline.echo = static_cast<KLineDescription::Echo>(flags / 4 % 3);
   if ((flags & 16) != 0) function.timing.p4 = 0;
   if ((flags & 32) != 0) function.timing.p3 = 0;
   return function;
@@ -57,7 +57,7 @@ class CheckedReader {
 class Tester {
  public:
   explicit Tester(fuzz::Input& input) : flags_(input.Byte()), tester_(FunctionOf(flags_)) {
-    tester_.Connect(now_, now_, (flags_ & 64) == 0);
+    Connect();
     TakeOutputs();
   }
 
@@ -86,7 +86,7 @@ class Tester {
         Send(input);
         break;
       case kConnect:
-        tester_.Connect(now_, now_, (flags_ & 64) == 0);
+        Connect();
         break;
       default:
         tester_.Stop(now_, now_);
@@ -106,6 +106,10 @@ class Tester {
   }
 
  private:
+  void Connect() {
+    const auto means = (flags_ & 64) == 0 ? ecu::WakeUp::Means::kBreak : ecu::WakeUp::Means::kNone;
+    tester_.Connect(now_, now_, means, false);
+  }
   void Hear(base::ByteView bytes) {
     for (const std::uint8_t byte : bytes) reader_.Add(byte);
     tester_.BytesArrived(bytes, now_);

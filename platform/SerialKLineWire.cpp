@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <QSerialPort>
+#include <QSerialPortInfo>
 
 #ifdef Q_OS_LINUX
 #include <linux/serial.h>
@@ -39,6 +40,13 @@ bool SetLowLatency(const QSerialPort& port) {
 bool IsUart(const QSerialPort&) { return true; }
 bool SetLowLatency(const QSerialPort&) { return false; }
 #endif
+
+// Some CH340 and CH341 have no break of their own: their driver sends a byte so slow that the line is low for
+// some 200 ms. Which of them do cannot be asked for.
+bool HoldsBreakOf(const QSerialPortInfo& info) {
+  static constexpr quint16 kMakerOfTheseChips = 0x1A86;
+  return !info.hasVendorIdentifier() || info.vendorIdentifier() != kMakerOfTheseChips;
+}
 
 std::string WhatToDo(QSerialPort::SerialPortError error) {
   switch (error) {
@@ -80,6 +88,7 @@ void SerialKLineWire::OpenDevice() {
   }
   ++opening_;
   is_uart_ = IsUart(*port_);
+  holds_break_ = !is_uart_ || HoldsBreakOf(QSerialPortInfo(*port_));
   if (is_uart_ && !SetLowLatency(*port_)) {
     report_("Serial device " + device_ +
             " has no low-latency mode: what the ECU says may come some 16 ms late. If answers are missed, "
@@ -102,6 +111,11 @@ void SerialKLineWire::SetSpeed(std::int32_t baud) {
 
 bool SerialKLineWire::SetBreak(bool low) {
   return is_uart_ && port_->isOpen() && port_->setBreakEnabled(low);
+}
+
+bool SerialKLineWire::SetModemLines(std::optional<bool> rts, std::optional<bool> dtr) {
+  if (!is_uart_ || !port_->isOpen()) return false;
+  return (!rts || port_->setRequestToSend(*rts)) && (!dtr || port_->setDataTerminalReady(*dtr));
 }
 
 void SerialKLineWire::Write(base::ByteView bytes) {

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <QObject>
@@ -27,6 +28,8 @@ class SerialKLineWire : public QObject, public ecu::KLineWire {
   void Open(std::int32_t baud) override;
   /// A pseudo terminal, for one, cannot be pulled low.
   bool SetBreak(bool low) override;
+  bool HoldsBreak() const override { return holds_break_; }
+  bool SetModemLines(std::optional<bool> rts, std::optional<bool> dtr) override;
   void Write(base::ByteView bytes) override;
   void Close() override;
 
@@ -43,6 +46,7 @@ class SerialKLineWire : public QObject, public ecu::KLineWire {
   std::shared_ptr<const Events> events_ = std::make_shared<const Events>();
   std::unique_ptr<QSerialPort> port_;
   bool is_uart_ = false;
+  bool holds_break_ = true;
   bool bytes_queued_ = false;
   int opening_ = 0;  // which one it is, so that an event of an earlier one is told apart
 };

@@ -12,18 +12,35 @@ namespace {
 
 constexpr std::uint32_t kLastByte = 0xFF;
 
+void CheckCombinations(CheckedFile& file, const pugi::xml_node& function) {
+  if (function.attribute("SessionBaud") && !function.attribute("Session")) {
+    file.Report(function, "SessionBaud goes behind the session that Session opens, and there is none.");
+  }
+  if (function.attribute("LLine") && function.attribute("Rts")) {
+    file.Report(function, "RTS drives the L line (LLine), so Rts has no effect; take it out.");
+  }
+}
+
 void CheckFunction(CheckedFile& file, const pugi::xml_node& function) {
   ElementCheck check(file, function);
   check.OneOf("Protocol", {"KWP2000", "DiagOnCAN", "CAN"});
   check.OneOf("Init", {"fast", "slow", "none"});
   check.OneOf("Echo", {"auto", "on", "off"});
-  for (const char* address : {"Address", "Tester", "InitAddress", "Session"}) check.Hex(address, kLastByte);
+  check.OneOf("Rts", {"on", "off", "as is"});
+  check.OneOf("Dtr", {"on", "off", "as is"});
+  check.OneOf("LLine", {"none", "rts", "rts-inverted"});
+  check.OneOf("WakeUp", {"auto", "break", "byte"});
+  check.OneOf("Header", {"auto", "format", "format-length", "addresses", "addresses-length"});
+  check.OneOf("Functional", {"0", "1"});
+  for (const char* address : {"Address", "Tester", "InitAddress", "Session", "SessionBaud"})
+    check.Hex(address, kLastByte);
   check.Integer("Baud", 1, 4000000);
   check.Integer("KeepAliveMs", 0, 3600000);
   check.Integer("Repeats", 0, 10);
   for (const ecu::TimingParameter& parameter : ecu::kTimingParameters) {
     check.Integer(parameter.attribute, parameter.lowest, parameter.highest);
   }
+  CheckCombinations(file, function);
   CheckTransport(file, function);
 }
 

@@ -27,6 +27,10 @@ class SimulationCheck {
     ElementCheck check(file_, simulation);
     check.Integer("LatencyMs", 0, 3600000);
     check.Integer("DtcPerAnswer", 1, 255);
+    const auto key_bytes = check.Bytes("KeyBytes");
+    if (key_bytes && key_bytes->Length() != 2) {
+      file_.Report(simulation, "KeyBytes are two bytes, for example EF8F.");
+    }
     for (const pugi::xml_node& signal : simulation.children("Signal")) CheckSignal(signal);
     for (const pugi::xml_node& code : simulation.children("Dtc")) CheckDtc(code);
     for (const pugi::xml_node& answer : simulation.children("Answer")) CheckAnswer(answer);

@@ -11,6 +11,7 @@ KLineStation::KLineStation(const std::shared_ptr<base::EventLoop>& loop,
     : path_(path),
       log_(std::move(log)),
       line_(path, [this](base::ByteView bytes) { BytesArrived(bytes); }),
+      output_(loop, [this](base::ByteView bytes) { line_.Write(bytes); }),
       ecu_(loop, description->Function(), std::make_shared<ecu::SimulatedEcu>(description, loop->Now()),
            [this](base::ByteView bytes) { Send(bytes); }) {
   ecu_.SetEcho(echo);
@@ -23,7 +24,7 @@ void KLineStation::BytesArrived(base::ByteView bytes) {
 
 void KLineStation::Send(base::ByteView bytes) {
   if (log_) log_->Record(path_, ecu::BusLog::Direction::kSent, bytes);
-  line_.Write(bytes);
+  output_.Send(bytes, ecu_.Baud());
 }
 
 }  // namespace korval::apps

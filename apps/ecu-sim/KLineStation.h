@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "apps/ecu-sim/PacedOutput.h"
 #include "apps/ecu-sim/PtyLine.h"
 #include "base/EventLoop.h"
 #include "ecu/buslog/BusLog.h"
@@ -12,7 +13,7 @@
 
 namespace korval::apps {
 
-/// The simulated ECU on a K-line, which is a pseudo terminal.
+/// The simulated ECU on a K-line, which is a pseudo terminal; what it says takes the time of its speed.
 class KLineStation {
  public:
   /// `echo` gives every byte back, as the one wire of a K-line does. `log` may be null.
@@ -27,6 +28,7 @@ class KLineStation {
   std::string path_;
   std::shared_ptr<ecu::BusLog> log_;
   PtyLine line_;
+  PacedOutput output_;
   ecu::KLineEcu ecu_;
 };
 

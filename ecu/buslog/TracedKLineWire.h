@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -29,6 +30,10 @@ class TracedKLineWire : public KLineWire {
     if (!wire_->SetBreak(low)) return false;
     if (std::exchange(low_, low) != low) log_->RecordLevel(name_, low);
     return true;
+  }
+  bool HoldsBreak() const override { return wire_->HoldsBreak(); }
+  bool SetModemLines(std::optional<bool> rts, std::optional<bool> dtr) override {
+    return wire_->SetModemLines(rts, dtr);
   }
   void Write(base::ByteView bytes) override {
     log_->Record(name_, BusLog::Direction::kSent, bytes);

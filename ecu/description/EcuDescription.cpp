@@ -11,6 +11,9 @@
 namespace korval::ecu {
 namespace {
 
+// Of ISO 14230-4: every ECU that exhaust regulations are about.
+constexpr std::uint8_t kFunctionalAddress = 0x33;
+
 // Calls `read` with each element at xml/qor:Target/<group>/<name>, in the order of the file.
 template <typename Read>
 void ForEach(const pugi::xml_document& document, const char* group, const char* name, Read read) {
@@ -40,11 +43,6 @@ FunctionDescription::Init InitOf(std::string_view name) {
   return name == "none" ? FunctionDescription::Init::kNone : FunctionDescription::Init::kFast;
 }
 
-FunctionDescription::Echo EchoOf(std::string_view name) {
-  if (name == "on") return FunctionDescription::Echo::kOn;
-  return name == "off" ? FunctionDescription::Echo::kOff : FunctionDescription::Echo::kAutomatic;
-}
-
 FunctionDescription ReadFunction(const pugi::xml_node& node) {
   FunctionDescription function;
   function.name = node.attribute("Name").value();
@@ -53,8 +51,9 @@ FunctionDescription ReadFunction(const pugi::xml_node& node) {
   function.address = ByteAttribute(node, "Address", function.address);
   function.tester = ByteAttribute(node, "Tester", function.tester);
   function.init = InitOf(node.attribute("Init").value());
-  function.init_address = ByteAttribute(node, "InitAddress", function.address);
-  function.echo = EchoOf(node.attribute("Echo").value());
+  function.kline = KLineDescription::Read(node);
+  function.init_address =
+      ByteAttribute(node, "InitAddress", function.kline.functional ? kFunctionalAddress : function.address);
   function.baud = IntegerAttribute(node, "Baud", function.baud, 1, 4000000);
   function.transport = TransportDescription::Read(node);
   if (const auto session = HexAttribute(node, "Session"); session && *session <= 0xFF) {
@@ -98,6 +97,9 @@ SimulationDescription ReadSimulation(const pugi::xml_node& node) {
   SimulationDescription simulation;
   simulation.latency = MillisecondsAttribute(node, "LatencyMs", simulation.latency, 0, 3600000);
   simulation.dtc_per_answer = static_cast<std::size_t>(IntegerAttribute(node, "DtcPerAnswer", 80, 1, 255));
+  if (const auto key_bytes = BytesAttribute(node, "KeyBytes"); key_bytes && key_bytes->Length() == 2) {
+    simulation.key_bytes = {key_bytes->At(0), key_bytes->At(1)};
+  }
   for (const pugi::xml_node& signal : node.children("Signal"))
     simulation.signals.push_back(ReadSignal(signal));
   for (const pugi::xml_node& dtc : node.children("Dtc")) {

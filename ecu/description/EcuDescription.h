@@ -5,6 +5,7 @@
 // item without a name, a bit range that does not exist) is left out.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -14,6 +15,7 @@
 #include "base/ByteBuffer.h"
 #include "base/XmlFile.h"
 #include "ecu/description/ItemDescription.h"
+#include "ecu/description/KLineDescription.h"
 #include "ecu/description/RequestDescription.h"
 #include "ecu/description/Timing.h"
 #include "ecu/description/TransportDescription.h"
@@ -22,8 +24,6 @@ namespace korval::ecu {
 
 struct FunctionDescription {
   enum class Init { kFast, kSlow, kNone };
-  /// Whether the K-line adapter returns what is sent.
-  enum class Echo { kAutomatic, kOn, kOff };
 
   std::string name;
   std::string ecu;                   ///< the name shown to people
@@ -32,7 +32,7 @@ struct FunctionDescription {
   std::uint8_t tester = 0xF1;
   Init init = Init::kFast;
   std::uint8_t init_address = 0x10;  ///< of the 5-baud initialisation
-  Echo echo = Echo::kAutomatic;
+  KLineDescription kline;
   std::int32_t baud = 10400;
   TransportDescription transport;
   std::optional<std::uint8_t> session;  ///< diagnostic mode opened after the start
@@ -79,6 +79,7 @@ struct SimulationDescription {
 
   Milliseconds latency{0};
   std::size_t dtc_per_answer = 80;
+  std::array<std::uint8_t, 2> key_bytes{0xEF, 0x8F};  ///< of the K-line; all header forms, normal times
   std::vector<SignalDescription> signals;
   std::vector<Dtc> dtcs;
   std::vector<Answer> answers;

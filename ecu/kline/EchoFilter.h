@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/ByteBuffer.h"
-#include "ecu/description/EcuDescription.h"
+#include "ecu/description/KLineDescription.h"
 
 namespace korval::ecu {
 
@@ -11,7 +11,7 @@ namespace korval::ecu {
 /// with the request.
 class EchoFilter {
  public:
-  using Echo = FunctionDescription::Echo;
+  using Echo = KLineDescription::Echo;
 
   explicit EchoFilter(Echo echo) : echo_(echo) {}
 

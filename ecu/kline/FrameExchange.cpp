@@ -18,6 +18,7 @@ FrameExchange::FrameExchange(Addresses addresses, base::TimePoint byte_time, Ech
 void FrameExchange::Start(base::ByteView message, HeaderForm form, const KLineTiming& timing,
                           base::TimePoint now) {
   timing_ = timing;
+  form.functional = addresses_.functional;
   base::ByteBuffer frame = BuildFrame(form, addresses_.ecu, addresses_.tester, message);
   echo_.Expect(frame.View());
   sender_.Start(std::move(frame), now, byte_time_, timing.p4_min);
@@ -78,13 +79,15 @@ void FrameExchange::ReadByte(std::uint8_t byte, base::TimePoint now) {
 
 bool FrameExchange::IsForUs() const {
   if (!reader_.HasAddresses()) return true;
-  return reader_.Target() == addresses_.tester && reader_.Source() == addresses_.ecu;
+  return reader_.Target() == addresses_.tester &&
+         (addresses_.any_answer || reader_.Source() == addresses_.ecu);
 }
 
 void FrameExchange::FrameArrived(base::TimePoint now) {
   if (!IsForUs() || !sender_.IsDone()) return;
   const base::ByteView message = reader_.Message();
   messages_.emplace_back(message);
+  answered_by_ = reader_.HasAddresses() ? std::optional(reader_.Source()) : std::nullopt;
   if (expected_.IsPending(message)) {
     answer_deadline_ = std::min(now + timing_.p2_star + byte_time_, last_deadline_);
   } else if (expected_.IsPositive(message) || expected_.IsNegative(message)) {

@@ -34,11 +34,15 @@ class FrameExchange {
   struct Addresses {
     std::uint8_t ecu;
     std::uint8_t tester;
+    bool functional = false;  ///< `ecu` is that of a group
+    bool any_answer = false;  ///< whichever ECU answers is taken
   };
 
   /// Of nothing yet. The echo's state outlives it.
   FrameExchange(Addresses addresses, base::TimePoint byte_time, EchoFilter& echo);
 
+  void SetAddresses(Addresses addresses) { addresses_ = addresses; }
+  void SetByteTime(base::TimePoint byte_time) { byte_time_ = byte_time; }
   void Start(base::ByteView message, HeaderForm form, const KLineTiming& timing, base::TimePoint now);
   /// What is to be written now; empty: nothing.
   base::ByteView TakeBytes(base::TimePoint now);
@@ -58,6 +62,8 @@ class FrameExchange {
   std::optional<base::TimePoint> Deadline() const;
   /// When what was sent so far has left.
   base::TimePoint SentUntil() const { return sender_.End(); }
+  /// The ECU that the last message for us came from; none when its header had no addresses.
+  std::optional<std::uint8_t> AnsweredBy() const { return answered_by_; }
   /// What was wrong with the last damaged frame.
   const char* Damage() const { return damage_; }
 
@@ -83,6 +89,7 @@ class FrameExchange {
   bool hunting_ = false;  // nothing is a frame before the next silence
   const char* damage_ = nullptr;
   bool foreign_message_ = false;
+  std::optional<std::uint8_t> answered_by_;
   std::vector<base::ByteBuffer> messages_;
 };
 

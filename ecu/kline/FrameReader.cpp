@@ -7,6 +7,7 @@ namespace {
 // The two most significant bits of the format byte: which addresses follow.
 constexpr unsigned kAddressMode = 0xC0;
 constexpr unsigned kNoAddresses = 0x00;
+constexpr unsigned kFunctionalAddresses = 0xC0;
 constexpr unsigned kOtherStandard = 0x40;  // exception mode
 constexpr unsigned kLengthMask = 0x3F;
 
@@ -27,7 +28,7 @@ FrameReader::Result FrameReader::ReadFormat(std::uint8_t format) {
   const unsigned mode = format & kAddressMode;
   if (mode == kOtherStandard) return Refuse("a format byte of another standard");
   message_length_ = format & kLengthMask;
-  form_ = {mode != kNoAddresses, message_length_ == 0};
+  form_ = {mode != kNoAddresses, message_length_ == 0, mode == kFunctionalAddresses};
   return Result::kIncomplete;
 }
 

@@ -11,13 +11,12 @@
 namespace korval::ecu {
 
 KLineDriver::KLineDriver(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<SharedKLine> line,
-                         const FunctionDescription& function)
+                         const FunctionDescription& function, Note note)
     : loop_(std::move(loop)),
       line_(std::move(line)),
-      baud_(function.baud),
-      has_start_(function.init != FunctionDescription::Init::kNone),
-      longest_turn_(function.timing.Value(&Timing::pending_cap)),
+      function_(function),
       tester_(function),
+      note_(std::move(note)),
       due_(loop_->CreateTimer([this] { DueNow(); })),
       deadline_(loop_->CreateDeadline([this] { DeadlinePassed(); })) {}
 
@@ -41,27 +40,54 @@ void KLineDriver::Close() {
 }
 
 base::TimePoint KLineDriver::LongestSilence() const {
-  return has_start_ ? tester_.ActiveTiming().p3_max : base::TimePoint::max();
+  const bool has_start = function_.init != FunctionDescription::Init::kNone;
+  return has_start ? tester_.ActiveTiming().p3_max : base::TimePoint::max();
 }
 
 void KLineDriver::Claim(Task task) {
   task_ = task;
-  if (listening_ && !line_->IsFree()) events_.on_busy(loop_->Now() + longest_turn_);
+  if (listening_ && !line_->IsFree())
+    events_.on_busy(loop_->Now() + function_.timing.Value(&Timing::pending_cap));
   line_->Claim(shared_from_this());
 }
 
 void KLineDriver::Granted() {
   const base::TimePoint now = loop_->Now();
   try {
-    line_->Prepare(baud_);
+    Prepare();
   } catch (const base::Failure& failure) {
     return GiveUp(failure.Number() == kInterfaceRefused ? kInterfaceRefused : kLinkLost,
                   failure.Description());
   }
-  if (task_ == Task::kConnect) tester_.Connect(now, line_->QuietSince(), line_->SetBreak(false));
+  if (task_ == Task::kConnect) {
+    means_ = FindMeans();
+    tester_.Connect(now, line_->QuietSince(), means_, line_->TakeStopped(function_.address));
+  }
   if (task_ == Task::kSend) tester_.Send(message_.View(), now, line_->QuietSince());
   if (task_ == Task::kStop) tester_.Stop(now, line_->QuietSince());
   MoveOn();
+}
+
+// Where RTS drives the L line, it rests where that is high.
+void KLineDriver::Prepare() {
+  KLineSettings settings{task_ == Task::kConnect ? function_.baud : tester_.Baud(), function_.kline.rts,
+                         function_.kline.dtr};
+  if (function_.kline.l_line != KLineDescription::LLine::kNone) {
+    settings.rts = function_.kline.l_line == KLineDescription::LLine::kRtsInverted;
+  }
+  const bool has_lines = line_->Prepare(settings);
+  if (std::exchange(has_lines_, has_lines) && !has_lines && note_) {
+    note_(function_.ecu + ": the adapter's RTS and DTR cannot be set (Rts, Dtr, LLine)");
+  }
+}
+
+WakeUp::Means KLineDriver::FindMeans() {
+  using Choice = KLineDescription::WakeUp;
+  const bool has_break = line_->SetBreak(false);
+  if (function_.kline.wake_up == Choice::kByte) return WakeUp::Means::kByte;
+  if (!has_break) return WakeUp::Means::kNone;
+  const bool by_break = function_.kline.wake_up == Choice::kBreak || line_->HoldsBreak();
+  return by_break ? WakeUp::Means::kBreak : WakeUp::Means::kByte;
 }
 
 void KLineDriver::BytesArrived(base::ByteView bytes) {
@@ -97,18 +123,35 @@ void KLineDriver::GiveUp(std::int32_t number, const std::string& why) {
 void KLineDriver::MoveOn() {
   if (moving_) return;
   moving_ = true;
-  while (const auto action = tester_.TakeAction()) Perform(*action);
+  try {
+    while (const auto action = tester_.TakeAction()) Perform(*action);
+  } catch (const base::Failure& failure) {
+    moving_ = false;
+    return GiveUp(kInterfaceRefused, failure.Description());
+  }
   moving_ = false;
   Report();
 }
 
 void KLineDriver::Perform(const KLineTester::Action& action) {
-  if (action.kind != KLineTester::Action::Kind::kWrite) {
-    line_->SetBreak(action.kind == KLineTester::Action::Kind::kPullLow);
-    return;
+  switch (action.kind) {
+    case KLineTester::Action::Kind::kPullLow:
+      return SetLevel(true);
+    case KLineTester::Action::Kind::kLetRise:
+      return SetLevel(false);
+    case KLineTester::Action::Kind::kSetSpeed:
+      return line_->SetSpeed(action.baud);
+    case KLineTester::Action::Kind::kWrite:
+      line_->Write(action.bytes.View());
+      return tester_.Written(loop_->Now());
   }
-  line_->Write(action.bytes.View());
-  tester_.Written(loop_->Now());
+}
+
+void KLineDriver::SetLevel(bool low) {
+  if (means_ == WakeUp::Means::kBreak) line_->SetBreak(low);
+  const auto l_line = function_.kline.l_line;
+  if (l_line == KLineDescription::LLine::kNone) return;
+  line_->SetRts(low == (l_line == KLineDescription::LLine::kRts));
 }
 
 void KLineDriver::SetTimers() {
@@ -130,6 +173,7 @@ void KLineDriver::Report() {
   SetTimers();
   const auto due = tester_.Due();
   const base::TimePoint busy_until = (due ? due : tester_.Deadline()).value_or(loop_->Now());
+  if (tester_.TakeStopped()) line_->NoteStopped(function_.address);
   if (!tester_.IsBusy()) line_->Release(this, tester_.QuietSince());
   if (listening_) events_.on_busy(busy_until);
   while (listening_) {
@@ -147,6 +191,8 @@ void KLineDriver::Raise(const KLineTester::Event& event) {
       return events_.on_sent();
     case KLineTester::Event::Kind::kMessage:
       return events_.on_message(event.message.View());
+    case KLineTester::Event::Kind::kNote:
+      return note_ ? note_(event.text) : void();
     case KLineTester::Event::Kind::kFailure:
       return events_.on_failure(event.number, event.text);
   }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -17,8 +18,11 @@ namespace korval::ecu {
 /// granted, one thing at a time; the line is released as soon as nothing is under way.
 class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineDriver> {
  public:
+  using Note = std::function<void(const std::string&)>;
+
+  /// `note` is told of what is no failure but worth knowing. It may be empty.
   KLineDriver(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<SharedKLine> line,
-              const FunctionDescription& function);
+              const FunctionDescription& function, Note note);
 
   void SetEvents(MessageLink::Events events) { events_ = std::move(events); }
   void Connect();
@@ -42,17 +46,21 @@ class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineD
   void DueNow();
   void DeadlinePassed();
   void MoveOn();
+  void Prepare();
   void Perform(const KLineTester::Action& action);
+  void SetLevel(bool low);
+  WakeUp::Means FindMeans();
   void SetTimers();
   void Report();
   void Raise(const KLineTester::Event& event);
 
   std::shared_ptr<base::EventLoop> loop_;
   std::shared_ptr<SharedKLine> line_;
-  std::int32_t baud_;
-  bool has_start_;                // of the communication, so that silence ends it
-  base::TimePoint longest_turn_;  // of another user
+  FunctionDescription function_;
   KLineTester tester_;
+  Note note_;
+  WakeUp::Means means_ = WakeUp::Means::kBreak;
+  bool has_lines_ = true;  // RTS and DTR, as far as the file wants them set
   MessageLink::Events events_;
   bool listening_ = false;  // to the events
   Task task_ = Task::kConnect;

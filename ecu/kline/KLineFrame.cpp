@@ -7,6 +7,12 @@ namespace korval::ecu {
 namespace {
 
 constexpr unsigned kPhysicalAddresses = 0x80;
+constexpr unsigned kFunctionalAddresses = 0xC0;
+
+unsigned AddressMode(HeaderForm form) {
+  if (!form.addresses) return 0;
+  return form.functional ? kFunctionalAddresses : kPhysicalAddresses;
+}
 
 }  // namespace
 
@@ -14,8 +20,7 @@ base::ByteBuffer BuildFrame(HeaderForm form, std::uint8_t target, std::uint8_t s
                             base::ByteView message) {
   const auto length = static_cast<std::uint8_t>(message.size());
   base::ByteBuffer frame;
-  frame.Append(static_cast<std::uint8_t>((form.addresses ? kPhysicalAddresses : 0U) |
-                                         (form.length_byte ? 0U : length)));
+  frame.Append(static_cast<std::uint8_t>(AddressMode(form) | (form.length_byte ? 0U : length)));
   if (form.addresses) {
     frame.Append(target);
     frame.Append(source);

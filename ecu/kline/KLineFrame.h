@@ -15,6 +15,7 @@ inline constexpr std::size_t kLongestLengthInFormat = 63;
 struct HeaderForm {
   bool addresses = true;     ///< target and source behind the format byte
   bool length_byte = false;  ///< the length in a byte of its own, in front of the message
+  bool functional = false;   ///< the target is a group of ECUs
 
   friend bool operator==(const HeaderForm&, const HeaderForm&) = default;
 };

@@ -8,8 +8,8 @@
 namespace korval::ecu {
 
 KLineLink::KLineLink(std::shared_ptr<base::EventLoop> loop, const std::shared_ptr<SharedKLine>& line,
-                     const FunctionDescription& function)
-    : driver_(std::make_shared<KLineDriver>(std::move(loop), line, function)) {
+                     const FunctionDescription& function, Note note)
+    : driver_(std::make_shared<KLineDriver>(std::move(loop), line, function, std::move(note))) {
   line->Join(driver_);
 }
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <string>
 
 #include "base/EventLoop.h"
 #include "ecu/description/EcuDescription.h"
@@ -16,8 +18,11 @@ class KLineDriver;
 /// with stopCommunication, which goes out as long as the line is there.
 class KLineLink : public MessageLink {
  public:
+  using Note = std::function<void(const std::string&)>;
+
+  /// `note` is told of what is no failure but worth knowing. It may be empty.
   KLineLink(std::shared_ptr<base::EventLoop> loop, const std::shared_ptr<SharedKLine>& line,
-            const FunctionDescription& function);
+            const FunctionDescription& function, Note note);
   ~KLineLink() override;
   KLineLink(const KLineLink&) = delete;
   KLineLink& operator=(const KLineLink&) = delete;

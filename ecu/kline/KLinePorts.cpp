@@ -11,7 +11,9 @@ std::shared_ptr<SharedKLine> KLinePorts::Open(const std::shared_ptr<base::EventL
     line->RequireOpen();
     return line;
   }
-  const auto line = std::make_shared<SharedKLine>(loop, open());
+  auto& stopped = stopped_[port];
+  if (!stopped) stopped = std::make_shared<StoppedEcus>();
+  const auto line = std::make_shared<SharedKLine>(loop, open(), stopped);
   std::shared_ptr<SharedKLine> in_use(line.get(), [line](SharedKLine*) { line->Close(); });
   lines_[port] = in_use;
   return in_use;

@@ -26,6 +26,7 @@ class KLinePorts {
 
  private:
   std::map<std::string, std::weak_ptr<SharedKLine>> lines_;
+  std::map<std::string, std::shared_ptr<StoppedEcus>> stopped_;  // outlives the lines
 };
 
 }  // namespace korval::ecu

@@ -14,11 +14,6 @@ namespace {
 
 constexpr std::uint8_t kStartCommunication = 0x81;
 constexpr std::uint8_t kStopCommunication = 0x82;
-constexpr std::uint8_t kAccessTiming = 0x83;
-constexpr std::uint8_t kTimesToDefault = 0x01;
-constexpr std::uint8_t kTimesToGiven = 0x03;
-constexpr std::size_t kBitsPerByte = 10;  // with start and stop bit
-constexpr std::size_t kMostHeard = 32;
 constexpr HeaderForm kStartForm{true, false};
 // Of one request or initialisation.
 constexpr int kMostHoldUps = 5;
@@ -38,11 +33,10 @@ std::optional<Item> TakeFirst(std::deque<Item>& items) {
 
 KLineTester::KLineTester(const FunctionDescription& function)
     : function_(function),
-      byte_time_(std::chrono::ceil<std::chrono::microseconds>(
-          std::chrono::duration<double>(static_cast<double>(kBitsPerByte) / function.baud))),
-      echo_(function.echo),
-      exchange_({function.address, function.tester}, byte_time_, echo_),
-      timing_(KLineTiming::Of(function.timing, key_bytes_)) {}
+      agreement_(function),
+      echo_(function.kline.echo),
+      exchange_({function.address, function.tester, false, function.kline.functional}, agreement_.ByteTime(),
+                echo_) {}
 
 void KLineTester::Abandon() {
   phase_ = Phase::kIdle;
@@ -51,30 +45,32 @@ void KLineTester::Abandon() {
   events_.clear();
 }
 
-void KLineTester::Connect(base::TimePoint now, base::TimePoint quiet_since, bool has_break) {
+void KLineTester::Connect(base::TimePoint now, base::TimePoint quiet_since, WakeUp::Means means,
+                          bool was_stopped) {
   Abandon();
-  has_break_ = has_break;
-  echo_ = EchoFilter(function_.echo);
-  key_bytes_ = KeyBytes::Any();
-  timing_ = KLineTiming::Of(function_.timing, key_bytes_);
+  means_ = means;
+  echo_ = EchoFilter(function_.kline.echo);
+  agreement_.Reset();
   if (function_.init == FunctionDescription::Init::kNone) {
     connected_ = true;
     events_.push_back({Event::Kind::kConnected, {}});
     return;
   }
-  Begin(Purpose::kInitialisation, Time(&Timing::t_idle), now, quiet_since);
+  const bool soon = was_stopped && function_.init == FunctionDescription::Init::kFast;
+  const base::TimePoint silence = soon ? agreement_.Times().p3_min : Time(&Timing::t_idle);
+  Begin(Purpose::kInitialisation, silence, now, quiet_since);
 }
 
 void KLineTester::Send(base::ByteView message, base::TimePoint now, base::TimePoint quiet_since) {
   message_ = base::ByteBuffer(message);
-  if (!key_bytes_.FormFor(message.size())) {
+  if (!agreement_.FormFor(message.size())) {
     return events_.push_back({Event::Kind::kFailure,
                               {},
                               kValueRefused,
                               "a request of " + std::to_string(message.size()) +
                                   " bytes is longer than the ECU takes on the K-line"});
   }
-  Begin(Purpose::kRequest, timing_.p3_min, now, quiet_since);
+  Begin(Purpose::kRequest, agreement_.Times().p3_min, now, quiet_since);
 }
 
 void KLineTester::Stop(base::TimePoint now, base::TimePoint quiet_since) {
@@ -82,7 +78,7 @@ void KLineTester::Stop(base::TimePoint now, base::TimePoint quiet_since) {
   Abandon();
   if (!was_connected || function_.init == FunctionDescription::Init::kNone) return;
   message_ = {kStopCommunication};
-  Begin(Purpose::kStop, timing_.p3_min, now, quiet_since);
+  Begin(Purpose::kStop, agreement_.Times().p3_min, now, quiet_since);
 }
 
 void KLineTester::Begin(Purpose purpose, base::TimePoint silence, base::TimePoint now,
@@ -111,8 +107,7 @@ void KLineTester::Redo(base::TimePoint now) {
 void KLineTester::BytesArrived(base::ByteView bytes, base::TimePoint now) {
   quiet_since_ = std::max(quiet_since_, now);
   if (phase_ == Phase::kIdle || phase_ == Phase::kWakeUp) return;
-  const std::size_t room = kMostHeard + 1 - std::min(heard_.Length(), kMostHeard + 1);
-  heard_.Append(bytes.first(std::min(bytes.size(), room)));
+  heard_.Append(bytes);
   if (phase_ == Phase::kExchange) {
     exchange_.BytesArrived(bytes, now);
     Deliver();
@@ -175,37 +170,48 @@ void KLineTester::SilenceElapsed(base::TimePoint now) {
 
 void KLineTester::Wake(base::TimePoint now) {
   const bool fast = function_.init == FunctionDescription::Init::kFast;
-  if (!fast && !has_break_) {
-    Write(std::array{function_.init_address}, now + byte_time_);
-    echo_.Expect({});
-    handshake_.emplace(function_.timing, function_.init_address, byte_time_, now + byte_time_);
-    phase_ = Phase::kHandshake;
-    return;
+  if (!fast && means_ == WakeUp::Means::kNone) {
+    const base::TimePoint end = now + agreement_.ByteTime();
+    Write(std::array{function_.init_address}, end);
+    return ListenForKeyBytes(end);
   }
-  if (has_break_ && wake_up_->IsLate(now)) {
-    actions_.push_back({Action::Kind::kLetRise, {}});
+  if (means_ != WakeUp::Means::kNone && wake_up_->IsLate(now)) {
+    SetLevel(false);
+    EndWakeUp();
     quiet_since_ = now;
     return Redo(now);
   }
-  while (const auto low = wake_up_->TakeLevel(now)) {
-    actions_.push_back({*low ? Action::Kind::kPullLow : Action::Kind::kLetRise, {}});
-  }
-  if (has_break_) echo_.LineWasLow();
+  while (const auto low = wake_up_->TakeLevel(now)) SetLevel(*low);
+  if (means_ != WakeUp::Means::kNone) echo_.LineWasLow();
   if (!wake_up_->IsDone(now)) return;
+  EndWakeUp();
   quiet_since_ = now;
-  if (fast) {
-    message_ = {kStartCommunication};
-    return StartExchange(now);
-  }
+  if (!fast) return ListenForKeyBytes(now);
+  message_ = {kStartCommunication};
+  StartExchange(now);
+}
+
+void KLineTester::SetLevel(bool low) {
+  actions_.push_back({low ? Action::Kind::kPullLow : Action::Kind::kLetRise, {}});
+  if (!low || means_ != WakeUp::Means::kByte) return;
+  actions_.push_back({Action::Kind::kSetSpeed, {}, wake_up_->SlowBaud()});
+  actions_.push_back({Action::Kind::kWrite, {0x00}});
+}
+
+void KLineTester::EndWakeUp() {
+  if (means_ == WakeUp::Means::kByte) actions_.push_back({Action::Kind::kSetSpeed, {}, function_.baud});
+}
+
+void KLineTester::ListenForKeyBytes(base::TimePoint from) {
   echo_.Expect({});
-  handshake_.emplace(function_.timing, function_.init_address, byte_time_, now);
+  handshake_.emplace(function_.timing, function_.init_address, agreement_.ByteTime(), from);
   phase_ = Phase::kHandshake;
 }
 
 void KLineTester::ShakeHands(base::TimePoint now) {
   if (const auto byte = handshake_->TakeByte(now)) {
     echo_.Expect(std::array{*byte});
-    Write(std::array{*byte}, now + byte_time_);
+    Write(std::array{*byte}, now + agreement_.ByteTime());
   }
   if (handshake_->CurrentState() == SlowHandshake::State::kFailed) {
     Fail(kNoAnswer, echo_.IsMissing() ? kNoEcho : "no " + handshake_->MissingStep());
@@ -214,10 +220,15 @@ void KLineTester::ShakeHands(base::TimePoint now) {
   }
 }
 
+// An initialisation has addresses whatever the header of requests is, so that the ECU knows that it is meant.
 void KLineTester::StartExchange(base::TimePoint now) {
-  const HeaderForm form =
-      purpose_ == Purpose::kInitialisation ? kStartForm : *key_bytes_.FormFor(message_.Length());
-  exchange_.Start(message_.View(), form, timing_, now);
+  const bool start = purpose_ == Purpose::kInitialisation;
+  if (start && function_.kline.functional) {
+    exchange_.SetAddresses({function_.init_address, function_.tester, true, true});
+  }
+  exchange_.SetByteTime(agreement_.ByteTime());
+  exchange_.Start(message_.View(), start ? kStartForm : *agreement_.FormFor(message_.Length()),
+                  agreement_.Times(), now);
   phase_ = Phase::kExchange;
 }
 
@@ -237,8 +248,8 @@ void KLineTester::Write(base::ByteView bytes, base::TimePoint until) {
 // The answer to startCommunication is ours, and nobody waits for that to stopCommunication.
 void KLineTester::Deliver() {
   for (base::ByteBuffer& message : exchange_.TakeMessages()) {
+    if (purpose_ != Purpose::kInitialisation) TakeNote(message.View());
     if (purpose_ == Purpose::kRequest) {
-      TakeNote(message.View());
       events_.push_back({Event::Kind::kMessage, std::move(message)});
     } else if (purpose_ == Purpose::kInitialisation &&
                exchange_.CurrentOutcome() == FrameExchange::Outcome::kAnswered) {
@@ -289,31 +300,36 @@ void KLineTester::TakeAnswer(base::ByteView message) {
 
 void KLineTester::Started(std::uint8_t first_key_byte, std::uint8_t second_key_byte) {
   const auto key_bytes = KeyBytes::Read(first_key_byte, second_key_byte);
-  if (!key_bytes) {
-    return Fail(kInitialisationRefused, "key bytes " +
-                                            base::HexText(std::array{first_key_byte, second_key_byte}) +
-                                            " are not those of ISO 14230");
+  const std::string text = "key bytes " + base::HexText(std::array{first_key_byte, second_key_byte});
+  if (!key_bytes) return Fail(kInitialisationRefused, text + " are not those of ISO 14230");
+  if (!key_bytes->HasRightParity()) {
+    events_.push_back({Event::Kind::kNote,
+                       {},
+                       0,
+                       function_.ecu + ": " + text + " have a wrong parity, which is overlooked"});
   }
-  key_bytes_ = *key_bytes;
-  timing_ = KLineTiming::Of(function_.timing, key_bytes_);
+  agreement_.Announced(*key_bytes);
+  if (function_.kline.functional) TalkToWhoAnswered();
   phase_ = Phase::kIdle;
   connected_ = true;
+  stopped_ = false;
   events_.push_back({Event::Kind::kConnected, {}});
+}
+
+// A functional initialisation leaves it open who is talked to until somebody answers.
+void KLineTester::TalkToWhoAnswered() {
+  const bool fast = function_.init == FunctionDescription::Init::kFast;
+  const auto ecu = fast ? exchange_.AnsweredBy() : std::nullopt;
+  exchange_.SetAddresses({ecu.value_or(function_.address), function_.tester, false, !ecu});
 }
 
 // What the services of the K-line itself change.
 void KLineTester::TakeNote(base::ByteView answer) {
-  if (answer[0] == kStopCommunication + kPositiveOffset) connected_ = false;
-  ChangeTiming(answer);
-}
-
-void KLineTester::ChangeTiming(base::ByteView answer) {
-  const base::ByteView request = message_.View();
-  const bool agreed =
-      request[0] == kAccessTiming && request.size() >= 2 && answer[0] == kAccessTiming + kPositiveOffset;
-  if (!agreed) return;
-  if (request[1] == kTimesToDefault) timing_ = KLineTiming::Of(function_.timing, key_bytes_);
-  if (request[1] == kTimesToGiven) timing_.Change(request.subspan(2));
+  if (answer[0] == kStopCommunication + kPositiveOffset) {
+    connected_ = false;
+    stopped_ = message_.At(0) == kStopCommunication;
+  }
+  if (ExpectedAnswer(message_.View()).IsPositive(answer)) agreement_.Granted(message_.View());
 }
 
 // The communication stands: the message may be sent again.
@@ -329,19 +345,13 @@ void KLineTester::Fail(std::int32_t number, const std::string& what) {
 }
 
 void KLineTester::Report(std::int32_t number, const std::string& what) {
-  events_.push_back({Event::Kind::kFailure, {}, number, WhatFailed() + ": " + what + Heard()});
+  events_.push_back({Event::Kind::kFailure, {}, number, WhatFailed() + ": " + what + heard_.Text()});
 }
 
 std::string KLineTester::WhatFailed() const {
   if (purpose_ == Purpose::kRequest) return ServiceName(message_.At(0));
   return function_.init == FunctionDescription::Init::kFast ? "fast initialisation, startCommunication"
                                                             : "5-baud initialisation";
-}
-
-std::string KLineTester::Heard() const {
-  if (heard_.Empty()) return " (nothing was heard)";
-  if (heard_.Length() <= kMostHeard) return " (heard: " + heard_.ToHex() + ")";
-  return " (heard: " + base::HexText(heard_.View(0, kMostHeard)) + "...)";
 }
 
 }  // namespace korval::ecu

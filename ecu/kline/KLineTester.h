@@ -8,14 +8,16 @@
 #include <deque>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "base/ByteBuffer.h"
 #include "base/EventLoop.h"
 #include "ecu/description/EcuDescription.h"
 #include "ecu/kline/EchoFilter.h"
 #include "ecu/kline/FrameExchange.h"
+#include "ecu/kline/HeardBytes.h"
 #include "ecu/kline/KLineTiming.h"
-#include "ecu/kline/KeyBytes.h"
+#include "ecu/kline/LineAgreement.h"
 #include "ecu/kline/SlowHandshake.h"
 #include "ecu/kline/WakeUp.h"
 
@@ -25,16 +27,17 @@ namespace korval::ecu {
 class KLineTester {
  public:
   struct Action {
-    enum class Kind { kPullLow, kLetRise, kWrite };
+    enum class Kind { kPullLow, kLetRise, kWrite, kSetSpeed };
     Kind kind;
     base::ByteBuffer bytes;  ///< to be written
+    std::int32_t baud = 0;   ///< to be set
   };
   struct Event {
-    enum class Kind { kConnected, kSent, kMessage, kFailure };
+    enum class Kind { kConnected, kSent, kMessage, kNote, kFailure };
     Kind kind;
     base::ByteBuffer message;
     std::int32_t number = 0;  ///< of the failure, see ErrorNumbers.h
-    std::string text = {};    ///< the step that failed, and which bytes were heard
+    std::string text = {};    ///< of a note, or the step that failed and which bytes were heard
   };
 
   explicit KLineTester(const FunctionDescription& function);
@@ -42,8 +45,9 @@ class KLineTester {
   KLineTester& operator=(const KLineTester&) = delete;
 
   /// Initialises the ECU anew, once the line has been silent for TIdle; it was last busy at `quiet_since`.
-  /// Without a break the fast initialisation wakes nobody up, and the 5-baud address goes as one byte.
-  void Connect(base::TimePoint now, base::TimePoint quiet_since, bool has_break);
+  /// An ECU that was stopped in order takes a fast initialisation after P3 already. Where the line cannot be
+  /// held low the fast initialisation wakes nobody up, and the 5-baud address goes as one byte.
+  void Connect(base::TimePoint now, base::TimePoint quiet_since, WakeUp::Means means, bool was_stopped);
   /// Sends a message, once the line has been silent for P3. Raises kValueRefused as an event for one that
   /// the ECU cannot take.
   void Send(base::ByteView message, base::TimePoint now, base::TimePoint quiet_since);
@@ -64,6 +68,10 @@ class KLineTester {
   std::optional<Action> TakeAction();
   std::optional<Event> TakeEvent();
   bool IsConnected() const { return connected_; }
+  /// Whether the ECU has agreed to the end of the communication; holds once.
+  bool TakeStopped() { return std::exchange(stopped_, false); }
+  /// The speed at which the next message goes.
+  std::int32_t Baud() const { return agreement_.Baud(); }
   /// Something is under way: the line is ours.
   bool IsBusy() const { return phase_ != Phase::kIdle; }
   /// When MoveOn is due. Of this and the deadline there is one at least while something is under way.
@@ -72,7 +80,7 @@ class KLineTester {
   std::optional<base::TimePoint> Deadline() const;
   /// When the line was last busy.
   base::TimePoint QuietSince() const { return quiet_since_; }
-  const KLineTiming& ActiveTiming() const { return timing_; }
+  const KLineTiming& ActiveTiming() const { return agreement_.Times(); }
 
  private:
   enum class Phase { kIdle, kSilence, kWakeUp, kHandshake, kExchange };
@@ -83,6 +91,9 @@ class KLineTester {
   void SilenceElapsed(base::TimePoint now);
   void Redo(base::TimePoint now);
   void Wake(base::TimePoint now);
+  void SetLevel(bool low);
+  void EndWakeUp();
+  void ListenForKeyBytes(base::TimePoint from);
   void ShakeHands(base::TimePoint now);
   void RunExchange(base::TimePoint now);
   void StartExchange(base::TimePoint now);
@@ -92,26 +103,24 @@ class KLineTester {
   void TakeNote(base::ByteView answer);
   void FinishExchange(base::TimePoint now);
   void TakeAnswer(base::ByteView message);
+  void TalkToWhoAnswered();
   void Started(std::uint8_t first_key_byte, std::uint8_t second_key_byte);
-  void ChangeTiming(base::ByteView answer);
 
   void NotAnswered(const std::string& what);
   void Fail(std::int32_t number, const std::string& what);
   void Report(std::int32_t number, const std::string& what);
   std::string WhatFailed() const;
-  std::string Heard() const;
   base::TimePoint Time(Timing::Number Timing::*number) const { return function_.timing.Value(number); }
 
   FunctionDescription function_;
-  base::TimePoint byte_time_;
+  LineAgreement agreement_;
   EchoFilter echo_;
   FrameExchange exchange_;
-  KeyBytes key_bytes_ = KeyBytes::Any();
-  KLineTiming timing_;
   Phase phase_ = Phase::kIdle;
   Purpose purpose_ = Purpose::kInitialisation;
   bool connected_ = false;
-  bool has_break_ = true;
+  bool stopped_ = false;
+  WakeUp::Means means_ = WakeUp::Means::kBreak;
   base::TimePoint quiet_since_{};
   base::TimePoint silence_{};
   base::TimePoint silence_end_{};  // the line has to be silent by then
@@ -119,7 +128,7 @@ class KLineTester {
   std::optional<WakeUp> wake_up_;
   std::optional<SlowHandshake> handshake_;
   base::ByteBuffer message_;
-  base::ByteBuffer heard_;
+  HeardBytes heard_;
   std::deque<Action> actions_;
   std::deque<Event> events_;
 };

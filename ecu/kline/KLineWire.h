@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "base/ByteBuffer.h"
@@ -31,6 +32,10 @@ class KLineWire {
   virtual void Open(std::int32_t baud) = 0;
   /// Pulls the line low, or lets it rise. False: this line cannot be pulled low.
   virtual bool SetBreak(bool low) = 0;
+  /// False: the adapter keeps the line low for a time of its own, whatever it is told.
+  virtual bool HoldsBreak() const { return true; }
+  /// Sets the adapter's lines RTS and DTR; none: it stays as it is. False: it has no such lines.
+  virtual bool SetModemLines(std::optional<bool> rts, std::optional<bool> dtr) = 0;
   /// Sends the bytes without gaps.
   virtual void Write(base::ByteView bytes) = 0;
   virtual void Close() = 0;

@@ -11,7 +11,11 @@ std::optional<KeyBytes> KeyBytes::Read(std::uint8_t first, std::uint8_t second) 
 }
 
 bool KeyBytes::IsIso14230() const {
-  return second_ == kSecond && std::popcount(first_) % 2 == 1 && (first_ & kAlwaysSet) != 0;
+  return ((second_ ^ kSecond) & ~kParity) == 0 && (first_ & kAlwaysSet) != 0;
+}
+
+bool KeyBytes::HasRightParity() const {
+  return std::popcount(first_) % 2 == 1 && std::popcount(second_) % 2 == 1;
 }
 
 // An ECU that announces neither kind of length, or neither kind of header, leaves it to the tester.

@@ -14,21 +14,41 @@ constexpr std::int32_t kUsualBaud = 10400;
 
 }  // namespace
 
-SharedKLine::SharedKLine(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<KLineWire> wire)
-    : loop_(std::move(loop)), wire_(std::move(wire)), quiet_since_(loop_->Now()) {
+SharedKLine::SharedKLine(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<KLineWire> wire,
+                         std::shared_ptr<StoppedEcus> stopped)
+    : loop_(std::move(loop)),
+      wire_(std::move(wire)),
+      stopped_(std::move(stopped)),
+      quiet_since_(loop_->Now()) {
   wire_->SetEvents(
       {[this](base::ByteView bytes) { BytesArrived(bytes); }, [this](const std::string& why) { Lost(why); }});
   RequireOpen();
 }
 
 void SharedKLine::RequireOpen() {
-  if (baud_ == 0) Prepare(kUsualBaud);
+  if (baud_ == 0) SetSpeed(kUsualBaud);
 }
 
-void SharedKLine::Prepare(std::int32_t baud) {
+bool SharedKLine::Prepare(const KLineSettings& settings) {
+  SetSpeed(settings.baud);
+  const bool has_rts = !settings.rts || settings.rts == rts_;
+  const bool has_dtr = !settings.dtr || settings.dtr == dtr_;
+  if (has_rts && has_dtr) return true;
+  if (!wire_->SetModemLines(settings.rts, settings.dtr)) return false;
+  if (settings.rts) rts_ = settings.rts;
+  if (settings.dtr) dtr_ = settings.dtr;
+  return true;
+}
+
+void SharedKLine::SetRts(bool on) {
+  if (wire_->SetModemLines(on, std::nullopt)) rts_ = on;
+}
+
+void SharedKLine::SetSpeed(std::int32_t baud) {
   if (closed_) throw base::Failure("the line was closed");
   if (baud == baud_) return;
-  baud_ = 0;  // a wire that refuses is closed
+  if (baud_ == 0) rts_ = dtr_ = std::nullopt;  // opening sets them
+  baud_ = 0;                                   // a wire that refuses is closed
   wire_->Open(baud);
   baud_ = baud;
 }
@@ -61,6 +81,7 @@ void SharedKLine::BytesArrived(base::ByteView bytes) {
 }
 
 void SharedKLine::Lost(const std::string& why) {
+  stopped_->clear();
   baud_ = 0;
   waiting_.clear();
   const auto former = std::exchange(owner_, nullptr);

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,16 @@
 #include "ecu/kline/KLineWire.h"
 
 namespace korval::ecu {
+
+/// How somebody wants the adapter to be while it talks.
+struct KLineSettings {
+  std::int32_t baud;
+  std::optional<bool> rts = {};  ///< none: as it is
+  std::optional<bool> dtr = {};
+};
+
+/// The ECUs on one line, by their addresses, whose communication was stopped in order and not started since.
+using StoppedEcus = std::set<std::uint8_t>;
 
 /// Somebody who talks on a K-line.
 class KLineUser {
@@ -28,8 +40,9 @@ class KLineUser {
 /// that was lost is opened anew when somebody wants to talk.
 class SharedKLine : public std::enable_shared_from_this<SharedKLine> {
  public:
-  /// Raises what opening the wire raises.
-  SharedKLine(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<KLineWire> wire);
+  /// Raises what opening the wire raises. `stopped` is what is known of the line from before.
+  SharedKLine(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<KLineWire> wire,
+              std::shared_ptr<StoppedEcus> stopped);
   ~SharedKLine() { Close(); }
   SharedKLine(const SharedKLine&) = delete;
   SharedKLine& operator=(const SharedKLine&) = delete;
@@ -46,11 +59,19 @@ class SharedKLine : public std::enable_shared_from_this<SharedKLine> {
 
   /// Opens the line when it was lost: raises what that raises.
   void RequireOpen();
-  /// For the owner. As RequireOpen, at that speed.
-  void Prepare(std::int32_t baud);
+  /// For the owner. As RequireOpen, with these settings. False: the adapter has no lines that could be set.
+  bool Prepare(const KLineSettings& settings);
+  /// For the owner, in the middle of its turn.
+  void SetSpeed(std::int32_t baud);
+  void SetRts(bool on);
   /// False: this line cannot be pulled low.
   bool SetBreak(bool low) { return wire_->SetBreak(low); }
+  bool HoldsBreak() const { return wire_->HoldsBreak(); }
   void Write(base::ByteView bytes) { wire_->Write(bytes); }
+
+  void NoteStopped(std::uint8_t address) { stopped_->insert(address); }
+  /// Whether the ECU was stopped in order; it holds until it is asked for.
+  bool TakeStopped(std::uint8_t address) { return stopped_->erase(address) != 0; }
 
   /// Leaves the line for good and forgets its users.
   void Close();
@@ -62,7 +83,10 @@ class SharedKLine : public std::enable_shared_from_this<SharedKLine> {
 
   std::shared_ptr<base::EventLoop> loop_;
   std::unique_ptr<KLineWire> wire_;
-  std::int32_t baud_ = 0;  // 0: not open
+  std::shared_ptr<StoppedEcus> stopped_;
+  std::int32_t baud_ = 0;    // 0: not open
+  std::optional<bool> rts_;  // as they were set
+  std::optional<bool> dtr_;
   bool closed_ = false;
   base::TimePoint quiet_since_;
   std::vector<std::weak_ptr<KLineUser>> users_;

@@ -12,13 +12,20 @@ constexpr unsigned kAddressBits = 8;
 constexpr Milliseconds kFastTolerance{5};
 // An ECU looks at the middle of a bit.
 constexpr Milliseconds kFiveBaudTolerance = kBitTime / 4;
+// Of a byte 00, the start bit included. Its stop bit is high.
+constexpr std::int32_t kLowBits = 9;
+
+std::int32_t SpeedOf(std::int32_t bits, Milliseconds time) {
+  static constexpr std::int64_t kPerSecond = 1000;
+  return static_cast<std::int32_t>((bits * kPerSecond + time.count() / 2) / time.count());
+}
 
 }  // namespace
 
 WakeUp WakeUp::Fast(const Timing& timing) {
   const Milliseconds low = timing.Value(&Timing::t_ini_l);
   return WakeUp({{true, low}, {false, std::max(timing.Value(&Timing::t_wup) - low, Milliseconds(0))}},
-                kFastTolerance);
+                kFastTolerance, SpeedOf(kLowBits, low));
 }
 
 WakeUp WakeUp::FiveBaud(const Timing& timing, std::uint8_t address) {
@@ -27,7 +34,7 @@ WakeUp WakeUp::FiveBaud(const Timing& timing, std::uint8_t address) {
     levels.push_back({((static_cast<unsigned>(address) >> bit) & 1U) == 0, kBitTime});
   }
   levels.push_back({false, kBitTime});
-  return WakeUp(std::move(levels), kFiveBaudTolerance);
+  return WakeUp(std::move(levels), kFiveBaudTolerance, SpeedOf(kLowBits + 1, kBitTime));
 }
 
 std::optional<bool> WakeUp::TakeLevel(base::TimePoint now) {

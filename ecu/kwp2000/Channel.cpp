@@ -185,8 +185,9 @@ void Channel::BeginConnect() {
 void Channel::StartSession() {
   if (state_ != State::kConnecting) return;
   if (!function_.session) return EndConnect(std::nullopt);
-  const std::array<std::uint8_t, 2> request{kStartDiagnosticSession, *function_.session};
-  Start(request, true, [this](Pending& pending) {
+  base::ByteBuffer request{kStartDiagnosticSession, *function_.session};
+  if (function_.kline.session_baud) request.Append(*function_.kline.session_baud);
+  Start(request.View(), true, [this](Pending& pending) {
     auto failure = Outcome(pending);
     if (failure && failure->Number() == kNegativeAnswer) {
       failure = errors_->MakeFailure(kInitialisationRefused, failure->Description());

@@ -15,8 +15,13 @@ constexpr std::chrono::seconds kLongestFarewell{1};
 }  // namespace
 
 KLineInterface::KLineInterface(std::shared_ptr<base::EventLoop> loop, std::string port,
-                               std::shared_ptr<SharedKLine> line, std::shared_ptr<const ErrorTable> errors)
-    : loop_(std::move(loop)), port_(std::move(port)), errors_(std::move(errors)), line_(std::move(line)) {}
+                               std::shared_ptr<SharedKLine> line, std::shared_ptr<const ErrorTable> errors,
+                               Note note)
+    : loop_(std::move(loop)),
+      port_(std::move(port)),
+      errors_(std::move(errors)),
+      line_(std::move(line)),
+      note_(std::move(note)) {}
 
 std::unique_ptr<MessageLink> KLineInterface::LinkTo(std::shared_ptr<const EcuDescription> ecu) {
   const FunctionDescription& function = ecu->Function();
@@ -24,7 +29,7 @@ std::unique_ptr<MessageLink> KLineInterface::LinkTo(std::shared_ptr<const EcuDes
     throw errors_->MakeFailure(kInterfaceRefused, function.name + " is diagnosed on CAN, and " + port_ +
                                                       " is a K-line; choose a CAN port");
   }
-  return std::make_unique<KLineLink>(loop_, line_->shared_from_this(), function);
+  return std::make_unique<KLineLink>(loop_, line_->shared_from_this(), function, note_);
 }
 
 void KLineInterface::SendFrame(std::int32_t /*identifier*/, base::ByteView /*data*/) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -14,9 +15,11 @@ namespace korval::ecu {
 /// A serial port: one K-line for any number of ECU functions.
 class KLineInterface : public DiagnosticInterface {
  public:
-  /// `line` as KLinePorts gives it.
+  using Note = std::function<void(const std::string&)>;
+
+  /// `line` as KLinePorts gives it. `note` may be empty.
   KLineInterface(std::shared_ptr<base::EventLoop> loop, std::string port, std::shared_ptr<SharedKLine> line,
-                 std::shared_ptr<const ErrorTable> errors);
+                 std::shared_ptr<const ErrorTable> errors, Note note);
 
   /// Raises 1002 for a function that is diagnosed on CAN.
   std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) override;
@@ -30,6 +33,7 @@ class KLineInterface : public DiagnosticInterface {
   std::string port_;
   std::shared_ptr<const ErrorTable> errors_;
   std::shared_ptr<SharedKLine> line_;
+  Note note_;
 };
 
 }  // namespace korval::ecu

@@ -28,7 +28,8 @@ std::unique_ptr<DiagnosticInterface> OpenKLine(const std::string& port, const Se
   const auto open = [&] { return environment.open_kline_wire(port); };
   try {
     auto line = environment.kline_ports->Open(environment.loop, port, open);
-    return std::make_unique<KLineInterface>(environment.loop, port, std::move(line), errors);
+    return std::make_unique<KLineInterface>(environment.loop, port, std::move(line), errors,
+                                            environment.on_note);
   } catch (const base::Failure& failure) {
     throw errors->MakeFailure(kInterfaceRefused, port + ": " + failure.Description());
   }

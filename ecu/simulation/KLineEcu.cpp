@@ -7,7 +7,9 @@
 #include <utility>
 
 #include "ecu/description/ErrorNumbers.h"
+#include "ecu/kline/HeaderChoice.h"
 #include "ecu/kwp2000/Exchange.h"
+#include "ecu/simulation/FiveBaudAddress.h"
 
 namespace korval::ecu {
 namespace {
@@ -22,8 +24,6 @@ constexpr std::uint8_t kTimesToGiven = 0x03;
 constexpr std::uint8_t kGeneralReject = 0x10;
 constexpr std::uint8_t kSubFunctionNotSupported = 0x12;
 constexpr std::uint8_t kResponsePending = 0x78;
-// All header forms, normal times.
-constexpr std::array<std::uint8_t, 2> kKeyBytes{0xEF, 0x8F};
 constexpr std::uint8_t kSyncByte = 0x55;
 // W1, W2, W3 and W4 as short as ISO 14230-2 allows.
 constexpr Milliseconds kBeforeSync{60};
@@ -47,9 +47,29 @@ KLineEcu::KLineEcu(std::shared_ptr<base::EventLoop> loop, const FunctionDescript
       function_(function),
       ecu_(std::move(ecu)),
       write_(std::move(write)),
-      timing_(KLineTiming::Of(function.timing, KeyBytes::Any())),
+      agreement_(function),
       timer_(loop_->CreateTimer([this] { SendDue(); })),
-      silence_(loop_->CreateDeadline([this] { SilenceElapsed(); })) {}
+      lows_end_(loop_->CreateTimer([this] { JudgeLows(); })),
+      silence_(loop_->CreateDeadline([this] { SilenceElapsed(); })) {
+  FallAsleep();
+}
+
+// What was agreed on ends with the communication; the key bytes say what holds at the beginning of the next.
+void KLineEcu::FallAsleep() {
+  state_ = State::kAsleep;
+  agreement_.Announced(KeyBytes::Read(ecu_->KeyBytes()[0], ecu_->KeyBytes()[1]).value_or(KeyBytes::Any()));
+}
+
+void KLineEcu::LineWentLow() {
+  if (state_ != State::kAsleep || function_.init != Init::kSlow) return;
+  if (lows_.empty()) lows_end_->Start(kFiveBaudAddressTime);
+  lows_.push_back(loop_->Now());
+}
+
+void KLineEcu::JudgeLows() {
+  const auto lows = std::exchange(lows_, {});
+  if (IsFiveBaudAddress(lows, function_.init_address)) AddressArrived(function_.init_address);
+}
 
 void KLineEcu::AddressArrived(std::uint8_t address) {
   const base::TimePoint now = loop_->Now();
@@ -58,8 +78,8 @@ void KLineEcu::AddressArrived(std::uint8_t address) {
   outgoing_.clear();
   state_ = State::kAwaitsKeyByte;
   SendAt(now + kBeforeSync, {kSyncByte});
-  SendAt(now + kBeforeSync + kBeforeFirstKey, {kKeyBytes[0]});
-  SendAt(now + kBeforeSync + kBeforeFirstKey + kBeforeSecondKey, {kKeyBytes[1]});
+  SendAt(now + kBeforeSync + kBeforeFirstKey, {ecu_->KeyBytes()[0]});
+  SendAt(now + kBeforeSync + kBeforeFirstKey + kBeforeSecondKey, {ecu_->KeyBytes()[1]});
 }
 
 void KLineEcu::BytesArrived(base::ByteView bytes) {
@@ -73,39 +93,47 @@ void KLineEcu::BytesArrived(base::ByteView bytes) {
 // What is waited for is judged by its deadline, and not by when a byte is looked at.
 void KLineEcu::AwaitMore() {
   if (reader_.IsInside()) return silence_->Set(last_byte_ + kLongestGap);
-  const bool endless = state_ == State::kAsleep || timing_.p3_max == base::TimePoint::max();
+  const bool endless = state_ == State::kAsleep || agreement_.Times().p3_max == base::TimePoint::max();
   if (endless) return silence_->Clear();
-  silence_->Set(last_talk_ + timing_.p3_max);
+  silence_->Set(last_talk_ + agreement_.Times().p3_max);
 }
 
 void KLineEcu::SilenceElapsed() {
   if (reader_.IsInside()) {
     reader_.Reset();
   } else {
-    state_ = State::kAsleep;
+    FallAsleep();
   }
   AwaitMore();
 }
 
 void KLineEcu::ByteArrived(std::uint8_t byte, base::TimePoint now) {
   if (state_ == State::kAwaitsKeyByte) return KeyByteArrived(byte, now);
-  if (state_ == State::kAsleep && function_.init == Init::kSlow) return AddressArrived(byte);
+  if (state_ == State::kAsleep && function_.init == Init::kSlow) {
+    return byte == 0 ? LineWentLow() : AddressArrived(byte);
+  }
   if (reader_.Add(byte) == FrameReader::Result::kFrame && IsForUs()) FrameArrived(now);
 }
 
 void KLineEcu::KeyByteArrived(std::uint8_t byte, base::TimePoint now) {
-  if (byte != Inverted(kKeyBytes[1])) {
-    state_ = State::kAsleep;
-    return;
+  if (byte != Inverted(ecu_->KeyBytes()[1])) {
+    return FallAsleep();
   }
   state_ = State::kTalking;
-  timing_ = KLineTiming::Of(function_.timing, KeyBytes::Any());
   SendAt(now + kBeforeAddress, {Inverted(function_.init_address)});
 }
 
 bool KLineEcu::IsForUs() const {
-  return !reader_.HasAddresses() ||
-         (reader_.Target() == function_.address && reader_.Source() == function_.tester);
+  if (!reader_.HasAddresses()) return true;
+  if (reader_.Source() != function_.tester) return false;
+  if (!reader_.Form().functional) return reader_.Target() == function_.address;
+  return function_.kline.functional && reader_.Target() == function_.init_address;
+}
+
+// An ECU whose requests have a header that the file fixes takes no other.
+bool KLineEcu::UnderstandsHeader() const {
+  const auto fixed = FixedHeader(function_.kline.header);
+  return !fixed || (fixed->addresses == form_.addresses && fixed->length_byte == form_.length_byte);
 }
 
 void KLineEcu::FrameArrived(base::TimePoint now) {
@@ -113,22 +141,23 @@ void KLineEcu::FrameArrived(base::TimePoint now) {
   form_ = reader_.Form();
   const std::uint8_t service = request.At(0);
   if (service == kStartCommunication && function_.init == Init::kFast) return StartCommunication(now);
-  if (state_ != State::kTalking && function_.init != Init::kNone) return;
+  const bool talking = state_ == State::kTalking || function_.init == Init::kNone;
+  if (!talking || !UnderstandsHeader()) return;
   if (service == kStopCommunication) return StopCommunication(now);
   if (service == kAccessTiming) return AccessTiming(request.View(), now);
   Answer(request.View(), now);
 }
 
 void KLineEcu::StartCommunication(base::TimePoint now) {
-  const base::TimePoint due = now + timing_.p2_min;
+  const base::TimePoint due = now + agreement_.Times().p2_min;
   outgoing_.clear();
   if (const auto fault = ecu_->TakeInitFault()) {
     if (*fault != kInitialisationRefused) return;
     return SendAt(due, Framed(std::array{kNegativeResponse, kStartCommunication, kGeneralReject}));
   }
+  FallAsleep();
   state_ = State::kTalking;
-  timing_ = KLineTiming::Of(function_.timing, KeyBytes::Any());
-  const std::array answer{Positive(kStartCommunication), kKeyBytes[0], kKeyBytes[1]};
+  const std::array answer{Positive(kStartCommunication), ecu_->KeyBytes()[0], ecu_->KeyBytes()[1]};
   if (const auto fault = ecu_->TakeWireFault({})) {
     return AnswerFaulty(*fault, answer, kStartCommunication, due);
   }
@@ -136,24 +165,23 @@ void KLineEcu::StartCommunication(base::TimePoint now) {
 }
 
 void KLineEcu::StopCommunication(base::TimePoint now) {
-  state_ = State::kAsleep;
-  SendAt(now + timing_.p2_min, Framed(std::array{Positive(kStopCommunication)}));
+  const base::TimePoint due = now + agreement_.Times().p2_min;
+  FallAsleep();
+  SendAt(due, Framed(std::array{Positive(kStopCommunication)}));
 }
 
 // Byte 2 says what is asked for. The limits and the times in use cannot be read.
 void KLineEcu::AccessTiming(base::ByteView request, base::TimePoint now) {
-  const base::TimePoint due = now + timing_.p2_min;
+  const base::TimePoint due = now + agreement_.Times().p2_min;
   const std::uint8_t what = request.size() < 2 ? std::uint8_t{0} : request[1];
   if (what != kTimesToDefault && what != kTimesToGiven) {
     return SendAt(due, Framed(std::array{kNegativeResponse, kAccessTiming, kSubFunctionNotSupported}));
   }
-  if (what == kTimesToDefault) timing_ = KLineTiming::Of(function_.timing, KeyBytes::Any());
-  if (what == kTimesToGiven) timing_.Change(request.subspan(2));
-  SendAt(due, Framed(std::array{Positive(kAccessTiming), what}));
+  SendAt(due, Framed(std::array{Positive(kAccessTiming), what}), request);
 }
 
 void KLineEcu::Answer(base::ByteView request, base::TimePoint now) {
-  const base::TimePoint due = now + std::max<base::TimePoint>(timing_.p2_min, ecu_->Latency());
+  const base::TimePoint due = now + std::max<base::TimePoint>(agreement_.Times().p2_min, ecu_->Latency());
   const auto wire_fault = ecu_->TakeWireFault(request);
   const SimulatedEcu::Reaction reaction = ecu_->React(request, now);
   if (reaction.fault || reaction.answer.empty()) return;
@@ -161,7 +189,8 @@ void KLineEcu::Answer(base::ByteView request, base::TimePoint now) {
     return SendAt(due, Framed(std::array{kNegativeResponse, request[0], kGeneralReject}));
   }
   if (wire_fault) return AnswerFaulty(*wire_fault, reaction.answer, request[0], due);
-  SendAt(due, Framed(reaction.answer));
+  const bool agreed = reaction.answer[0] == Positive(request[0]);
+  SendAt(due, Framed(reaction.answer), agreed ? request : base::ByteView());
 }
 
 void KLineEcu::AnswerFaulty(WireFault fault, base::ByteView message, std::uint8_t service,
@@ -171,7 +200,7 @@ void KLineEcu::AnswerFaulty(WireFault fault, base::ByteView message, std::uint8_
     case WireFault::kMissing:
       return;
     case WireFault::kLate:
-      return SendAt(due + 2 * timing_.p2_max, std::move(frame));
+      return SendAt(due + 2 * agreement_.Times().p2_max, std::move(frame));
     case WireFault::kDamaged: {
       const std::size_t middle = frame.Length() / 2;
       frame.SetAt(middle, frame.At(middle) ^ 1U);
@@ -179,10 +208,10 @@ void KLineEcu::AnswerFaulty(WireFault fault, base::ByteView message, std::uint8_
     }
     case WireFault::kPending:
       SendAt(due, Framed(std::array{kNegativeResponse, service, kResponsePending}));
-      return SendAt(due + timing_.p2_max + timing_.p2_min, std::move(frame));
+      return SendAt(due + agreement_.Times().p2_max + agreement_.Times().p2_min, std::move(frame));
     case WireFault::kForeign:
       SendAt(due, BuildFrame({true, false}, function_.tester, Inverted(function_.address), message.first(1)));
-      return SendAt(due + timing_.p2_min, std::move(frame));
+      return SendAt(due + agreement_.Times().p2_min, std::move(frame));
   }
 }
 
@@ -191,19 +220,20 @@ base::ByteBuffer KLineEcu::Framed(base::ByteView message) const {
   return BuildFrame({form_.addresses, length_byte}, function_.tester, function_.address, message);
 }
 
-void KLineEcu::SendAt(base::TimePoint due, base::ByteBuffer bytes) {
+void KLineEcu::SendAt(base::TimePoint due, base::ByteBuffer bytes, base::ByteView request) {
   if (outgoing_.size() == kMostOutgoing) return;
-  outgoing_.push_back({due, std::move(bytes)});
+  outgoing_.push_back({due, std::move(bytes), base::ByteBuffer(request)});
   SendDue();
 }
 
 void KLineEcu::SendDue() {
   const base::TimePoint now = loop_->Now();
   while (!outgoing_.empty() && outgoing_.front().due <= now) {
-    const base::ByteBuffer bytes = std::move(outgoing_.front().bytes);
+    const Outgoing sent = std::move(outgoing_.front());
     outgoing_.pop_front();
     last_talk_ = now;
-    write_(bytes.View());
+    write_(sent.bytes.View());
+    if (!sent.request.Empty()) agreement_.Granted(sent.request.View());
     AwaitMore();
   }
   if (outgoing_.empty()) return timer_->Stop();

@@ -17,12 +17,14 @@ namespace korval::ecu {
 namespace {
 
 constexpr std::uint8_t kStartSession = 0x10;
+constexpr std::uint8_t kStopSession = 0x20;
 constexpr std::uint8_t kClearDtcs = 0x14;
 constexpr std::uint8_t kReadDtcStatus = 0x17;
 constexpr std::uint8_t kReadDtcsByStatus = 0x18;
 constexpr std::uint8_t kTesterPresent = 0x3E;
-constexpr std::array<std::uint8_t, 9> kServices{
-    kStartSession, kClearDtcs, kReadDtcStatus, kReadDtcsByStatus, 0x1A, 0x21, 0x30, 0x3B, kTesterPresent};
+constexpr std::array<std::uint8_t, 10> kServices{
+    kStartSession, kClearDtcs, kReadDtcStatus, kReadDtcsByStatus, 0x1A, kStopSession,
+    0x21,          0x30,       0x3B,           kTesterPresent};
 
 constexpr std::uint8_t kServiceNotSupported = 0x11;
 constexpr std::uint8_t kRequestOutOfRange = 0x31;
@@ -141,7 +143,9 @@ base::ByteView SimulatedEcu::AnswerTo(base::ByteView request, const RequestDescr
     if (described->no_answer) return {};
     return answers_.try_emplace(described, *described).first->second.At(now - start_, values_);
   }
-  if (service == kStartSession && request.size() == 2) return Acknowledge(request, 1);
+  const bool starts_session = service == kStartSession && (request.size() == 2 || request.size() == 3);
+  if (starts_session) return Acknowledge(request, request.size() - 1);
+  if (service == kStopSession && request.size() == 1) return Acknowledge(request, 0);
   if (service == kTesterPresent && request.size() <= 2) return Acknowledge(request, 0);
   return Refuse(service, Knows(service) ? kRequestOutOfRange : kServiceNotSupported);
 }

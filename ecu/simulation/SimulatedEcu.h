@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -43,6 +44,8 @@ class SimulatedEcu {
   /// Puts what the items stand at into `message`, which is long enough for them.
   void Fill(const std::vector<ItemDescription>& items, base::TimePoint now, base::ByteBuffer& message) const;
   Milliseconds Latency() const { return simulation_.latency; }
+  /// What it says of itself when it is initialised on a K-line.
+  const std::array<std::uint8_t, 2>& KeyBytes() const { return simulation_.key_bytes; }
 
  private:
   // Bytes of a request as a key of a table.

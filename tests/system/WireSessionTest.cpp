@@ -80,6 +80,23 @@ class WireSessionTest : public ServerBench {
     return answers;
   }
 
+  /// Everything that the server sent, as hexadecimal digits.
+  std::string SentBytes() const {
+    std::istringstream lines(BusTrace());
+    std::string sent;
+    for (std::string line; std::getline(lines, line);) {
+      const std::size_t sender = line.find(" T ");
+      if (sender != std::string::npos) sent += line.substr(sender + 3);
+    }
+    std::erase(sent, ' ');
+    return sent;
+  }
+  static std::size_t CountOf(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+    return count;
+  }
+
   std::string BusTrace() const {
     std::ostringstream written;
     written << std::ifstream(folder_.Path("bus.log")).rdbuf();
@@ -167,6 +184,37 @@ TEST_F(WireSessionTest, AClientThatLeavesWithoutExitAndComesBackAtOnceIsServed) 
     Succeed(client, GetRequest(1, "TMOT"));
   }
   StopOn(KLine());
+}
+
+TEST_F(WireSessionTest, ADamagedAnswerCostsOneExchangeMoreAndNoValue) {
+  WritePair("wire",
+            EcuFile(R"(Name="ENGINE" Ecu="Engine control")", kEngineRequests,
+                    kWireSimulation + R"(<Fault Request="READ_ENGINE" Wire="damaged"/>)"),
+            kEngineData);
+  StartOn(KLine(), {"--bus-trace", folder_.Path("bus.log")});
+  const RawClient client = Connect();
+  OpenPair(client, "wire");
+  Succeed(client, GetRequest(1, "TMOT"));
+  Succeed(client, GetRequest(1, "TMOT"));
+  StopOn(KLine());
+  EXPECT_EQ(CountOf(SentBytes(), "8110F18103"), 1U) << SentBytes();
+  EXPECT_EQ(CountOf(SentBytes(), "8210F12101A5"), 3U) << SentBytes();
+}
+
+TEST_F(WireSessionTest, EcusThatAreTalkedToInTheirOwnWayGiveTheSameValues) {
+  for (const std::string function :
+       {R"(Functional="1")", R"(Header="format-length")", R"(Init="none" Header="addresses-length")",
+        R"(WakeUp="byte" Rts="off")", R"(Session="85" SessionBaud="03")"}) {
+    WritePair("wire",
+              EcuFile(R"(Name="ENGINE" Ecu="Engine control" )" + function, kEngineRequests, kWireSimulation),
+              kEngineData);
+    StartOn(KLine({"--echo"}));
+    const RawClient client = Connect();
+    OpenPair(client, "wire");
+    EXPECT_EQ(Hex(client.Ask(GetRequest(1, "TMOT"))), Hex(Reply(kGetParameter, kSuccess, FourReals(90))))
+        << function;
+    StopOn(KLine());
+  }
 }
 
 TEST_F(WireSessionTest, AFrameDuringAKLineExchangeIsAnsweredAtOnce) {

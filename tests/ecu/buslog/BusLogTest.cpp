@@ -143,6 +143,7 @@ class SilentWire : public KLineWire {
   explicit SilentWire(bool has_break) : has_break_(has_break) {}
   void SetEvents(Events /*events*/) override {}
   void Open(std::int32_t /*baud*/) override {}
+  bool SetModemLines(std::optional<bool>, std::optional<bool>) override { return false; }
   bool SetBreak(bool /*low*/) override { return has_break_; }
   void Write(base::ByteView /*bytes*/) override {}
   void Close() override {}

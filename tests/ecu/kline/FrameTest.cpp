@@ -122,20 +122,20 @@ TEST(FrameTest, ResetForgetsAnOpenFrame) {
 TEST(EchoFilterTest, LowLevelOfTheLineIsPassedOverInFrontOfTheEchoOnly) {
   const ByteBuffer sent = ByteBuffer::FromHex("8110F18103");
   ByteBuffer rest;
-  EchoFilter behind_low(FunctionDescription::Echo::kAutomatic);
+  EchoFilter behind_low(KLineDescription::Echo::kAutomatic);
   behind_low.LineWasLow();
   behind_low.Expect(sent.View());
   EXPECT_TRUE(behind_low.Filter(ByteBuffer{0x00}.View(), rest));
   EXPECT_TRUE(behind_low.Filter(sent.View(), rest));
-  EXPECT_EQ(behind_low.State(), FunctionDescription::Echo::kOn);
+  EXPECT_EQ(behind_low.State(), KLineDescription::Echo::kOn);
   EXPECT_TRUE(rest.Empty());
   behind_low.Expect(sent.View());
   EXPECT_FALSE(behind_low.Filter(ByteBuffer{0x00}.View(), rest));
 
-  EchoFilter as_usual(FunctionDescription::Echo::kAutomatic);
+  EchoFilter as_usual(KLineDescription::Echo::kAutomatic);
   as_usual.Expect(sent.View());
   EXPECT_TRUE(as_usual.Filter(ByteBuffer::FromHex("0001C1C2").View(), rest));
-  EXPECT_EQ(as_usual.State(), FunctionDescription::Echo::kOff);
+  EXPECT_EQ(as_usual.State(), KLineDescription::Echo::kOff);
   EXPECT_EQ(rest.ToHex(), "0001C1C2");
 }
 
@@ -153,7 +153,8 @@ TEST(KeyBytesTest, SayWhichHeaderServesAndWhichTimes) {
       {0xE9, 63, HeaderForm{true, false}, false},  {0xE9, 64, std::nullopt, false},
       {0x6B, 64, HeaderForm{true, true}, false},   {0x6D, 10, HeaderForm{true, false}, false},
       {0xE5, 10, HeaderForm{false, false}, false}, {0xE6, 10, HeaderForm{false, true}, false},
-      {0xD0, 10, HeaderForm{true, false}, true},   {0xD0, 64, HeaderForm{true, true}, true},
+      {0xD0, 10, HeaderForm{true, false}, false},  {0xD0, 64, HeaderForm{true, true}, false},
+      {0xD9, 63, HeaderForm{true, false}, true},   {0x51, 63, HeaderForm{true, false}, true},
   };
   for (const KeyRow& row : rows) {
     const auto key_bytes = KeyBytes::Read(row.first, 0x8F);
@@ -163,11 +164,21 @@ TEST(KeyBytesTest, SayWhichHeaderServesAndWhichTimes) {
   }
 }
 
-TEST(KeyBytesTest, OfAnotherStandardOrWithWrongParityAreNone) {
+TEST(KeyBytesTest, OfAnotherStandardAreNone) {
   EXPECT_FALSE(KeyBytes::Read(0x08, 0x08));
   EXPECT_FALSE(KeyBytes::Read(0xEF, 0x8E));
-  EXPECT_FALSE(KeyBytes::Read(0xEE, 0x8F));
+  EXPECT_FALSE(KeyBytes::Read(0xAF, 0x8F));
   EXPECT_FALSE(KeyBytes::Read(0x01, 0x8F));
+}
+
+TEST(KeyBytesTest, WithAWrongParityTheySayTheSame) {
+  for (const auto& [first, second] : std::vector<std::pair<std::uint8_t, std::uint8_t>>{
+           {0x69, 0x8F}, {0xE9, 0x0F}, {0x69, 0x0F}, {0xE9, 0x8F}}) {
+    const auto key_bytes = KeyBytes::Read(first, second);
+    ASSERT_TRUE(key_bytes) << static_cast<int>(first);
+    EXPECT_EQ(key_bytes->FormFor(64), std::nullopt);
+    EXPECT_EQ(key_bytes->HasRightParity(), first == 0xE9 && second == 0x8F) << static_cast<int>(first);
+  }
 }
 
 }  // namespace

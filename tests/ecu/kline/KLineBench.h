@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "MemoryWire.h"
 #include "base/XmlFile.h"
@@ -67,6 +68,7 @@ class KLineBench {
                                      std::make_shared<SimulatedEcu>(description, loop->Now()),
                                      [this](base::ByteView bytes) { line->EcuWrites(bytes); });
     line->ecu_hears = [this](base::ByteView bytes) { ecu->BytesArrived(bytes); };
+    line->ecu_baud = [this] { return ecu ? ecu->Baud() : line->baud; };
   }
   void PullEcuOut() {
     ecu.reset();
@@ -99,6 +101,7 @@ class KLineBench {
   std::shared_ptr<const EcuDescription> description;
   std::shared_ptr<KLineEcu> ecu;
   std::shared_ptr<viator3::Session> session;
+  std::vector<std::string> notes;
 
  private:
   SessionEnvironment Environment() {
@@ -106,6 +109,7 @@ class KLineBench {
     environment.loop = loop;
     environment.open_kline_wire = [this](const std::string&) { return std::make_unique<MemoryWire>(line); };
     environment.kline_ports = ports_;
+    environment.on_note = [this](const std::string& note) { notes.push_back(note); };
     return environment;
   }
 };

@@ -88,7 +88,7 @@ TEST(KLineTimingTest, ValuesPerSecondComeUpToTheLimitOfTheLine) {
 }
 
 TEST(KLineTimingTest, KeyBytesWithExtendedTimesChangeWhatTheFileLeavesOpen) {
-  const auto extended = *KeyBytes::Read(0xD0, 0x8F);
+  const auto extended = *KeyBytes::Read(0xD9, 0x8F);
   const KLineTiming open = KLineTiming::Of(Timing(), extended);
   EXPECT_EQ(open.p2_max, milliseconds(1000));
   EXPECT_EQ(open.p3_min, milliseconds(0));

@@ -64,6 +64,9 @@ const std::vector<Row>& Rows() {
        "6101"},
       {"of another service", {{milliseconds(25), FromEcu("5080")}}, "2003", "5080"},
       {"of another identifier", {{milliseconds(25), FromEcu("6102AABB")}}, "2003", "6102AABB"},
+      {"of another identifier, then the answer",
+       {{milliseconds(10), FromEcu("6102AABB")}, {milliseconds(45), kAnswer}},
+       "6101"},
       {"the end of the communication", {{milliseconds(25), FromEcu("C2")}}, "2045", "stopCommunication"},
       {"of another service, then the answer",
        {{milliseconds(10), FromEcu("7E")}, {milliseconds(45), kAnswer}},
@@ -247,7 +250,7 @@ TEST(KLineViolationTest, TimesThatTheEcuDoesNotAgreeToStayAsTheyWere) {
 }
 
 TEST(KLineViolationTest, FiveBaudKeyBytesThatAreDamagedAre2042) {
-  for (const std::string key_bytes : {"EE8F", "EF8E", "AF8F"}) {
+  for (const std::string key_bytes : {"A78F", "EF8E", "AF8F"}) {
     KLineBench bench("Init='slow'");
     bench.line->has_break = false;
     std::vector<std::string> ecu_says{"55" + key_bytes, "EF"};

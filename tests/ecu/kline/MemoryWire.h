@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,7 @@ class MemoryLine {
     base::TimePoint end;
     Who who;
     std::uint8_t byte;
+    std::int32_t baud;
   };
   struct Edge {
     base::TimePoint time;
@@ -60,8 +62,11 @@ class MemoryLine {
   std::shared_ptr<tests::ManualEventLoop> loop;
   KLineWire::Events events;
   std::function<void(base::ByteView)> ecu_hears = [](base::ByteView) {};
+  std::function<std::int32_t()> ecu_baud = [this] { return baud; };
   bool echo = true;
   bool has_break = true;
+  bool holds_break = true;
+  bool has_modem_lines = true;
   bool plugged = true;
   bool open = false;
   const void* holder = nullptr;   // the wire that has the device
@@ -69,17 +74,21 @@ class MemoryLine {
   std::int32_t baud = 10400;
   std::vector<Entry> log;
   std::vector<Edge> edges;
+  std::vector<Edge> rts;  // low: on
+  std::vector<Edge> dtr;
 
  private:
   base::TimePoint Transmit(Who who, std::uint8_t byte, base::TimePoint busy_until) {
     const base::TimePoint begin = std::max(loop->Now(), busy_until);
     const base::TimePoint end = begin + ByteTime();
-    log.push_back({begin, end, who, byte});
-    loop->At(end - loop->Now(), [this, who, byte] {
+    log.push_back({begin, end, who, byte, baud});
+    loop->At(end - loop->Now(), [this, who, byte, sent_at = baud] {
       const base::ByteBuffer bytes{byte};
       const bool near_hears = open && (who == Who::kEcu || echo);
       if (near_hears) events.on_bytes(bytes.View());
-      if (who == Who::kTester) ecu_hears(bytes.View());
+      // At another speed it is a low level at most.
+      const bool heard = byte == 0 || sent_at == ecu_baud();
+      if (who == Who::kTester && heard) ecu_hears(bytes.View());
     });
     return end;
   }
@@ -108,6 +117,13 @@ class MemoryWire : public KLineWire {
   bool SetBreak(bool low) override {
     if (line_->has_break) line_->edges.push_back({line_->loop->Now(), low});
     return line_->has_break;
+  }
+  bool HoldsBreak() const override { return line_->holds_break; }
+  bool SetModemLines(std::optional<bool> rts, std::optional<bool> dtr) override {
+    if (!line_->has_modem_lines) return false;
+    if (rts) line_->rts.push_back({line_->loop->Now(), *rts});
+    if (dtr) line_->dtr.push_back({line_->loop->Now(), *dtr});
+    return true;
   }
   void Write(base::ByteView bytes) override { line_->TesterWrites(bytes); }
   void Close() override {
