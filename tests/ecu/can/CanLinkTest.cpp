@@ -31,6 +31,14 @@ TEST(CanLinkTest, SingleFramesThereAndBack) {
   EXPECT_THAT(bench.bus.log, ElementsAre("7E0#0221015555555555", "7E8#0461010019555555"));
 }
 
+TEST(CanLinkTest, RequestWithoutAnAnswerIsDoneWhenItIsOnTheBus) {
+  CanBench bench;
+  EXPECT_EQ(bench.Send("3E02"), "");
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  EXPECT_THAT(bench.bus.log,
+              ElementsAre("7E0#023E025555555555", "7E0#0221015555555555", "7E8#0461010019555555"));
+}
+
 TEST(CanLinkTest, LongAnswerGetsItsFlowControl) {
   CanBench bench;
   EXPECT_EQ(bench.Send("2102"), kLongAnswer);

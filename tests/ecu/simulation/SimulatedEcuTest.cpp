@@ -161,7 +161,7 @@ TEST_F(SimulatedEcuTest, FirstOfTwoRequestsWithTheSameBytesServes) {
 TEST_F(SimulatedEcuTest, UnknownDataAndUnknownServicesAreRefused) {
   Start(">");
   for (const char* known : {"2155", "21", "3B55", "1A55", "3055", "17", "1700FF", "14", "1400FF", "18",
-                            "1802FF", "10", "108155", "3E0155", "22F191"}) {
+                            "1802FF", "10", "10815500", "3E0155", "22F191"}) {
     EXPECT_EQ(Answer(known), "7F" + std::string(known).substr(0, 2) + "31") << known;
   }
   for (const char* unknown : {"27", "2701", "00", "FF01", "7F2131", "61"}) {
