@@ -46,14 +46,15 @@ base::XmlDocument CheckedFile::Parse() {
   }
 }
 
-// The loader tells a byte, the user looks for a line: the parser is asked once more.
+// A finding has its line in front, where editors look for it: the parser is asked once more.
 void CheckedFile::ReportParseFailure(const std::string& reason) {
   const std::string& text = text_.Utf8();
   const auto result =
       pugi::xml_document().load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
-  const auto line = text_.LineAt(result ? 0 : static_cast<std::size_t>(result.offset));
-  ReportLine(line, "This is no XML that can be read: " +
-                       (result ? reason : std::string(result.description())) + ".");
+  if (result) return ReportLine(1, reason + ".");
+  const auto place = static_cast<std::size_t>(result.offset);
+  ReportLine(text_.LineAt(place), "This is no XML that can be read: " + std::string(result.description()) +
+                                      " (column " + std::to_string(text_.ColumnAt(place)) + ").");
 }
 
 void CheckedFile::ReportEncoding() {
@@ -74,6 +75,11 @@ void CheckedFile::Report(const pugi::xml_node& element, const std::string& sente
   if (const std::string_view name = NameOf(element); !name.empty()) label.append(" ").append(name);
   const std::ptrdiff_t place = element.offset_debug();
   ReportLine(text_.LineAt(place < 0 ? 0 : static_cast<std::size_t>(place)), label + ": " + sentence);
+}
+
+void CheckedFile::Note(const pugi::xml_node& element, const std::string& sentence) {
+  Report(element, sentence);
+  findings_.back().is_note = true;
 }
 
 void CheckedFile::ReportLine(std::size_t line, std::string sentence) {

@@ -17,6 +17,7 @@ namespace korval::apps {
 struct Finding {
   std::size_t line = 1;
   std::string sentence;
+  bool is_note = false;  ///< nothing is wrong, but somebody should know
 
   friend bool operator==(const Finding&, const Finding&) = default;
 };
@@ -36,6 +37,8 @@ class CheckedFile {
 
   /// `sentence` says what is wrong with the element, whose name is put in front, and what to do.
   void Report(const pugi::xml_node& element, const std::string& sentence);
+  /// The same for what is worth knowing, but no mistake.
+  void Note(const pugi::xml_node& element, const std::string& sentence);
   void ReportLine(std::size_t line, std::string sentence);
   /// In the order of the lines.
   std::vector<Finding> Findings() const;

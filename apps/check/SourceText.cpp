@@ -2,67 +2,15 @@
 #include "apps/check/SourceText.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
 #include <string_view>
 
 #include "base/AnsiText.h"
+#include "base/XmlEncoding.h"
 
 namespace korval::apps {
 namespace {
 
 constexpr char32_t kNoCharacter = 0xFFFD;
-
-// The first line as far as the parser looks for an encoding, in lower case.
-std::string Declaration(std::string_view bytes) {
-  if (!bytes.starts_with("<?xml")) return {};
-  std::string declaration(bytes.substr(0, std::min<std::size_t>(bytes.find("?>"), 200)));
-  std::transform(declaration.begin(), declaration.end(), declaration.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return declaration;
-}
-
-bool DeclaresSingleByte(std::string_view bytes) {
-  static constexpr std::array<std::string_view, 4> kNames{"windows-1252", "cp1252", "iso-8859-1", "latin1"};
-  const std::string declaration = Declaration(bytes);
-  return std::any_of(kNames.begin(), kNames.end(),
-                     [&](std::string_view name) { return declaration.find(name) != std::string::npos; });
-}
-
-// UTF-16 as it is recognised: by its byte order mark, or by the half of the first '<' that is zero.
-enum class Utf16 { kNo, kLittleEndian, kBigEndian };
-
-Utf16 Utf16Of(std::string_view bytes) {
-  using std::string_view_literals::operator""sv;
-  if (bytes.starts_with("\xFF\xFE"sv) || bytes.starts_with("<\0"sv)) return Utf16::kLittleEndian;
-  if (bytes.starts_with("\xFE\xFF"sv) || bytes.starts_with("\0<"sv)) return Utf16::kBigEndian;
-  return Utf16::kNo;
-}
-
-std::string Utf8FromUtf16(std::string_view bytes, bool little_endian) {
-  std::string utf8;
-  char32_t high = 0;
-  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-    const auto first = static_cast<unsigned char>(bytes[i]);
-    const auto second = static_cast<unsigned char>(bytes[i + 1]);
-    const auto unit = static_cast<char32_t>(little_endian ? second << 8 | first : first << 8 | second);
-    if (unit >= 0xD800 && unit < 0xDC00) {
-      high = unit;
-    } else if (unit >= 0xDC00 && unit < 0xE000) {
-      base::AppendCharacter(utf8, 0x10000 + ((high & 0x3FF) << 10) + (unit & 0x3FF));
-    } else {
-      base::AppendCharacter(utf8, unit);
-    }
-  }
-  return utf8;
-}
-
-std::string ToUtf8(const std::string& bytes, bool single_byte) {
-  const Utf16 utf16 = Utf16Of(bytes);
-  if (utf16 != Utf16::kNo) return Utf8FromUtf16(bytes, utf16 == Utf16::kLittleEndian);
-  if (!single_byte) return bytes;
-  return base::Utf8FromAnsi({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
-}
 
 // The first byte from 80 on that is, or is not, part of a UTF-8 character.
 std::optional<std::size_t> FirstForeign(std::string_view bytes, bool is_utf8) {
@@ -78,20 +26,20 @@ std::optional<std::size_t> FirstForeign(std::string_view bytes, bool is_utf8) {
 }
 
 // One byte that is no UTF-8 shows that a single-byte text is what it says.
-std::optional<std::size_t> DoubtfulPlaceOf(const std::string& bytes, bool single_byte) {
-  if (Utf16Of(bytes) != Utf16::kNo) return std::nullopt;
+std::optional<std::size_t> DoubtfulPlaceOf(std::string_view bytes, base::XmlEncoding encoding) {
+  if (encoding != base::XmlEncoding::kUtf8 && !base::IsSingleByte(encoding)) return std::nullopt;
   const auto broken = FirstForeign(bytes, false);
-  if (!single_byte) return broken;
+  if (encoding == base::XmlEncoding::kUtf8) return broken;
   return broken ? std::nullopt : FirstForeign(bytes, true);
 }
 
 }  // namespace
 
-SourceText::SourceText(const std::string& bytes)
-    : single_byte_(DeclaresSingleByte(bytes)),
-      utf8_(ToUtf8(bytes, single_byte_)),
-      doubtful_(DoubtfulPlaceOf(bytes, single_byte_)),
-      line_starts_{0} {
+SourceText::SourceText(const std::string& bytes) : line_starts_{0} {
+  const auto encoding = base::EncodingOf(bytes);
+  single_byte_ = encoding && base::IsSingleByte(*encoding);
+  utf8_ = encoding ? base::Utf8Text(bytes, *encoding) : bytes;
+  if (encoding) doubtful_ = DoubtfulPlaceOf(bytes, *encoding);
   for (std::size_t i = 0; i < utf8_.size(); ++i) {
     if (utf8_[i] == '\n') line_starts_.push_back(i + 1);
   }
@@ -100,6 +48,15 @@ SourceText::SourceText(const std::string& bytes)
 std::size_t SourceText::LineAt(std::size_t place) const {
   const auto next = std::upper_bound(line_starts_.begin(), line_starts_.end(), place);
   return static_cast<std::size_t>(next - line_starts_.begin());
+}
+
+std::size_t SourceText::ColumnAt(std::size_t place) const {
+  const std::size_t start = line_starts_[LineAt(place) - 1];
+  std::size_t column = 1;
+  for (std::size_t next = start; next < std::min(place, utf8_.size()); ++column) {
+    base::NextCharacter(utf8_, next);
+  }
+  return column;
 }
 
 }  // namespace korval::apps

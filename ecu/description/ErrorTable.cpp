@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 #include "base/NumberText.h"
 #include "base/XmlFile.h"
@@ -37,8 +39,10 @@ constexpr std::array<BuiltIn, 15> kBuiltIn{{
 
 }  // namespace
 
-void ErrorTable::Load(const std::string& path) {
+std::string ErrorTable::Load(const std::string& path) {
   texts_.clear();
+  std::error_code ignored;
+  if (!std::filesystem::exists(path, ignored)) return {};
   try {
     const base::XmlDocument document = base::LoadXmlFile(path);
     for (const pugi::xml_node& error : document->child("errors").children("error")) {
@@ -46,8 +50,11 @@ void ErrorTable::Load(const std::string& path) {
       const std::string text = error.find_child_by_attribute("text", "lang", language_.c_str()).child_value();
       if (number && !text.empty()) texts_[*number] = text;
     }
-  } catch (const base::Failure&) {
-    texts_.clear();  // the built-in texts stand in
+    return {};
+  } catch (const base::Failure& failure) {
+    texts_.clear();
+    return "The error texts of " + path +
+           " cannot be used, the built-in ones stand in: " + failure.Description();
   }
 }
 

@@ -16,8 +16,10 @@ class ErrorTable {
  public:
   /// Language of the texts taken from the file.
   void SetLanguage(const std::string& language) { language_ = language; }
-  /// Keeps the built-in texts when the file cannot be read.
-  void Load(const std::string& path);
+  /// Keeps the built-in texts when the file cannot be read. Gives a sentence when it is there and damaged,
+  /// else
+  /// "".
+  std::string Load(const std::string& path);
   /// Whether texts of a file are in use.
   bool IsLoaded() const { return !texts_.empty(); }
 

@@ -25,12 +25,17 @@ Session::~Session() { host_->Abandon(); }
 
 void Session::SetLanguage(const std::string& language) {
   host_->Errors().SetLanguage(language);
-  if (!errors_file_.empty()) host_->Errors().Load(errors_file_);
+  if (!errors_file_.empty()) LoadErrors();
 }
 
 void Session::SetErrorsFile(const std::string& path) {
   errors_file_ = path;
-  host_->Errors().Load(path);
+  LoadErrors();
+}
+
+void Session::LoadErrors() {
+  const std::string damage = host_->Errors().Load(errors_file_);
+  if (!damage.empty()) host_->Note(damage);
 }
 
 void Session::OfferEcuFile(const std::string& path, base::XmlDocument document) {

@@ -38,6 +38,8 @@ class Session : public viator3::Session {
   std::shared_ptr<viator3::InstanceObject> CreateInstance(const std::string& prog_id) override;
 
  private:
+  void LoadErrors();
+
   std::shared_ptr<LinkHost> host_;
   EcuFiles files_;
   std::shared_ptr<CanEcu> can_;

@@ -38,6 +38,17 @@ std::string Utf16(std::string_view ascii, bool big_endian) {
   return bytes;
 }
 
+/// The same in UTF-32.
+std::string Utf32(std::string_view ascii, bool big_endian) {
+  std::string bytes;
+  for (const char character : ascii) {
+    if (big_endian) bytes.append(3, '\0');
+    bytes += character;
+    if (!big_endian) bytes.append(3, '\0');
+  }
+  return bytes;
+}
+
 std::int32_t FailureNumberOf(const std::filesystem::path& path) {
   try {
     LoadXmlFile(path);
@@ -78,6 +89,66 @@ TEST(XmlFile, ReadsWindows1252ByDeclarationInAnyCaseAndQuotes) {
                                                 "C'/>"),
               euro_and_degree)
         << declaration;
+}
+
+TEST(XmlFile, ReadsIso8859_15ByDeclaration) {
+  EXPECT_EQ(UnitIn("<?xml version=\"1.0\" encoding=\"ISO-8859-15\"?><Item Unit='\xA4/\xB0\xBD'/>"),
+            "\u20AC/\u00B0\u0153");
+  EXPECT_EQ(UnitIn("\n<?xml version='1.0' encoding='iso-8859-15'?><Item Unit='\xA4'/>"), "\u20AC");
+}
+
+TEST(XmlFile, AnEncodingThatIsNotUnderstoodIsRefusedByItsName) {
+  for (const char* name : {"ISO-8859-2", "Shift_JIS", "windows-1251", "KOI8-R"}) {
+    const std::string text =
+        "<?xml version=\"1.0\" encoding=\"" + std::string(name) + "\"?><Item Unit='\xB0'/>";
+    const TempFolder folder;
+    folder.Write("a.xml", text);
+    try {
+      LoadXmlFile(folder.Path("a.xml"));
+      ADD_FAILURE() << name;
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.Number(), 1);
+      EXPECT_EQ(
+          failure.Description().find("The encoding '" + std::string(name) + "' is not understood (a.xml)"),
+          0U)
+          << failure.Description();
+    }
+    EXPECT_THROW(LoadXmlText(text, "a.xml"), Failure);
+  }
+}
+
+TEST(XmlFile, ReadsUtf32OfBothByteOrders) {
+  const std::string text = "<Item Unit='rpm'/>";
+  for (const bool big_endian : {false, true}) {
+    const std::string wide = Utf32(text, big_endian);
+    EXPECT_EQ(UnitIn(wide), "rpm");
+    EXPECT_EQ(UnitIn((big_endian ? std::string("\0\0\xFE\xFF", 4) : std::string("\xFF\xFE\0\0", 4)) + wide),
+              "rpm");
+  }
+}
+
+TEST(XmlFile, AMistakeIsNamedByLineAndColumnInEveryEncoding) {
+  const std::string text = "<xml>\r\n  <a b='\xC2\xB0'/>\r\n  <c d=e/>\r\n</xml>";
+  const std::string place = "(a.xml, line 3, column ";
+  const auto description_of = [](std::string_view content) {
+    const TempFolder folder;
+    folder.Write("a.xml", content);
+    try {
+      LoadXmlFile(folder.Path("a.xml"));
+      return std::string("read");
+    } catch (const Failure& failure) {
+      return failure.Description();
+    }
+  };
+  const std::string in_utf8 = description_of(text);
+  EXPECT_NE(in_utf8.find(place + "8)"), std::string::npos) << in_utf8;
+  EXPECT_EQ(description_of("\xEF\xBB\xBF" + text), in_utf8);
+  std::string ascii = text;
+  ascii.replace(ascii.find("\xC2"), 2, "x");
+  EXPECT_EQ(description_of(Utf16(ascii, false)), in_utf8);
+  EXPECT_EQ(description_of(Utf16(ascii, true)), in_utf8);
+  const std::string declared = "<?xml version='1.0' encoding='windows-1252'?>" + ascii;
+  EXPECT_NE(description_of(declared).find(place + "8)"), std::string::npos) << description_of(declared);
 }
 
 TEST(XmlFile, AnEncodingNameOutsideTheDeclarationMeansNothing) {

@@ -32,6 +32,21 @@ TEST(FileCheckTest, TellsTheLineInWhichXmlCannotBeRead) {
   const auto finding = OnlyFinding("<xml>\n<ecu>\n</ecux>\n</xml>");
   EXPECT_EQ(finding.line, 3U);
   EXPECT_THAT(finding.sentence, HasSubstr("This is no XML that can be read"));
+  EXPECT_THAT(finding.sentence, HasSubstr("(column 3)"));
+}
+
+TEST(FileCheckTest, TellsAnEncodingThatIsNotUnderstood) {
+  const auto finding = OnlyFinding("<?xml version=\"1.0\" encoding=\"ISO-8859-2\"?>\n<xml><ecu/></xml>");
+  EXPECT_EQ(finding.line, 1U);
+  EXPECT_THAT(finding.sentence, HasSubstr("The encoding 'ISO-8859-2' is not understood"));
+}
+
+TEST(FileCheckTest, TakesIso8859_15) {
+  apps::CheckedFile file(
+      "file.xml",
+      "<?xml version=\"1.0\" encoding=\"ISO-8859-15\"?><xml><messaging><!-- \xA4 --></messaging></xml>");
+  apps::CheckFile(file, std::nullopt);
+  EXPECT_THAT(file.Findings(), ::testing::IsEmpty());
 }
 
 TEST(FileCheckTest, TellsAnEmptyFile) {

@@ -39,7 +39,7 @@ TEST(ErrorTableTest, TextsOfTheLanguageTakeThePlaceOfTheBuiltInOnes) {
                "<error number='2001'><text lang='en'>No</text></error></errors>");
   ErrorTable table;
   table.SetLanguage("de");
-  table.Load(folder.Path("errors.xml"));
+  EXPECT_EQ(table.Load(folder.Path("errors.xml")), "");
   EXPECT_EQ(table.Text(2000), "Keine Antwort");
   EXPECT_EQ(table.Text(2044), "Neu");
   EXPECT_EQ(table.Text(2001), "Negative answer");
