@@ -76,6 +76,7 @@ void EcuFileCheck::CheckReceived(const pugi::xml_node& request) {
   const std::vector<PlacedItem> items = TakeItems(received);
   ElementCheck check(file_, received);
   for (const PlacedItem& placed : items) ElementCheck(file_, placed.element).OneOf("Ref", {"1"});
+  NoteLostDigits(file_, items);
   if (!check.Integer("MinBytes", 1, ecu::kLongestMessage)) return;
   if (received.attribute("MinBytes")) {
     const auto length =

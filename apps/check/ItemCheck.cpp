@@ -155,6 +155,15 @@ void CheckInside(CheckedFile& file, const std::vector<PlacedItem>& items, std::s
   }
 }
 
+void NoteLostDigits(CheckedFile& file, const std::vector<PlacedItem>& items) {
+  for (const PlacedItem& placed : items) {
+    if (!ecu::LosesDigitsAsSingle(placed.item)) continue;
+    file.Note(placed.element,
+              "its values can have more digits than a single holds; get parameter and online values round "
+              "them, extended get parameter does not.");
+  }
+}
+
 void CheckOverlaps(CheckedFile& file, const std::vector<PlacedItem>& items) {
   std::vector<const ItemDescription*> bits;
   for (const PlacedItem& placed : items) {

@@ -27,6 +27,8 @@ std::vector<PlacedItem> CheckItems(CheckedFile& file, const pugi::xml_node& hold
 /// Reports the items that need more than `length` bytes; `message` names what has that length.
 void CheckInside(CheckedFile& file, const std::vector<PlacedItem>& items, std::size_t length,
                  const std::string& message);
+/// Notes the items whose values lose digits in get and online values.
+void NoteLostDigits(CheckedFile& file, const std::vector<PlacedItem>& items);
 /// Reports the items that share bits with one before them.
 void CheckOverlaps(CheckedFile& file, const std::vector<PlacedItem>& items);
 

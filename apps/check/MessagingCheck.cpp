@@ -63,7 +63,9 @@ void MessagingCheck::CheckFrame(const pugi::xml_node& frame) {
     file_.Report(frame, "there is a frame of this name already; by name, only the first is reached.");
   }
   if (const auto identifier = check.Identifier("Id")) TakeIdentifier(frame, *identifier);
-  CheckInside(file_, CheckItems(file_, frame), ecu::CanFrame::kMostBytes, "a CAN frame");
+  const std::vector<PlacedItem> items = CheckItems(file_, frame);
+  CheckInside(file_, items, ecu::CanFrame::kMostBytes, "a CAN frame");
+  NoteLostDigits(file_, items);
 }
 
 void MessagingCheck::TakeIdentifier(const pugi::xml_node& element, ecu::CanIdentifier identifier) {

@@ -24,10 +24,13 @@ int Check(const std::string& path, const Options& options) {
     CheckedFile file(path);
     korval::apps::CheckFile(file, options.korv_folder);
     const auto findings = file.Findings();
+    int status = kClean;
     for (const auto& finding : findings) {
-      std::cout << path << ":" << finding.line << ": " << finding.sentence << "\n";
+      std::cout << path << ":" << finding.line << ": " << (finding.is_note ? "note: " : "")
+                << finding.sentence << "\n";
+      if (!finding.is_note) status = kFindings;
     }
-    return findings.empty() ? kClean : kFindings;
+    return status;
   } catch (const korval::base::Failure& failure) {
     std::cerr << "korval-check: " << failure.Description() << "\n";
     return kUnusable;

@@ -15,6 +15,9 @@ namespace {
 
 using base::Variant;
 
+constexpr double kSingleEpsilon = std::numeric_limits<float>::epsilon();
+constexpr double kDoubleEpsilon = std::numeric_limits<double>::epsilon();
+
 [[noreturn]] void Refuse(const ItemDescription& item, const std::string& why) {
   throw base::Failure(kValueRefused, item.name + ": " + why);
 }
@@ -79,14 +82,13 @@ std::uint64_t ToBcd(std::uint64_t number) {
   return raw;
 }
 
+// An Int32 travels to clients as a single, so only what a single has is one.
 template <typename Number>
 Variant NumberValue(const ItemDescription& item, Number number) {
-  if (item.scaled) return item.ValueOf(static_cast<double>(number));
+  const auto value = static_cast<double>(number);
+  if (item.scaled) return item.ValueOf(value);
   using Int32 = std::numeric_limits<std::int32_t>;
-  if constexpr (std::is_signed_v<Number>) {
-    if (number < Int32::min()) return static_cast<double>(number);
-  }
-  if (number > static_cast<Number>(Int32::max())) return static_cast<double>(number);
+  if (value < Int32::min() || value > Int32::max() || value != static_cast<float>(value)) return value;
   return static_cast<std::int32_t>(number);
 }
 
@@ -175,16 +177,37 @@ void EncodeFloat(const ItemDescription& item, double value, base::ByteBuffer& me
   SetBitsOf(item, std::bit_cast<std::uint32_t>(static_cast<float>(value)), message);
 }
 
-void EncodeNumber(const ItemDescription& item, double value, base::ByteBuffer& message, bool clamp) {
+// What may lie between a number and the limit that it stands for, in steps: the number was rounded to its
+// type, in which it has this epsilon, and the scale adds a little.
+double NoiseOf(const ItemDescription& item, double value, double epsilon) {
+  constexpr double kOfAStep = 1E-6;
+  return kOfAStep + std::abs(value * item.denominator / item.numerator) * epsilon;
+}
+
+// The raw number of a value, rounded; checked before, so that none less than a step outside slips in.
+double FittingRaw(const ItemDescription& item, double value, double epsilon) {
+  const Range range = RawRange(item);
+  const double raw = item.RawOf(value);
+  const double noise = NoiseOf(item, value, epsilon);
+  const double rounded = std::round(raw);
+  if (!(raw >= range.lowest - noise && raw <= range.highest + noise)) Refuse(item, "out of range");
+  if (!(rounded >= range.lowest && rounded <= range.highest)) Refuse(item, "out of range");
+  return rounded;
+}
+
+double NearestRaw(const ItemDescription& item, double value) {
+  const Range range = RawRange(item);
+  return std::clamp(std::round(item.RawOf(value)), range.lowest, range.highest);
+}
+
+// `epsilon` is that of the value's type; none: what the item cannot hold becomes the nearest it can.
+void EncodeNumber(const ItemDescription& item, double value, std::optional<double> epsilon,
+                  base::ByteBuffer& message) {
   if (!std::isfinite(value)) Refuse(item, "no finite number");
   if (item.coding == Coding::kBoolean) return SetBitsOf(item, value != 0 ? 1 : 0, message);
-  const double raw = item.RawOf(value);
-  if (item.coding == Coding::kFloat) return EncodeFloat(item, raw, message, clamp);
-  const Range range = RawRange(item);
-  double rounded = std::round(raw);
-  if (clamp) rounded = std::clamp(rounded, range.lowest, range.highest);
-  if (!(rounded >= range.lowest && rounded <= range.highest)) Refuse(item, "out of range");
-  SetBitsOf(item, RawBits(item, rounded), message);
+  if (item.coding == Coding::kFloat) return EncodeFloat(item, item.RawOf(value), message, !epsilon);
+  const double raw = epsilon ? FittingRaw(item, value, *epsilon) : NearestRaw(item, value);
+  SetBitsOf(item, RawBits(item, raw), message);
 }
 
 // The raw number that a Text child names.
@@ -268,7 +291,8 @@ void EncodeItem(const ItemDescription& item, const Variant& value, base::ByteBuf
   }
   const auto number = value.ToDouble();
   if (!number) Refuse(item, "'" + value.ToText() + "' is no number");
-  EncodeNumber(item, *number, message, false);
+  const bool single = value.TypeOf() == Variant::Type::kSingle;
+  EncodeNumber(item, *number, single ? kSingleEpsilon : kDoubleEpsilon, message);
 }
 
 void EncodeText(const ItemDescription& item, const std::string& text, base::ByteBuffer& message) {
@@ -278,8 +302,17 @@ void EncodeText(const ItemDescription& item, const std::string& text, base::Byte
   EncodeItem(item, text, message);
 }
 
+bool LosesDigitsAsSingle(const ItemDescription& item) {
+  if (item.IsText() || item.coding == Coding::kBoolean) return false;
+  if (item.coding == Coding::kFloat) return item.bits == 64;
+  const Range range = RawRange(item);
+  const auto largest = static_cast<float>(
+      std::max(std::abs(item.ValueOf(range.lowest)), std::abs(item.ValueOf(range.highest))));
+  return largest - std::nextafter(largest, 0.0F) > std::abs(item.numerator / item.denominator);
+}
+
 void EncodeClamped(const ItemDescription& item, double value, base::ByteBuffer& message) {
-  EncodeNumber(item, value, message, true);
+  EncodeNumber(item, value, std::nullopt, message);
 }
 
 }  // namespace korval::ecu

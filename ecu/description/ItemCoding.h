@@ -12,9 +12,9 @@
 
 namespace korval::ecu {
 
-/// Double when the item is scaled; else Int32 where the number fits, Double where not; float of 32 bits
-/// Single, of 64 Double; boolean Boolean; ascii String without trailing NUL and blanks; bytes String of
-/// upper-case hexadecimal digits; bcd as unsigned, empty when a digit is none.
+/// Double when the item is scaled; else Int32 where the number fits and a single has it exactly, Double where
+/// not; float of 32 bits Single, of 64 Double; boolean Boolean; ascii String without trailing NUL and blanks;
+/// bytes String of upper-case hexadecimal digits; bcd as unsigned, empty when a digit is none.
 base::Variant DecodeItem(const ItemDescription& item, base::ByteView message);
 
 /// The bits as a number; none when the message does not hold them, or for float, ascii and bytes.
@@ -23,8 +23,8 @@ std::optional<std::int64_t> DecodeRaw(const ItemDescription& item, base::ByteVie
 /// The text that names the raw value, else the value as text; "" without a value.
 std::string DecodeText(const ItemDescription& item, base::ByteView message);
 
-/// Puts a value into the message, which is long enough. Raises Failure 2012 when the value is of the wrong
-/// type or out of range; the message is then unchanged.
+/// Puts a value into the message, which is long enough, rounded to the nearest step. Raises Failure 2012 when
+/// the value is of the wrong type or, before it is rounded, out of range; the message is then unchanged.
 void EncodeItem(const ItemDescription& item, const base::Variant& value, base::ByteBuffer& message);
 
 /// As EncodeItem, from a text: one that names a raw value, else the value as text.
@@ -32,5 +32,8 @@ void EncodeText(const ItemDescription& item, const std::string& text, base::Byte
 
 /// As EncodeItem for a number; what the item cannot hold becomes the nearest it can.
 void EncodeClamped(const ItemDescription& item, double value, base::ByteBuffer& message);
+
+/// Whether two values of the item that differ by a step can be the same in single precision.
+bool LosesDigitsAsSingle(const ItemDescription& item);
 
 }  // namespace korval::ecu

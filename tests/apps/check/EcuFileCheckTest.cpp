@@ -137,6 +137,8 @@ INSTANTIATE_TEST_SUITE_P(
         Damage{"StepZero", "0.25", "0", 10, "a Step of 0"},
         Damage{"StepWithComma", "0.25", "0,25", 10, "Step=\"0,25\" is no number (a decimal point, no comma"},
         Damage{"OffsetWithUnit", "\"-40\"", "\"-40 K\"", 10, "Offset=\"-40 K\" is no number"},
+        Damage{"MoreDigitsThanASingle", "BitsCount=\"16\" ByteOrder=\"little\" Step=\"0.25\" Offset=\"-40\"",
+               "BitsCount=\"32\" Coding=\"bcd\"", 10, "its values can have more digits than a single holds"},
         Damage{"FloatOf24Bits", "\"32\"", "\"24\"", 15, "a float has 32 or 64 bits"},
         Damage{"AsciiOf12Bits", "BitsCount=\"16\" Coding=\"ascii\"", "BitsCount=\"12\" Coding=\"ascii\"", 16,
                "takes whole bytes from a byte's start"},

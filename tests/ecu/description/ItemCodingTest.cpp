@@ -97,8 +97,16 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"3 bits inside a byte", "FirstByte='1' BitOffset='2' BitsCount='3'", "28", std::int32_t{5}, "5"},
         Row{"10 bits over three bytes", "FirstByte='1' BitOffset='7' BitsCount='10'", "01FF80",
             std::int32_t{1023}, "1023"},
-        Row{"largest Int32", "FirstByte='1' BitsCount='32'", "7FFFFFFF", std::int32_t{2147483647},
-            "2147483647"},
+        Row{"largest whole number that a single has", "FirstByte='1' BitsCount='32'", "01000000",
+            std::int32_t{16777216}, "16777216"},
+        Row{"one more, which it has not", "FirstByte='1' BitsCount='32'", "01000001", 16777217.0, "16777217"},
+        Row{"two more, which it has", "FirstByte='1' BitsCount='32'", "01000002", std::int32_t{16777218},
+            "16777218"},
+        Row{"negative, which a single has not", "FirstByte='1' BitsCount='32' Coding='signed'", "FEFFFFFF",
+            -16777217.0, "-16777217"},
+        Row{"largest Int32 that a single has", "FirstByte='1' BitsCount='32'", "7FFFFF80",
+            std::int32_t{2147483520}, "2147483520"},
+        Row{"31 bits", "FirstByte='1' BitsCount='32'", "7FFFFFFF", 2147483647.0, "2147483647"},
         Row{"one more than Int32", "FirstByte='1' BitsCount='32'", "80000000", 2147483648.0, "2147483648"},
         Row{"64 bits over nine bytes", "FirstByte='1' BitOffset='4' BitsCount='64'", "080000000000000000",
             9223372036854775808.0, "9.223372036854776E+18"},
@@ -138,8 +146,7 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"bytes", "FirstByte='1' BitsCount='32' Coding='bytes'", "A517C042", "A517C042", "A517C042"},
         Row{"more than 64 bits of bytes", "FirstByte='1' BitsCount='72' Coding='bytes'", "010203040506070809",
             "010203040506070809", "010203040506070809"},
-        Row{"bcd", "FirstByte='1' BitsCount='32' Coding='bcd'", "20260315", std::int32_t{20260315},
-            "20260315"},
+        Row{"bcd", "FirstByte='1' BitsCount='32' Coding='bcd'", "20260315", 20260315.0, "20260315"},
         Row{"bcd, little endian", "FirstByte='1' BitsCount='16' Coding='bcd' ByteOrder='little'", "3412",
             std::int32_t{1234}, "1234"},
         Row{"scaled bcd", "FirstByte='1' BitsCount='16' Coding='bcd' Step='0.1'", "1234", 123.4, "123.4"}));
@@ -217,6 +224,31 @@ TEST(ItemCodingTest, ValueIsRoundedToTheNearestStep) {
   EXPECT_EQ(message.ToHex(), "04");
 }
 
+// A limit is taken with what its type and the division by the step leave of it.
+TEST(ItemCodingTest, LimitOfTheRangeIsTakenThroughTheNoiseOfFloatingPoint) {
+  struct Limit {
+    const char* attributes;
+    Variant value;
+    const char* message;
+  };
+  for (const Limit& limit :
+       {Limit{"FirstByte='1' Step='0.1'", 25.5, "FF"}, Limit{"FirstByte='1' Step='0.1'", 25.5F, "FF"},
+        Limit{"FirstByte='1' BitsCount='6' Step='0.1'", 6.3F, "FC"},
+        Limit{"FirstByte='1' Step='0.1' Offset='0.1'", 25.6, "FF"},
+        Limit{"FirstByte='1' Step='0.01' Offset='-40.7'", -40.7F, "00"},
+        Limit{"FirstByte='1' Step='0.01' Offset='-40.7'", -38.15F, "FF"},
+        Limit{"FirstByte='1' Step='0.1'", 0.1 + 0.2 - 0.3, "00"},
+        Limit{"FirstByte='1' Step='0.1'", 0.3 - 0.1 - 0.2, "00"},
+        Limit{"FirstByte='1' Step='0.1'", "25.5", "FF"}, Limit{"FirstByte='1'", 254.5, "FF"},
+        Limit{"FirstByte='1' BitsCount='24' Step='0.1'", 1677721.5F, "FFFFFF"}}) {
+    const ItemDescription item = Item(limit.attributes);
+    ByteBuffer message;
+    message.SetLength(item.BytesNeeded());
+    EncodeItem(item, limit.value, message);
+    EXPECT_EQ(message.ToHex(), limit.message) << limit.attributes << " " << limit.value.ToText();
+  }
+}
+
 struct Refusal {
   std::string what;
   std::string attributes;
@@ -245,6 +277,14 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"above the byte", "FirstByte='1'", 256}, Refusal{"below 0", "FirstByte='1'", -1},
         Refusal{"above the signed byte", "FirstByte='1' Coding='signed'", 128},
         Refusal{"below the signed byte", "FirstByte='1' Coding='signed'", -129},
+        Refusal{"less than a step below 0", "FirstByte='1' Step='10'", -1},
+        Refusal{"the same as a single", "FirstByte='1' Step='10'", -0.001F},
+        Refusal{"less than half a step above", "FirstByte='1' Step='0.1'", 25.54},
+        Refusal{"half a step above", "FirstByte='1' Step='0.1'", 25.55},
+        Refusal{"a fraction above the byte", "FirstByte='1'", 255.25F},
+        Refusal{"a fraction below the signed byte", "FirstByte='1' Coding='signed'", -128.25},
+        Refusal{"a fraction above 32 bits", "FirstByte='1' BitsCount='32'", 4294967295.25},
+        Refusal{"32 bits and 1, as a single", "FirstByte='1' BitsCount='32'", 4294967296.0F},
         Refusal{"above the scaled range", "FirstByte='1' BitsCount='6' Step='10' Offset='600'", 1240},
         Refusal{"more than the bcd digits", "FirstByte='1' Coding='bcd'", 100},
         Refusal{"more than a cut bcd digit", "FirstByte='1' BitOffset='1' BitsCount='7' Coding='bcd'", 80},
@@ -293,9 +333,9 @@ TEST(ItemCodingTest, LittleEndianItemsAtAnyBitAreDecodedAndEncodedWithoutTouchin
     const char* message;
     std::int32_t value;
   };
-  for (const Place& place : {Place{0, 1, "01", 1}, Place{7, 1, "80", 1}, Place{3, 4, "28", 5},
-                             Place{4, 8, "F00F", 255}, Place{21, 3, "0000A0", 5},
-                             Place{12, 20, "0030E12D", 0x2DE13}, Place{1, 30, "56341234", 0x1A091A2B}}) {
+  for (const Place& place :
+       {Place{0, 1, "01", 1}, Place{7, 1, "80", 1}, Place{3, 4, "28", 5}, Place{4, 8, "F00F", 255},
+        Place{21, 3, "0000A0", 5}, Place{12, 20, "0030E12D", 0x2DE13}, Place{1, 30, "56341200", 0x91A2B}}) {
     ItemDescription item;
     item.name = "V";
     item.little_endian = true;
