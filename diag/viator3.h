@@ -92,7 +92,8 @@ class Ecu {
 /// The scriptable object of one selected description file: its ECU's values by name.
 class InstanceObject {
  public:
-  /// Turns a name that is no data item's into the data item's name; "" when there is none.
+  /// Turns a short name into the data item's name; "" for a name that is no short name. It is asked first: a
+  /// short name that is another data item's name too stands for the item that the description file says.
   using NameResolver = std::function<std::string(const std::string&)>;
 
   virtual ~InstanceObject() = default;

@@ -26,6 +26,15 @@ bool HasItem(const pugi::xml_document& ecu_file, const char* holder, std::string
   return !found.empty();
 }
 
+std::set<std::string> ItemNames(const pugi::xml_document& ecu_file) {
+  std::set<std::string> names;
+  ecu_file.find_node([&](const pugi::xml_node& node) {
+    if (std::string_view(node.name()) == "DataItem") names.insert(node.attribute("Name").value());
+    return false;
+  });
+  return names;
+}
+
 std::string WhyNotOffered(const pugi::xml_document& ecu_file, std::string_view name) {
   if (HasItem(ecu_file, "Received", name)) return "offers it to nobody; give its data item Ref=\"1\"";
   if (HasItem(ecu_file, "Sent", name))
@@ -112,6 +121,7 @@ void DescriptionCheck::CheckData(const pugi::xml_node& section, const EcuFile& e
   model::KorvAsapFile names({path.parent_path().string(), korv_folder_}, path.filename().string(),
                             section.attribute("name").value(), 0, 0);
   names.ReadDescriptionFile();
+  const std::set<std::string> items = ItemNames(*ecu_file.document);
   std::set<std::string> short_names;
   for (const pugi::xml_node& data : section.children("data")) {
     ElementCheck check(file_, data);
@@ -124,6 +134,9 @@ void DescriptionCheck::CheckData(const pugi::xml_node& section, const EcuFile& e
     } else if (names.KorvDataName(short_name) != name) {
       file_.Report(data,
                    ecu_file.path.filename().string() + " " + WhyNotOffered(*ecu_file.document, name) + ".");
+    } else if (short_name != name && items.contains(short_name)) {
+      file_.Report(data, ecu_file.path.filename().string() + " has another data item of the name " +
+                             short_name + "; a client that asks for " + short_name + " gets " + name + ".");
     }
   }
 }

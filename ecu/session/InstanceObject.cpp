@@ -16,6 +16,11 @@ std::shared_ptr<viator3::DataItem> FindSentItem(viator3::Ecu& ecu, const std::st
   return nullptr;
 }
 
+// A short name with the item that it stands for.
+std::string Shown(const std::string& name, const std::string& item_name) {
+  return name == item_name ? name : item_name + " (short name " + name + ")";
+}
+
 void Execute(const viator3::DataItem& item, const ErrorTable& errors) {
   const auto request = item.OwningRequest();
   if (!request) throw errors.MakeFailure(kLinkLost, "the request of " + item.Name() + " is gone");
@@ -25,17 +30,20 @@ void Execute(const viator3::DataItem& item, const ErrorTable& errors) {
 }  // namespace
 
 base::Variant InstanceObject::Get(const std::string& name) {
-  const Item item = Find(name, Side::kAnswer);
-  if (!item) throw errors_->MakeFailure(kUnknownName, name + " is in no answer of the ECU");
+  const std::string item_name = ItemName(name);
+  const Item item = Find(item_name, Side::kAnswer);
+  if (!item) throw errors_->MakeFailure(kUnknownName, Shown(name, item_name) + " is in no answer of the ECU");
   Execute(*item, *errors_);
   return item->Value();
 }
 
 void InstanceObject::Set(const std::string& name, const base::Variant& value) {
-  const Item item = Find(name, Side::kRequest);
+  const std::string item_name = ItemName(name);
+  const Item item = Find(item_name, Side::kRequest);
   if (!item) {
-    if (Find(name, Side::kAnswer)) throw errors_->MakeFailure(kReadOnly, "no request writes " + name);
-    throw errors_->MakeFailure(kUnknownName, name + " is in no request of the ECU");
+    const bool readable = Find(item_name, Side::kAnswer) != nullptr;
+    if (readable) throw errors_->MakeFailure(kReadOnly, "no request writes " + Shown(name, item_name));
+    throw errors_->MakeFailure(kUnknownName, Shown(name, item_name) + " is in no request of the ECU");
   }
   if (const std::string* text = value.As<std::string>()) {
     item->SetText(*text);
@@ -45,14 +53,13 @@ void InstanceObject::Set(const std::string& name, const base::Variant& value) {
   Execute(*item, *errors_);
 }
 
-InstanceObject::Item InstanceObject::Find(const std::string& name, Side side) const {
-  if (!ecu_) throw errors_->MakeFailure(kUnknownName, "the object has no ECU yet, set its property protocol");
-  if (auto item = FindOwn(name, side)) return item;
+std::string InstanceObject::ItemName(const std::string& name) const {
   const std::string resolved = resolver_ ? resolver_(name) : std::string();
-  return resolved.empty() ? nullptr : FindOwn(resolved, side);
+  return resolved.empty() ? name : resolved;
 }
 
-InstanceObject::Item InstanceObject::FindOwn(const std::string& name, Side side) const {
+InstanceObject::Item InstanceObject::Find(const std::string& name, Side side) const {
+  if (!ecu_) throw errors_->MakeFailure(kUnknownName, "the object has no ECU yet, set its property protocol");
   return side == Side::kAnswer ? ecu_->FindAnswerItem(name) : FindSentItem(*ecu_, name);
 }
 

@@ -23,8 +23,9 @@ class InstanceObject : public viator3::InstanceObject {
   enum class Side { kAnswer, kRequest };
   using Item = std::shared_ptr<viator3::DataItem>;
 
+  /// Of the item that a short name stands for; else the name itself.
+  std::string ItemName(const std::string& name) const;
   Item Find(const std::string& name, Side side) const;
-  Item FindOwn(const std::string& name, Side side) const;
 
   std::shared_ptr<const ErrorTable> errors_;
   std::shared_ptr<viator3::Ecu> ecu_;

@@ -12,7 +12,8 @@
 
 namespace korval::tests {
 
-/// An instance object with plain named values. A name it does not have goes through the name resolver.
+/// An instance object with plain named values. A short name stands for the name that the
+/// resolver gives.
 class FakeInstance : public viator3::InstanceObject {
  public:
   void SetProtocol(std::shared_ptr<viator3::Ecu> ecu) override {
@@ -37,8 +38,8 @@ class FakeInstance : public viator3::InstanceObject {
 
  private:
   std::string Resolved(const std::string& name) const {
-    if (values.contains(name)) return name;
     std::string resolved = resolver ? resolver(name) : std::string();
+    if (resolved.empty()) resolved = name;
     if (!values.contains(resolved)) throw base::Failure(2010, "unknown name " + name);
     return resolved;
   }

@@ -89,6 +89,9 @@ INSTANTIATE_TEST_SUITE_P(
                       Damage{"ShortNameTwice", "\"l\"", "\"n\"", 4, "the short name n stands here already"},
                       Damage{"UnknownItem", "\"Speed\"", "\"speed\"", 3,
                              "data speed: engine.xml has no answer with a data item of this name"},
+                      Damage{"ShortNameOfAnotherItem", "\"n\"", "\"Load\"", 3,
+                             "engine.xml has another data item of the name Load; a client that asks for Load "
+                             "gets Speed"},
                       Damage{"ItemWithoutRef", "\"Speed\"", "\"Hidden\"", 3, "give its data item Ref=\"1\""},
                       Damage{"ItemOnlyWritten", "\"Speed\"", "\"Idle\"", 3, "only writes it"}),
     NameOf);

@@ -45,6 +45,20 @@ TEST_F(ByNameTest, GetReadsTheFirstAnswerWithThatItem) {
   EXPECT_EQ(object->Get("N"), Variant(800.0));
 }
 
+// The names of two items as each other's short names.
+TEST_F(ByNameTest, ShortNameWinsOverTheItemOfThatName) {
+  object->SetNameResolver([](const std::string& name) {
+    if (name == "Speed") return std::string("Limit");
+    return std::string(name == "Limit" ? "Speed" : "");
+  });
+  EXPECT_EQ(object->Get("Limit"), Variant(800.0));
+  object->Set("Speed", 120);
+  EXPECT_EQ(bench.Item("WRITE_LIMIT", "Limit")->Value(), Variant(120.0));
+  EXPECT_EQ(object->Get("Speed"), Variant(120.0));
+  EXPECT_EQ(NumberOfSet("Limit", 1), kReadOnly);
+  EXPECT_THAT(description, HasSubstr("Speed (short name Limit)"));
+}
+
 TEST_F(ByNameTest, GetOfUnknownNamesIs2010) {
   for (const char* name : {"speed", "Mode", "Lost", ""}) {
     EXPECT_EQ(NumberOfGet(name), kUnknownName) << name;
