@@ -133,7 +133,8 @@ void ServerControl::ResetAll() {
   console_.Line("Reset All");
   CloseTransports();
   console_.Line("- Reinit diagnostique session");
-  EndSession();
+  EndClientSession();
+  if (!diagnosis_.SessionIsExternal()) diagnosis_.ReleaseDiagnosisObject();  // a host's own stays in place
   resetting_ = false;
   if (terminated_) return;
   console_.Line("- Open tcpip server");
@@ -255,11 +256,15 @@ bool ServerControl::CreateDiagnosisObject(base::ByteBuffer& reply) {
 void ServerControl::ClearAcquiredDataView() { parts_.data->Clear(); }
 
 void ServerControl::EndSession() {
+  EndClientSession();
+  diagnosis_.ReleaseDiagnosisObject();
+}
+
+void ServerControl::EndClientSession() {
   parts_.data->Clear();
   parts_.files->Clear();
   DropCollections();
   state_.Set(protocol::SessionState::State::kIdle);
-  diagnosis_.ReleaseDiagnosisObject();
 }
 
 bool ServerControl::ReleaseForPowerRequest(bool close_host_session) {

@@ -59,8 +59,8 @@ class ServerControl : private protocol::SessionServices {
   /// For where nobody is at the console to open the serial port: one that is opened at the start is opened as
   /// soon as its device is there, and again when it comes back.
   void KeepSerialPortOpen();
-  /// Closes and reopens both transports and releases the diagnosis object. Asked for again while the session
-  /// is being closed, it does nothing more.
+  /// Closes and reopens both transports, ends the client's session and releases the diagnosis object unless
+  /// it is the host's own. Asked for again while the session is being closed, it does nothing more.
   void ResetAll();
   /// Closes everything. Commands that wait end with a Failure and answer nobody.
   void Terminate() noexcept;
@@ -100,6 +100,7 @@ class ServerControl : private protocol::SessionServices {
   void OpenSerialPort();
   void LookAfterSerialPort();
   void DropCollections();
+  void EndClientSession();
 
   bool CreateDiagnosisObject(base::ByteBuffer& reply) override;
   void ClearAcquiredDataView() override;

@@ -180,5 +180,19 @@ TEST_F(EditPropertiesTest, AnEditBeginsWithTheClientGoneAndItsSessionClosedByThe
   EXPECT_EQ(status->session_status, "Status: Idle");
 }
 
+TEST_F(EditPropertiesTest, AnEditLeavesAHostSessionInPlaceHoweverItEnds) {
+  for (const bool cancelled : {false, true}) {
+    const auto control = Started();
+    const auto host_session = std::make_shared<tests::FakeSession>();
+    control->SetSession(host_session);
+    tcp->Connect();
+    tcp->Arrive(tests::kInit);
+    control->EditProperties();
+    control->TakePanelResult(cancelled);
+    EXPECT_EQ(control->Session(), host_session) << cancelled;
+    EXPECT_TRUE(host_session->log.empty()) << cancelled;
+  }
+}
+
 }  // namespace
 }  // namespace korval::host

@@ -249,6 +249,24 @@ TEST_F(ServerControlTest, AHostSessionIsUsedAndNeverClosed) {
   EXPECT_TRUE(host_session->log.empty());
 }
 
+TEST_F(ServerControlTest, ResetAllLeavesAHostSessionInPlaceAndEndsTheClients) {
+  const auto control = Started();
+  const auto host_session = std::make_shared<tests::FakeSession>();
+  control->SetSession(host_session);
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  control->ResetAll();
+  EXPECT_EQ(control->Session(), host_session);
+  EXPECT_EQ(status->session_status, "Status: Idle");
+  ForgetTrace();
+  tcp->Connect();
+  tcp->Arrive(kInit);
+  EXPECT_EQ(control->Session(), host_session);
+  EXPECT_THAT(Trace(), ::testing::Not(HasSubstr("Create diagnosis object")));
+  control->Terminate();
+  EXPECT_TRUE(host_session->log.empty());
+}
+
 TEST_F(ServerControlTest, TerminateClosesEverythingInOrder) {
   const auto control = Started();
   tcp->Connect();
