@@ -33,6 +33,10 @@ pugi::xml_node FunctionNode(const pugi::xml_document& document) {
   return {};
 }
 
+pugi::xml_node SimulationNode(const pugi::xml_document& document) {
+  return document.child("xml").child("Simulation");
+}
+
 std::uint8_t ByteAttribute(const pugi::xml_node& node, const char* name, std::uint8_t fallback) {
   const auto value = HexAttribute(node, name);
   return value && *value <= 0xFF ? static_cast<std::uint8_t>(*value) : fallback;
@@ -159,8 +163,10 @@ const std::vector<std::string>& EcuDescription::ReferenceData() const {
   return *reference_data_;
 }
 
+bool EcuDescription::HasSimulation() const { return !SimulationNode(*document_).empty(); }
+
 const SimulationDescription& EcuDescription::Simulation() const {
-  if (!simulation_) simulation_ = ReadSimulation(document_->child("xml").child("Simulation"));
+  if (!simulation_) simulation_ = ReadSimulation(SimulationNode(*document_));
   return *simulation_;
 }
 

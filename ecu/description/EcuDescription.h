@@ -97,6 +97,8 @@ class EcuDescription {
   const FunctionDescription& Function() const { return function_; }
   const std::vector<RequestDescription>& Requests() const;
   const std::vector<std::string>& ReferenceData() const;
+  /// Whether the file says anything about the simulated ECU; without it, nothing answers on port SIM.
+  bool HasSimulation() const;
   const SimulationDescription& Simulation() const;
 
  private:

@@ -25,28 +25,31 @@ std::vector<std::filesystem::path> XmlFilesIn(const std::string& folder) {
 }  // namespace
 
 void EcuFiles::Offer(const std::string& path, base::XmlDocument document) {
-  Keep(path, EcuDescription::Load(std::move(document)));
-}
-
-void EcuFiles::Keep(const std::string& path, std::shared_ptr<const EcuDescription> description) {
-  std::error_code ignored;  // a file that is gone has no time, and did not change
+  const base::FileStamp stamp = base::FileStamp::Of(path);
+  auto description = EcuDescription::Load(document);
   File& known = files_[description->Function().name];
-  const auto written = std::filesystem::last_write_time(path, ignored);
-  if (known.path == path && known.written == written && known.description) return;
-  known = File{path, written, std::move(description)};
+  const bool unchanged = known.description && known.path == path && known.stamp.IsSame(stamp) &&
+                         (known.document == document || base::SameContent(*known.document, *document));
+  if (!unchanged) known = File{path, stamp, std::move(document), std::move(description)};
 }
 
 std::shared_ptr<const EcuDescription> EcuFiles::Find(const std::string& function) {
-  if (!files_.contains(function) && !folder_.empty()) SearchFolder(function);
+  // A file whose selection failed has no function to look for.
+  if (!function.empty() && !files_.contains(function) && !folder_.empty()) SearchFolder(function);
   const auto found = files_.find(function);
   return found == files_.end() ? nullptr : found->second.description;
 }
 
 void EcuFiles::SearchFolder(const std::string& function) {
   for (const std::filesystem::path& path : XmlFilesIn(folder_)) {
+    Searched& known = searched_[path];
+    const base::FileStamp stamp = base::FileStamp::Of(path);
+    if (stamp.ProvesUnchangedSince(known.stamp) && known.function != function) continue;
+    known = {stamp, {}};
     try {
-      auto description = EcuDescription::Load(base::LoadXmlFile(path));
-      if (description->Function().name == function) return Keep(path.string(), std::move(description));
+      const base::XmlDocument document = base::LoadXmlFile(path);
+      known.function = EcuDescription::Load(document)->Function().name;
+      if (known.function == function) return Offer(path.string(), document);
     } catch (const base::Failure&) {
       continue;  // not for this function in any case
     }

@@ -6,13 +6,15 @@
 #include <memory>
 #include <string>
 
+#include "base/FileStamp.h"
 #include "base/XmlFile.h"
 #include "ecu/description/EcuDescription.h"
 
 namespace korval::ecu {
 
 /// The ECU files of a session by their function. The file offered last serves its function; a function that
-/// no offered file has is looked for in a folder.
+/// no offered file has is looked for in a folder, whose files are read once, and again when they have
+/// changed.
 class EcuFiles {
  public:
   /// `folder` may be "".
@@ -27,15 +29,21 @@ class EcuFiles {
  private:
   struct File {
     std::string path;
-    std::filesystem::file_time_type written;
+    base::FileStamp stamp;
+    base::XmlDocument document;
     std::shared_ptr<const EcuDescription> description;
   };
+  // A file of the folder.
+  struct Searched {
+    base::FileStamp stamp;
+    std::string function;  // "" when it cannot be used
+  };
 
-  void Keep(const std::string& path, std::shared_ptr<const EcuDescription> description);
   void SearchFolder(const std::string& function);
 
   std::string folder_;
   std::map<std::string, File> files_;  // by function
+  std::map<std::filesystem::path, Searched> searched_;
 };
 
 }  // namespace korval::ecu

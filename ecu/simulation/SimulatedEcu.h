@@ -36,6 +36,8 @@ class SimulatedEcu {
 
   /// The number with which the start of the communication fails this time.
   std::optional<std::int32_t> TakeInitFault();
+  /// Whether its file describes it: a file may be for real links alone.
+  bool IsDescribed() const { return description_->HasSimulation(); }
   /// What goes wrong this time with the answer to `request`, or, when that is empty, with the start of the
   /// communication. A link without a wire has no use for it.
   std::optional<WireFault> TakeWireFault(base::ByteView request);

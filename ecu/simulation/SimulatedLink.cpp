@@ -3,11 +3,22 @@
 
 #include <utility>
 
+#include "ecu/description/ErrorNumbers.h"
+
 namespace korval::ecu {
+namespace {
+
+constexpr char kNotDescribed[] =
+    "its ECU file has no Simulation element, so nobody answers for it on port SIM; add one (an empty "
+    "<Simulation/> answers zeros), or choose the port of a real interface";
+
+}  // namespace
+
 SimulatedLink::SimulatedLink(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<SimulatedEcu> ecu)
     : loop_(std::move(loop)), ecu_(std::move(ecu)) {}
 
 void SimulatedLink::Connect() {
+  if (!ecu_->IsDescribed()) return events_.on_failure(kNoAnswer, kNotDescribed);
   if (const auto fault = ecu_->TakeInitFault()) return events_.on_failure(*fault, "");
   events_.on_connected();
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -43,6 +45,53 @@ TEST(EcuFilesTest, FileOfferedAgainUnchangedKeepsItsDescription) {
   EXPECT_NE(files.Find("ENGINE"), first);
 }
 
+// Written again so soon, or with its old time, that nothing but the content shows it.
+TEST(EcuFilesTest, FileWhoseContentAloneHasChangedIsTaken) {
+  EcuFiles files("");
+  files.Offer("a.xml", File("Name='ENGINE' Ecu='A'"));
+  files.Offer("a.xml", File("Name='ENGINE' Ecu='B'"));
+  EXPECT_EQ(files.Find("ENGINE")->Function().ecu, "B");
+}
+
+// What this process has read from files so far.
+std::uint64_t BytesRead() {
+  std::ifstream counters("/proc/self/io");
+  std::string name;
+  std::uint64_t bytes = 0;
+  counters >> name >> bytes;
+  EXPECT_EQ(name, "rchar:");
+  return bytes;
+}
+
+TEST(EcuFilesTest, FolderIsReadOnceForWhatItDoesNotHaveAndAgainWhereItChanged) {
+  constexpr std::uint64_t kLarge = 1000000;
+  const tests::TempFolder folder;
+  const auto write = [&](const std::string& name, const std::string& function) {
+    folder.Write(
+        name, SessionBench::FileText("Name='" + function + "'") + "<!--" + std::string(kLarge, 'x') + "-->");
+    std::filesystem::last_write_time(folder.Path(name),
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+  };
+  for (const char* name : {"a", "b", "c"}) write(std::string(name) + ".xml", name);
+  EcuFiles files(folder.Path());
+  const auto read_for = [&](const std::string& function, bool found) {
+    const std::uint64_t before = BytesRead();
+    EXPECT_EQ(files.Find(function) != nullptr, found) << function;
+    return BytesRead() - before;
+  };
+  EXPECT_LT(read_for("", false), kLarge);
+  EXPECT_GT(read_for("GEARBOX", false), 3 * kLarge);
+  EXPECT_LT(read_for("GEARBOX", false), kLarge);
+  EXPECT_LT(read_for("ABS", false), kLarge);
+  const std::uint64_t one = read_for("b", true);
+  EXPECT_GT(one, kLarge);
+  EXPECT_LT(one, 2 * kLarge);
+  write("c.xml", "GEARBOX");
+  const std::uint64_t changed = read_for("GEARBOX", true);
+  EXPECT_GT(changed, kLarge);
+  EXPECT_LT(changed, 2 * kLarge);
+}
+
 TEST(EcuFilesTest, FileWithoutFunctionIsRefused) {
   EcuFiles files("");
   EXPECT_THROW(files.Offer("a.xml", base::LoadXmlText("<xml/>", "a.xml")), base::Failure);
@@ -73,7 +122,7 @@ TEST(EcuFilesTest, FolderThatIsMissingHasNoFiles) {
 TEST(EcuFilesTest, SessionKeepsTheEcuObjectOfTheSameFileAndMakesOneForAnother) {
   SessionBench bench;
   const auto first = bench.Engine();
-  bench.Offer("engine.xml", SessionBench::FileText("Name='ENGINE'"));
+  bench.Offer("engine.xml", SessionBench::FileText("Name='ENGINE' Ecu='Engine control'"));
   EXPECT_EQ(bench.Engine(), first);
   bench.Offer("other.xml", SessionBench::FileText("Name='ENGINE' Ecu='Other'"));
   const auto second = bench.Engine();

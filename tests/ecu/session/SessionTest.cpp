@@ -309,5 +309,21 @@ TEST(SessionTest, RequestsOutliveTheSession) {
   EXPECT_EQ(NumberOf([&] { request->Execute(); }), kLinkLost);
 }
 
+// Zeros with a success would be taken for measured values.
+TEST(SimulationTest, FileWithoutSimulationDoesNotAnswerOnPortSim) {
+  SessionBench bench;
+  const std::string with = SessionBench::FileText("Name='ENGINE' Ecu='Engine control'");
+  std::string without = with;
+  without.erase(with.find("<Simulation"), std::string("<Simulation ></Simulation>").size());
+  bench.Offer("real.xml", without);
+  std::string description;
+  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }, &description), kNoAnswer);
+  EXPECT_THAT(description, testing::HasSubstr("has no Simulation element"));
+  EXPECT_EQ(NumberOf([&] { bench.Engine()->Initialise(); }), kNoAnswer);
+  bench.Offer("empty.xml", with);
+  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }), 0);
+  EXPECT_EQ(bench.Item("READ", "Temp")->Value(), base::Variant(0.0));
+}
+
 }  // namespace
 }  // namespace korval::ecu
