@@ -69,6 +69,9 @@ std::int32_t GetSetParameter::Get(base::ByteView parameters, base::ByteBuffer& r
     throw base::Failure("G" + arguments + " : Error = " + failure.Description());
   }
   const std::optional<float> single = value.IsNumeric() ? value.ToSingle() : std::nullopt;
+  if (value.TypeOf() == base::Variant::Type::kString && console_.DebugTrace()) {
+    console_.Line(name + " is a text: extended get parameter reads it");
+  }
   if (!single) throw base::Failure("g" + arguments + " : Invalid data type for answer");
   for (const float real : {*single, *single, *single, 0.0F}) protocol::AppendReal(reply, real);
   if (console_.DebugTrace()) {

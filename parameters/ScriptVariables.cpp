@@ -131,7 +131,15 @@ Variant ParameterName(const Call& call) {
   return ItemNameAt(call, &viator3::Request::Parameters, "parameter", "Syntax");
 }
 
-Variant ItemText(const Call& call) { return NamedItem(call)->Text(); }
+Variant ItemText(const Call& call) {
+  const DataItem item = NamedItem(call);
+  if (item->Value().IsEmpty()) {
+    const std::string request = TwoArguments(call).request;
+    Fail(item->Name() + " has no text yet: execute its request first, qorexecreq(" + request +
+         "); when that was done, its answer does not hold the item");
+  }
+  return item->Text();
+}
 
 Variant ItemValue(const Call& call) {
   Variant value = NamedItem(call)->Value();

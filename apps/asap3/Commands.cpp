@@ -3,6 +3,7 @@
 
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <variant>
 
 #include "apps/asap3/JsonLine.h"
@@ -16,6 +17,8 @@
 namespace korval::apps {
 namespace {
 
+/// How the server's answer ends when a plain get meets a text.
+constexpr std::string_view kNoNumber = "Invalid data type for answer";
 constexpr std::uint16_t kProtocolVersion = 0x0201;
 
 std::string NumberText(float number) { return base::SingleText(number); }
@@ -107,10 +110,20 @@ class Runner {
 
   void Get() {
     for (const std::string& name : options_.names) {
-      const client::Parameter<float> parameter = client_.GetParameter(lun_, name);
+      const client::Parameter<float> parameter = GetNumber(name);
       JsonLine json;
       AddParameter(json.Add("name", name), parameter);
       Print(name + " = " + NumberText(parameter.value), json);
+    }
+  }
+
+  client::Parameter<float> GetNumber(const std::string& name) {
+    try {
+      return client_.GetParameter(lun_, name);
+    } catch (const client::ErrorReply& error) {
+      if (options_.json || !error.Description().ends_with(kNoNumber)) throw;
+      throw client::ErrorReply(error.Status(), error.Number(),
+                               error.Description() + " (no number; xget reads it)");
     }
   }
 

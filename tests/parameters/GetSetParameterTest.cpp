@@ -73,6 +73,17 @@ TEST_F(GetSetParameterTest, GetRefusesEveryOtherType) {
   }
 }
 
+TEST_F(GetSetParameterTest, TextIsTracedWithTheCommandThatReadsIt) {
+  values_["Vin"] = "WVW";
+  Get(1, "Vin");
+  EXPECT_EQ(bench_.TakeTrace(), "");
+  bench_.console.SetDebugTrace(true);
+  Get(1, "Vin");
+  EXPECT_EQ(bench_.TakeTrace(),
+            "Vin is a text: extended get parameter reads it\r\n"
+            "get parameter(1,Vin) : Invalid data type for answer\r\n");
+}
+
 TEST_F(GetSetParameterTest, GetReadsThroughTheShortName) {
   values_["EngineSpeed"] = 1;
   EXPECT_EQ(Get(1, "N").status, 0);

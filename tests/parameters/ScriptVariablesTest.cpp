@@ -109,11 +109,16 @@ TEST_F(ScriptVariablesTest, ItemsGiveTextValueAndUnit) {
   EXPECT_EQ(variables_.Read(*file_, "qorvalue(READ;Speed)"), Variant(812.5));
   EXPECT_EQ(Read("qorunit(READ;Speed)"), "rpm");
   EXPECT_EQ(Read("qorunit(READ;Temp)"), "");
-  EXPECT_EQ(Read("qortext(READ;Temp)"), "");
 }
 
 TEST_F(ScriptVariablesTest, ItemWithoutAValueHasNone) {
   EXPECT_EQ(Read("qorvalue(READ;Temp)"), "11001 data not available or invalid");
+  EXPECT_EQ(
+      Read("qortext(READ;Temp)"),
+      "11001 Temp has no text yet: execute its request first, qorexecreq(READ); when that was done, its "
+      "answer does not hold the item");
+  temp_->value = "";
+  EXPECT_EQ(Read("qortext(READ;Temp)"), "");
 }
 
 TEST_F(ScriptVariablesTest, UnknownItemIsNamed) {

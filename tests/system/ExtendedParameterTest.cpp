@@ -237,7 +237,12 @@ TEST_F(ExtendedParameterTest, ScriptVariablesReadValuesAndTextsOnceTheRequestRan
   OpenEngine(client);
   const std::string speed = "qorvalue(READ_ENGINE;EngineSpeed)";
   EXPECT_EQ(Get(client, speed), GetFailure(speed, 11001, "data not available or invalid"));
-  EXPECT_EQ(Get(client, "qortext(READ_ENGINE;EngineSpeed)"), String(""));
+  const std::string text = "qortext(READ_ENGINE;EngineSpeed)";
+  EXPECT_EQ(
+      Get(client, text),
+      GetFailure(text, 11001,
+                 "EngineSpeed has no text yet: execute its request first, qorexecreq(READ_ENGINE); when "
+                 "that was done, its answer does not hold the item"));
   EXPECT_EQ(Get(client, "qorexecreq(READ_ENGINE)"), Number(0));
   EXPECT_EQ(Get(client, speed), Double(800));
   EXPECT_EQ(Get(client, "qortext(READ_ENGINE;EngineSpeed)"), String("800"));
