@@ -17,6 +17,10 @@ void Acquisition::Start(const std::shared_ptr<viator3::Ecu>& ecu) {
 bool Acquisition::Add(const std::string& value_name, const std::shared_ptr<viator3::DataItem>& item) {
   if (!items_) throw base::Failure("No ECU object to acquire values from");
   if (items_->Contains(value_name)) return false;
+  if (items_->Count() >= kMostItems) {
+    throw base::Failure("Too many values chosen, at most " + std::to_string(kMostItems) +
+                        " different ones in one session: send exit and init to start anew");
+  }
   items_->Append(item, value_name);
   requests_.reset();
   return true;

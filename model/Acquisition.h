@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -13,13 +14,15 @@ namespace korval::model {
 /// as the client's session; whoever waits holds the lists it was given, because they may be dropped then.
 class Acquisition {
  public:
+  /// As many as the count word of an online answer can tell.
+  static constexpr std::int32_t kMostItems = 0xFFFF;
   /// Keyed by the value's name.
   using DataItems = KeyedList<viator3::DataItem>;
   using Requests = viator3::Ecu::Requests;
 
   /// Makes `ecu` the current ECU object and starts an empty list; does nothing once there is one.
   void Start(const std::shared_ptr<viator3::Ecu>& ecu);
-  /// Appends a data item. False when the list has that name already.
+  /// Appends a data item. False when the list has that name already. Raises Failure when the list is full.
   bool Add(const std::string& value_name, const std::shared_ptr<viator3::DataItem>& item);
   void Drop();
 

@@ -4,14 +4,13 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <string_view>
-#include <unordered_map>
-#include <unordered_set>
+#include <utility>
 
 #include "base/ByteBuffer.h"
 #include "base/XmlFile.h"
 #include "diag/ScriptFile.h"
 #include "model/DtcStore.h"
+#include "model/FileContents.h"
 #include "model/Folders.h"
 
 namespace korval::model {
@@ -22,7 +21,7 @@ namespace korval::model {
 /// of the ECU file are read:
 ///   /xml/qor:Target/Function          Name
 ///   /xml/qor:Target/Requests/Request/Received/DataItem[Ref = '1']   Name
-/// Names are compared as text, so no name can change what is selected. Commands share ownership of the file
+/// What was read is shared with the files that are selected alike. Commands share ownership of the file
 /// for as long as they work on it, because the collection may be emptied inside a wait.
 class KorvAsapFile : public diag::ScriptFile {
  public:
@@ -32,8 +31,10 @@ class KorvAsapFile : public diag::ScriptFile {
     base::ByteBuffer answer;
   };
 
+  /// `contents` are those of the session.
   KorvAsapFile(Folders folders, std::string description_file, std::string binary_file,
-               std::int32_t destination, std::int32_t id);
+               std::int32_t destination, std::int32_t id,
+               std::shared_ptr<FileContents> contents = std::make_shared<FileContents>());
 
   /// Number in the collection, which the client uses as LUN.
   std::int32_t Id() const { return id_; }
@@ -42,14 +43,14 @@ class KorvAsapFile : public diag::ScriptFile {
   const std::string& BinaryFile() const override { return binary_file_; }
   std::int32_t Destination() const { return destination_; }
   /// Full path of the ECU file and the name of its function; "" before both are loaded.
-  const std::string& KorvFileName() const { return korv_file_name_; }
-  const std::string& KorvFunction() const override { return korv_function_; }
+  const std::string& KorvFileName() const;
+  const std::string& KorvFunction() const override;
 
   /// Loads the description file and the ECU file its section points to. Raises Failure with a text for
   /// the client; the file then stays without names.
   void ReadDescriptionFile();
   /// Whether a data item that the ECU returns has this short name.
-  bool IsDataExist(const std::string& data_name) const { return short_names_.contains(data_name); }
+  bool IsDataExist(const std::string& data_name) const;
   std::string KorvDataName(const std::string& asap_data_name) const override;
   /// Full path of the CAN messaging file, "" when none is named. Raises Failure when its name leads out of
   /// the folder.
@@ -72,22 +73,14 @@ class KorvAsapFile : public diag::ScriptFile {
   void SetIdentification(const std::string& text) { identification_ = text; }
 
  private:
-  using Names = std::unordered_set<std::string_view>;
-
-  /// Returns those of the wanted names that the ECU file has.
-  Names readKorvalEcuFile(const std::string& ecu_file_name, const Names& wanted);
-  void ReadShortNames(const pugi::xml_node& section, const Names& data_items);
-
   Folders folders_;
   std::string description_file_;
   std::string binary_file_;
   std::int32_t destination_;
   std::int32_t id_;
-  std::string korv_file_name_;
-  std::string korv_function_;
-  base::XmlDocument description_;  // the short names point into it
+  std::shared_ptr<FileContents> contents_;
+  std::shared_ptr<const FileContent> content_;  // null until it is loaded
   base::XmlDocument ecu_document_;
-  std::unordered_map<std::string_view, std::string_view> short_names_;
   std::shared_ptr<viator3::InstanceObject> wsh_object_;
   DtcStore dtcs_;
   std::shared_ptr<RawExchange> raw_exchange_;

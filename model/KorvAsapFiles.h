@@ -22,8 +22,10 @@ class KorvAsapFiles : private KeyedList<KorvAsapFile> {
                                     std::int32_t destination, const std::string& key = {});
   /// The first file of that id, null when there is none.
   std::shared_ptr<KorvAsapFile> ItemId(std::int32_t id) const;
-  /// Empties the collection; the next file gets id 1 again.
+  /// Empties the collection; the next file gets id 1 again. What the files have read goes with them.
   void Clear();
+  /// Grows with every Clear.
+  unsigned Generation() const { return generation_; }
 
   using KeyedList::begin;
   using KeyedList::Count;
@@ -34,6 +36,8 @@ class KorvAsapFiles : private KeyedList<KorvAsapFile> {
  private:
   const Folders& folders_;
   std::int32_t last_id_ = 0;
+  unsigned generation_ = 0;
+  std::shared_ptr<FileContents> contents_ = std::make_shared<FileContents>();
 };
 
 }  // namespace korval::model

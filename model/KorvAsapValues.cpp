@@ -1,16 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "model/KorvAsapValues.h"
 
-#include "base/Failure.h"
-
 namespace korval::model {
 
 std::shared_ptr<KorvAsapValue> KorvAsapValues::Add(const std::string& value_name, std::int32_t lun_id,
                                                    const std::string& korv_name, const std::string& key) {
-  if (Count() >= kMaxCount) {
-    throw base::Failure("Too many values chosen, at most " + std::to_string(kMaxCount) +
-                        " in one session: send exit and init to start anew");
-  }
   auto value = std::make_shared<KorvAsapValue>();
   value->valueName = value_name;
   value->lunId = lun_id;

@@ -13,10 +13,10 @@ namespace korval::model {
 /// The values chosen for acquisition, in the order in which they were named, repeats included.
 class KorvAsapValues : private KeyedList<KorvAsapValue> {
  public:
-  /// As many as the count word of an online answer can tell.
-  static constexpr std::int32_t kMaxCount = 0xFFFF;
+  /// Repeats that are kept; more would only fill the memory.
+  static constexpr std::int32_t kMostRepeats = 1 << 18;
 
-  /// Raises Failure for a key that is present and beyond kMaxCount values.
+  /// Raises Failure for a key that is present.
   std::shared_ptr<KorvAsapValue> Add(const std::string& value_name, std::int32_t lun_id,
                                      const std::string& korv_name, const std::string& key = {});
 

@@ -107,7 +107,7 @@ bool OnlineValues::Reinitialise(const Session& session, base::ByteBuffer& reply)
 
 // Without this, a command whose client is gone would go on working on a host's session.
 void OnlineValues::RequireCurrent(const Session& session) const {
-  if (diagnosis_.Session() != session) {
+  if (diagnosis_.Session() != session || !acquisition_.Items()) {
     throw base::Failure(diag::kSessionLost, "The session was closed while values were read");
   }
 }

@@ -16,11 +16,10 @@ namespace {
 
 constexpr char kCommand[] = "select file";
 
-// The ECU object that serves a file; null for a file whose loading failed.
-std::shared_ptr<viator3::Ecu> EcuOf(viator3::Session& session, const KorvAsapFile& file) {
-  if (file.KorvFunction().empty()) return nullptr;
+// Null when the session does not know the function.
+std::shared_ptr<viator3::Ecu> EcuOf(viator3::Session& session, const std::string& function) {
   try {
-    return session.EcuByFunction(file.KorvFunction());
+    return session.EcuByFunction(function);
   } catch (const base::Failure&) {
     return nullptr;
   }
@@ -28,14 +27,6 @@ std::shared_ptr<viator3::Ecu> EcuOf(viator3::Session& session, const KorvAsapFil
 
 bool HasIdentification(const viator3::Ecu& ecu) {
   return ecu.Protocol() == diag::kKwp2000 || ecu.Protocol() == diag::kDiagOnCan;
-}
-
-std::vector<std::string> Row(viator3::Session& session, const KorvAsapFile& file) {
-  const auto ecu = EcuOf(session, file);
-  return {std::to_string(file.Id()), file.DescriptionFile(),
-          file.BinaryFile(),         std::to_string(file.Destination()),
-          file.KorvFunction(),       ecu ? ecu->Protocol() : std::string(),
-          file.Identification()};
 }
 
 }  // namespace
@@ -87,8 +78,9 @@ std::shared_ptr<KorvAsapFile> SelectFile::Select(const Session& session, const s
   const std::string messaging = file->GetAutoCanFile();
   session->OfferEcuFile(file->KorvFileName(), file->TakeEcuDocument());
   console_.Line(file->KorvFileName() + " load in Korval session");
+  TraceServingFile(*file);
   if (!messaging.empty()) LoadMessaging(*session, messaging);
-  if (diagnosis_.Session() != session) {
+  if (!IsCurrent(session)) {
     throw base::Failure(diag::kSessionLost, "The session was closed while the file was selected");
   }
   return file;
@@ -103,24 +95,87 @@ void SelectFile::LoadMessaging(viator3::Session& session, const std::string& pat
   }
 }
 
+void SelectFile::TraceServingFile(const KorvAsapFile& file) {
+  ForgetOldSession();
+  std::string& serving = functions_[file.KorvFunction()].serving;
+  if (!serving.empty() && serving != file.KorvFileName()) {
+    console_.Line("   the function " + file.KorvFunction() + " is served by " + file.KorvFileName() +
+                  " from now on, no longer by " + serving +
+                  "; a LUN that was read or written by name before keeps what it had");
+  }
+  serving = file.KorvFileName();
+}
+
+void SelectFile::ForgetOldSession() {
+  if (generation_ == files_.Generation()) return;
+  generation_ = files_.Generation();
+  functions_.clear();
+  sorted_in_ = 0;
+}
+
 // Shows the files as they are once every ECU has been asked: events inside the waits may change them.
 void SelectFile::RebuildFileView(const Session& session) {
-  if (!IdentifyEcus(session)) return;
-  file_view_.Clear();
-  for (const auto& file : files_) file_view_.AddRow(Row(*session, *file));
+  SortInNewFiles();
+  if (!AskFunctions(session)) return;
+  file_view_.RebuildWhenShown([watch = std::weak_ptr(self_)] {
+    if (const auto self = watch.lock()) (*self)->AddRows();
+  });
+}
+
+// A bench may select thousands of times: each file is looked at once, and an ECU asked once for all that wait
+// for its identification.
+void SelectFile::SortInNewFiles() {
+  ForgetOldSession();
+  while (sorted_in_ < files_.Count()) {
+    const std::string& function = files_.Item(++sorted_in_)->KorvFunction();
+    if (!function.empty()) functions_[function].unidentified.push_back(sorted_in_);
+  }
 }
 
 // False when the session ended meanwhile.
-bool SelectFile::IdentifyEcus(const Session& session) {
-  const std::vector<std::shared_ptr<KorvAsapFile>> files(files_.begin(), files_.end());
-  for (const auto& file : files) {
-    if (!file->Identification().empty()) continue;
-    const auto ecu = EcuOf(*session, *file);
-    if (!ecu || !HasIdentification(*ecu)) continue;
-    file->SetIdentification(diag::ReadEcuIdentification(*session, *ecu));
-    if (diagnosis_.Session() != session) return false;
+bool SelectFile::AskFunctions(const Session& session) {
+  std::vector<std::string> names;
+  for (const auto& [name, function] : functions_) names.push_back(name);
+  for (const std::string& name : names) {
+    const auto ecu = EcuOf(*session, name);
+    functions_[name].protocol = ecu ? ecu->Protocol() : std::string();
+    if (ecu && HasIdentification(*ecu) && !Identify(session, *ecu, name)) return false;
   }
   return true;
+}
+
+bool SelectFile::Identify(const Session& session, viator3::Ecu& ecu, const std::string& function) {
+  const auto files = Unidentified(function);
+  if (files.empty()) return true;
+  const std::string identification = diag::ReadEcuIdentification(*session, ecu);
+  for (const auto& file : files) file->SetIdentification(identification);
+  return IsCurrent(session);
+}
+
+// False once an event inside a wait has ended the client's session.
+bool SelectFile::IsCurrent(const Session& session) const {
+  return diagnosis_.Session() == session && generation_ == files_.Generation();
+}
+
+// The files of a function whose identification is still empty; what has one need not be looked at again.
+std::vector<std::shared_ptr<KorvAsapFile>> SelectFile::Unidentified(const std::string& function) {
+  std::vector<std::int32_t>& positions = functions_[function].unidentified;
+  std::erase_if(positions, [this](std::int32_t position) {
+    return position > files_.Count() || !files_.Item(position)->Identification().empty();
+  });
+  std::vector<std::shared_ptr<KorvAsapFile>> files;
+  for (const std::int32_t position : positions) files.push_back(files_.Item(position));
+  return files;
+}
+
+void SelectFile::AddRows() {
+  for (const auto& file : files_) {
+    const auto function = functions_.find(file->KorvFunction());
+    file_view_.AddRow({std::to_string(file->Id()), file->DescriptionFile(), file->BinaryFile(),
+                       std::to_string(file->Destination()), file->KorvFunction(),
+                       function == functions_.end() ? std::string() : function->second.protocol,
+                       file->Identification()});
+  }
 }
 
 }  // namespace korval::model

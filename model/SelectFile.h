@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "base/ByteBuffer.h"
 #include "diag/DiagnosisObject.h"
@@ -23,23 +25,43 @@ class SelectFile {
   SelectFile(host::TraceConsole& console, const diag::DiagnosisObject& diagnosis, KorvAsapFiles& files,
              host::ListView& file_view, std::function<void()> on_selected);
 
+  SelectFile(const SelectFile&) = delete;
+  SelectFile& operator=(const SelectFile&) = delete;
+
   void AttachTo(protocol::Dispatcher& dispatcher);
   std::int32_t Handle(base::ByteView parameters, base::ByteBuffer& reply);
 
  private:
   using Session = std::shared_ptr<viator3::Session>;
+  // An ECU function that files were selected for.
+  struct Function {
+    std::string serving;  // path of the ECU file
+    std::string protocol;
+    std::vector<std::int32_t> unidentified;  // positions of files in the collection
+  };
 
   std::shared_ptr<KorvAsapFile> Select(const Session& session, const std::string& description_file,
                                        base::ByteView parameters, std::size_t position);
   void LoadMessaging(viator3::Session& session, const std::string& path);
+  void TraceServingFile(const KorvAsapFile& file);
+  void ForgetOldSession();
   void RebuildFileView(const Session& session);
-  bool IdentifyEcus(const Session& session);
+  void SortInNewFiles();
+  bool AskFunctions(const Session& session);
+  bool Identify(const Session& session, viator3::Ecu& ecu, const std::string& function);
+  std::vector<std::shared_ptr<KorvAsapFile>> Unidentified(const std::string& function);
+  bool IsCurrent(const Session& session) const;
+  void AddRows();
 
   host::TraceConsole& console_;
   const diag::DiagnosisObject& diagnosis_;
   KorvAsapFiles& files_;
   host::ListView& file_view_;
   std::function<void()> on_selected_;
+  std::map<std::string, Function> functions_;  // by name, of the files of this generation
+  unsigned generation_ = 0;
+  std::int32_t sorted_in_ = 0;                                               // files
+  std::shared_ptr<SelectFile*> self_ = std::make_shared<SelectFile*>(this);  // for what outlives it
 };
 
 }  // namespace korval::model

@@ -100,9 +100,12 @@ std::string SetAcquisition::ChooseValue(const KorvAsapFile& file, const std::str
   const auto ecu = diagnosis_.RequireSession()->EcuByFunction(file.KorvFunction());
   const auto item = ecu->FindAnswerItem(choice.korv_name);
   if (!item) RaiseUnknownData(name);
-  values_.Add(choice.value_name, file.Id(), choice.korv_name);
   acquisition_.Start(ecu);
-  return acquisition_.Add(choice.value_name, item) ? "" : choice.duplicate_mark;
+  const bool is_new = acquisition_.Add(choice.value_name, item);
+  if (is_new || values_.Count() < KorvAsapValues::kMostRepeats) {
+    values_.Add(choice.value_name, file.Id(), choice.korv_name);
+  }
+  return is_new ? "" : choice.duplicate_mark;
 }
 
 SetAcquisition::Choice SetAcquisition::Understand(const KorvAsapFile& file, const std::string& name) {
@@ -114,8 +117,14 @@ SetAcquisition::Choice SetAcquisition::Understand(const KorvAsapFile& file, cons
   return {name, file.KorvDataName(name), " [duplicate data]"};
 }
 
+// The list grows with every name that is sent, and is looked at far less often.
 void SetAcquisition::RebuildDataView() {
-  data_view_.Clear();
+  data_view_.RebuildWhenShown([watch = std::weak_ptr(self_)] {
+    if (const auto self = watch.lock()) (*self)->AddRows();
+  });
+}
+
+void SetAcquisition::AddRows() {
   for (const auto& value : values_) {
     data_view_.AddRow({value->valueName, std::to_string(value->lunId), "0", value->korvName});
   }

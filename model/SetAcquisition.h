@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "base/ByteBuffer.h"
@@ -23,6 +24,9 @@ class SetAcquisition {
                  const KorvAsapFiles& files, KorvAsapValues& values, Acquisition& acquisition,
                  host::ListView& data_view);
 
+  SetAcquisition(const SetAcquisition&) = delete;
+  SetAcquisition& operator=(const SetAcquisition&) = delete;
+
   void AttachTo(protocol::Dispatcher& dispatcher);
   std::int32_t Handle(base::ByteView parameters, base::ByteBuffer& reply);
 
@@ -38,6 +42,7 @@ class SetAcquisition {
   std::string ChooseValue(const KorvAsapFile& file, const std::string& name);
   static Choice Understand(const KorvAsapFile& file, const std::string& name);
   void RebuildDataView();
+  void AddRows();
 
   host::TraceConsole& console_;
   const diag::DiagnosisObject& diagnosis_;
@@ -45,6 +50,7 @@ class SetAcquisition {
   KorvAsapValues& values_;
   Acquisition& acquisition_;
   host::ListView& data_view_;
+  std::shared_ptr<SetAcquisition*> self_ = std::make_shared<SetAcquisition*>(this);  // for what outlives it
 };
 
 }  // namespace korval::model

@@ -20,17 +20,26 @@ class RowListView : public host::ListView {
 
   void Clear() override {
     write_ = nullptr;
+    build_ = nullptr;
     if (!list_) return;
     list_->Rows().Clear();
     refresh_.Ask();
   }
+  void RebuildWhenShown(std::function<void()> build) override {
+    if (!list_) return;
+    write_ = nullptr;
+    build_ = std::move(build);
+    refresh_.Ask();
+  }
   void AddRow(const std::vector<std::string>& cells) override {
     if (!list_) return;
+    BuildRows();
     list_->Rows().AddRow(cells);
     refresh_.Ask();
   }
   void SetCell(std::size_t row, std::size_t column, const std::string& text) override {
     if (!list_) return;
+    BuildRows();
     list_->Rows().SetCell(row, column, text);
     refresh_.Ask();
   }
@@ -43,11 +52,18 @@ class RowListView : public host::ListView {
   /// Brings the widget up to date at once.
   void ShowNow() {
     if (!list_) return;
+    BuildRows();
     WriteCells();
     list_->Rows().Show();
   }
 
  private:
+  void BuildRows() {
+    const auto build = std::exchange(build_, nullptr);
+    if (!build) return;
+    list_->Rows().Clear();
+    build();
+  }
   // The values may be those of a host's session, and above a timer nobody is left to catch what they raise:
   // the cells keep the texts that they have.
   void WriteCells() {
@@ -62,6 +78,7 @@ class RowListView : public host::ListView {
 
   QPointer<RowList> list_;
   Refresh refresh_;
+  std::function<void()> build_;
   std::function<void()> write_;
 };
 

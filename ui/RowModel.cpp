@@ -28,12 +28,27 @@ void RowModel::SetCell(std::size_t row, std::size_t column, const std::string& t
   changed_.push_back(row);
 }
 
-void RowModel::Show() {
-  if (rebuilt_) {
+// Rows that only follow those shown are added to them: a long list costs what is new in it, and keeps its
+// selection and its place.
+void RowModel::ShowRebuilt() {
+  rebuilt_ = false;
+  const bool begins_alike =
+      shown_.size() <= rows_.size() && std::equal(shown_.begin(), shown_.end(), rows_.begin());
+  if (!begins_alike) {
     beginResetModel();
     shown_ = rows_;
     endResetModel();
-    rebuilt_ = false;
+  } else if (shown_.size() < rows_.size()) {
+    const auto known = static_cast<std::ptrdiff_t>(shown_.size());
+    beginInsertRows({}, static_cast<int>(known), static_cast<int>(rows_.size()) - 1);
+    shown_.insert(shown_.end(), rows_.begin() + known, rows_.end());
+    endInsertRows();
+  }
+}
+
+void RowModel::Show() {
+  if (rebuilt_) {
+    ShowRebuilt();
   } else if (!changed_.empty()) {
     for (const std::size_t row : changed_) shown_[row] = rows_[row];
     const auto [first, last] = std::minmax_element(changed_.begin(), changed_.end());

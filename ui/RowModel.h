@@ -32,6 +32,8 @@ class RowModel : public QAbstractTableModel {
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
  private:
+  void ShowRebuilt();
+
   QStringList headers_;
   Rows rows_;   // as they are
   Rows shown_;  // as they were last shown

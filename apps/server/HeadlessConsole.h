@@ -59,6 +59,7 @@ class UnseenList : public host::ListView {
  public:
   void Clear() override {}
   void AddRow(const std::vector<std::string>&) override {}
+  void RebuildWhenShown(std::function<void()>) override {}
   void SetCell(std::size_t, std::size_t, const std::string&) override {}
   void SetCellsWhenShown(std::function<void()>) override {}
 };

@@ -23,13 +23,5 @@ TEST(KorvAsapValuesTest, PresentKeyRaises) {
   EXPECT_EQ(values.Item("key")->valueName, "N");
 }
 
-TEST(KorvAsapValuesTest, NumberOfValuesIsBounded) {
-  KorvAsapValues values;
-  for (int i = 0; i < 65535; ++i) values.Add("N", 1, "EngineSpeed");
-  EXPECT_THROW(values.Add("N", 1, "EngineSpeed"), base::Failure);
-  values.Clear();
-  EXPECT_EQ(values.Count(), 0);
-}
-
 }  // namespace
 }  // namespace korval::model

@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -151,6 +156,52 @@ TEST_F(SelectFileTest, IdentificationIsReadOnlyWhileEmpty) {
   Select("engine.xml", "ENGINE");
   Select("engine.xml", "ENGINE");
   EXPECT_THAT(bench_.engine->sent, ElementsAre("2180", "2180"));  // one for each of the two files
+}
+
+TEST_F(SelectFileTest, SecondFileOfAFunctionIsTracedAsTheOneThatServes) {
+  bench_.folder.Write("second.xml", "<xml><ecu name='B' url='second_ecu.xml'/></xml>");
+  std::filesystem::copy_file(EcuFile(), bench_.folder.Path("second_ecu.xml"));
+  bench_.SelectEngine();
+  const auto note = [this](const std::string& serving, const std::string& before) {
+    return "   the function MOTOR is served by " + bench_.folder.Path(serving) +
+           " from now on, no longer by " + bench_.folder.Path(before);
+  };
+  Select("second.xml", "B");
+  EXPECT_THAT(bench_.TakeTrace(), testing::HasSubstr(note("second_ecu.xml", "engine_ecu.xml")));
+  Select("second.xml", "B");
+  EXPECT_THAT(bench_.TakeTrace(), testing::Not(testing::HasSubstr("from now on")));
+  Select("engine.xml", "ENGINE");
+  EXPECT_THAT(bench_.TakeTrace(), testing::HasSubstr(note("engine_ecu.xml", "second_ecu.xml")));
+  bench_.files.Clear();
+  Select("second.xml", "B");
+  EXPECT_THAT(bench_.TakeTrace(), testing::Not(testing::HasSubstr("from now on")));
+}
+
+TEST_F(SelectFileTest, OneReadingIdentifiesAllFilesOfAnEcu) {
+  const auto other = std::make_shared<tests::FakeSession>();
+  const auto unknown = other->AddEcu("MOTOR", "Engine control", "UDS");
+  bench_.diagnosis.SetSession(other);
+  for (int i = 0; i < 3; ++i) Select("engine.xml", "ENGINE");
+  EXPECT_TRUE(unknown->sent.empty());
+  bench_.diagnosis.SetSession(bench_.session);
+  bench_.engine->on_send = [](const base::ByteBuffer&, base::ByteBuffer& answer) { answer = {0x61, 0x80}; };
+  Select("engine.xml", "ENGINE");
+  EXPECT_THAT(bench_.engine->sent, ElementsAre("2180"));
+  for (const auto& row : bench_.file_view.rows) EXPECT_EQ(row[6], "6180");
+}
+
+TEST_F(SelectFileTest, FileChangedOnDiskIsSeenAtTheNextSelection) {
+  bench_.SelectEngine();
+  EXPECT_TRUE(bench_.files.Item(1)->IsDataExist("N"));
+  // As long as before and at once: its times may be those it had.
+  std::ifstream written(bench_.folder.Path("engine.xml"));
+  std::string text{std::istreambuf_iterator<char>(written), {}};
+  text.replace(text.find("'N'"), 3, "'M'");
+  bench_.folder.Write("engine.xml", text);
+  Select("engine.xml", "ENGINE");
+  EXPECT_TRUE(bench_.files.Item(2)->IsDataExist("M"));
+  EXPECT_FALSE(bench_.files.Item(2)->IsDataExist("N"));
+  EXPECT_TRUE(bench_.files.Item(1)->IsDataExist("N"));
 }
 
 TEST_F(SelectFileTest, OtherProtocolsAreShownWithoutIdentification) {

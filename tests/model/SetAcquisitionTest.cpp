@@ -124,6 +124,24 @@ TEST_F(SetAcquisitionTest, LaterCommandsAddToTheList) {
   EXPECT_EQ(bench_.data_view.rows.size(), 2U);
 }
 
+TEST_F(SetAcquisitionTest, NamesSentAgainAndAgainAreNeverRefused) {
+  const std::vector<std::string> names(5000, "N");
+  for (int i = 0; i < 14; ++i) ASSERT_EQ(Choose(names).status, 0);
+  EXPECT_EQ(Choose({"T"}).status, 0);
+  EXPECT_EQ(bench_.acquisition.Items()->Count(), 2);
+  EXPECT_EQ(bench_.values.Count(), 70001);
+}
+
+TEST_F(SetAcquisitionTest, ListWithoutRepeatsHoldsAsManyAsTheCountOfAnAnswerTells) {
+  Choose({"T"});
+  const auto item = bench_.engine->FindAnswerItem("EngineSpeed");
+  for (int i = 1; i < 65535; ++i) ASSERT_TRUE(bench_.acquisition.Add("I" + std::to_string(i), item));
+  EXPECT_THAT(Error(Choose({"N"})), testing::StartsWith("1 Too many values chosen, at most 65535 different"));
+  EXPECT_EQ(bench_.values.Count(), 1);
+  EXPECT_EQ(Choose({"T"}).status, 0);
+  EXPECT_EQ(bench_.acquisition.Items()->Count(), 65535);
+}
+
 TEST_F(SetAcquisitionTest, RequestThatEndsEarlyNamesTheMissingFieldAndKeepsWhatCame) {
   const auto error = [this](const Fields& fields) {
     return Error(bench_.Run(CommandCode::kSetAcquisition, fields));

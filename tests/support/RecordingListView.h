@@ -17,6 +17,10 @@ class RecordingListView : public host::ListView {
     rows.clear();
   }
   void AddRow(const std::vector<std::string>& cells) override { rows.push_back(cells); }
+  void RebuildWhenShown(std::function<void()> build) override {
+    Clear();
+    build();
+  }
   void SetCell(std::size_t row, std::size_t column, const std::string& text) override {
     if (row < rows.size() && column < rows[row].size()) rows[row][column] = text;
   }

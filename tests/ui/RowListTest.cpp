@@ -71,6 +71,33 @@ TEST_F(RowListTest, ARowWithFewerCellsHasEmptyOnesAndOneWithMoreLosesThem) {
   EXPECT_EQ(Column(1), QStringList({"", "1"}));
 }
 
+TEST_F(RowListTest, RowsOfARebuildTakeThePlaceOfAllWhenTheyAreShown) {
+  view_.AddRow({"N", "1"});
+  Column(0);
+  int builds = 0;
+  for (int asked = 0; asked < 3; ++asked) {
+    view_.RebuildWhenShown([&] { view_.AddRow({"A", "2"}), view_.AddRow({"B", "3"}), ++builds; });
+  }
+  view_.SetCell(1, 1, "4");
+  EXPECT_EQ(Column(0), QStringList({"A", "B"}));
+  EXPECT_EQ(Column(1), QStringList({"2", "4"}));
+  EXPECT_EQ(builds, 1);
+  view_.RebuildWhenShown([this] { view_.AddRow({"lost", ""}); });
+  view_.Clear();
+  EXPECT_EQ(Column(0), QStringList());
+}
+
+TEST_F(RowListTest, RowsThatFollowThoseShownAreAddedToThem) {
+  view_.AddRow({"A", "1"});
+  Column(0);
+  list_.setCurrentIndex(list_.model()->index(0, 0));
+  view_.RebuildWhenShown([this] { view_.AddRow({"A", "1"}), view_.AddRow({"B", "2"}); });
+  EXPECT_EQ(Column(0), QStringList({"A", "B"}));
+  EXPECT_EQ(list_.currentIndex().row(), 0) << "the list was made anew";
+  view_.RebuildWhenShown([this] { view_.AddRow({"B", "2"}); });
+  EXPECT_EQ(Column(0), QStringList({"B"}));
+}
+
 TEST_F(RowListTest, TheWidgetFollowsByATimer) {
   view_.AddRow({"N", "1"});
   EXPECT_EQ(list_.model()->rowCount(), 0);
