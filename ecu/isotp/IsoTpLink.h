@@ -34,6 +34,7 @@ class IsoTpLink : public MessageLink {
   IsoTpEndpoint::Events EndpointEvents();
   std::shared_ptr<const SharedCanBus::Listener> MakeListener();
   void BusReady();
+  void Stop();
   void Fail(const SharedCanBus::Trouble& trouble);
 
   std::shared_ptr<SharedCanBus> bus_;

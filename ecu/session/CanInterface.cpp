@@ -44,19 +44,35 @@ std::unique_ptr<MessageLink> CanInterface::LinkTo(std::shared_ptr<const EcuDescr
   return std::make_unique<IsoTpLink>(loop_, bus_, *parameters);
 }
 
-void CanInterface::SendFrame(std::int32_t identifier, base::ByteView data) {
-  const auto bits = static_cast<std::uint32_t>(identifier);
+CanFrame CanInterface::FrameOf(const FrameToSend& frame) const {
+  const auto bits = static_cast<std::uint32_t>(frame.identifier);
   const CanIdentifier sent{bits & ~kExtendedFlag, bits > kLastBaseIdentifier};
   if (sent.number > kLastExtendedIdentifier) {
-    throw errors_->MakeFailure(
-        kValueRefused, "a CAN identifier has at most 29 bits, " + std::to_string(identifier) + " has more");
+    throw errors_->MakeFailure(kValueRefused, "a CAN identifier has at most 29 bits, " +
+                                                  std::to_string(frame.identifier) + " has more");
   }
-  if (const auto& loss = bus_->Loss()) throw errors_->MakeFailure(NumberOf(loss->error), loss->text);
-  std::optional<SharedCanBus::Trouble> trouble;
-  SharedCanBus::Listener sender;
-  sender.on_trouble = [&trouble](const SharedCanBus::Trouble& raised) { trouble = raised; };
-  bus_->Send(CanFrame(sent, data), std::make_shared<const SharedCanBus::Listener>(std::move(sender)));
-  if (trouble) throw errors_->MakeFailure(NumberOf(trouble->error), trouble->text);
+  return {sent, frame.data.View()};
+}
+
+void CanInterface::SendFrames(const std::vector<FrameToSend>& frames) {
+  std::vector<CanFrame> to_send;
+  to_send.reserve(frames.size());
+  for (const FrameToSend& frame : frames) to_send.push_back(FrameOf(frame));
+  std::optional<SharedCanBus::Trouble> trouble = bus_->Loss();
+  SharedCanBus::Listener listener;
+  listener.on_trouble = [&trouble](const SharedCanBus::Trouble& raised) { trouble = raised; };
+  const auto sender = std::make_shared<const SharedCanBus::Listener>(std::move(listener));
+  const auto bus = bus_;  // this may be destroyed inside the wait
+  const auto errors = errors_;
+  bus->Listen(sender);
+  for (const CanFrame& frame : to_send) {
+    if (!trouble) bus->Send(frame, sender);
+  }
+  // Every frame that waits is taken or dropped in the end.
+  loop_->RunUntil(base::TimePoint::max(), [&] { return trouble || !bus->IsWaiting(sender); });
+  bus->Withdraw(sender);
+  if (!trouble) trouble = bus->Loss();
+  if (trouble) throw errors->MakeFailure(NumberOf(trouble->error), trouble->text);
 }
 
 void CanInterface::UseMessaging(const std::shared_ptr<const MessagingFile>& messaging) {

@@ -25,15 +25,17 @@ class CanInterface : public DiagnosticInterface {
 
   /// Raises 1002 when neither the ECU file nor the messaging file knows the function's identifiers.
   std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) override;
-  /// `identifier` above 7FF hex, or with its most significant bit set, has 29 bits. Raises 2012 for one that
-  /// cannot exist, 1000 or 1015 when the bus is lost or takes no more frames.
-  void SendFrame(std::int32_t identifier, base::ByteView data) override;
+  /// An identifier above 7FF hex, or with its most significant bit set, has 29 bits. Raises 2012 for one that
+  /// cannot exist, and then sends nothing; 1000 or 1015 when the bus is or gets lost, or takes no more
+  /// frames.
+  void SendFrames(const std::vector<FrameToSend>& frames) override;
   /// Opens the bus anew when its bit rate is another.
   void UseMessaging(const std::shared_ptr<const MessagingFile>& messaging) override;
   void HearFrames(const std::function<void(const CanFrame&)>& on_frame) override;
 
  private:
   SharedCanBus::Open OpenAt(std::int32_t bitrate) const;
+  CanFrame FrameOf(const FrameToSend& frame) const;
 
   std::shared_ptr<base::EventLoop> loop_;
   OpenBus open_;

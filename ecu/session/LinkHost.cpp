@@ -50,9 +50,7 @@ std::shared_ptr<Channel> LinkHost::OpenChannel(const std::shared_ptr<const EcuDe
   return channel;
 }
 
-void LinkHost::SendFrame(std::int32_t identifier, base::ByteView data) {
-  RequireInterface().SendFrame(identifier, data);
-}
+void LinkHost::SendFrames(const std::vector<FrameToSend>& frames) { RequireInterface().SendFrames(frames); }
 
 void LinkHost::UseMessaging(std::shared_ptr<const MessagingFile> messaging) {
   messaging_ = std::move(messaging);

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "base/ByteBuffer.h"
 #include "ecu/can/CyclicFrames.h"
 #include "ecu/description/EcuDescription.h"
 #include "ecu/description/ErrorTable.h"
@@ -34,7 +33,7 @@ class LinkHost {
 
   /// These raise 1001 when no interface was opened, 1000 when it was closed.
   std::shared_ptr<Channel> OpenChannel(const std::shared_ptr<const EcuDescription>& ecu);
-  void SendFrame(std::int32_t identifier, base::ByteView data);
+  void SendFrames(const std::vector<FrameToSend>& frames);
 
   /// Identifiers and bit rate of the CAN bus, now and of every interface opened later.
   void UseMessaging(std::shared_ptr<const MessagingFile> messaging);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The function CAN on a real bus: cyclic frames as values, single frames out, messaging files.
 #include <chrono>
+#include <functional>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -55,6 +56,12 @@ class CanFunctionTest : public testing::Test {
       bench.description = failure.Description();
       return failure.Number();
     }
+  }
+
+  /// `happen` happens while the frames wait.
+  std::int32_t SendFramesAnd(const std::string& x, const std::function<void()>& happen) {
+    bench.loop->At(milliseconds(10), happen);
+    return SendFrames(x);
   }
 
   tests::TempFolder folder;
@@ -163,9 +170,12 @@ TEST_F(CanFunctionTest, SingleFramesGoOutOnTheBus) {
 TEST_F(CanFunctionTest, SingleFramesThatCannotGoOutSayWhy) {
   EXPECT_EQ(SendFrames("<x><i>536870912</i><s><d>00</d></s></x>"), 2012);
   EXPECT_THAT(bench.description, HasSubstr("29 bits"));
-  bench.bus.RefuseNext(1);
+  EXPECT_EQ(SendFrames("<x><i>1</i><s><d>00</d></s><i>536870912</i><s><d>00</d></s></x>"), 2012);
+  bench.bus.SetQueue(0);
   EXPECT_EQ(SendFrames("<x><i>1</i><s><d>00</d></s></x>"), 1015);
-  EXPECT_THAT(bench.description, HasSubstr("queue full"));
+  EXPECT_THAT(bench.description, HasSubstr("the transmit queue of the CAN interface stayed full"));
+  EXPECT_EQ(SendFramesAnd("<x><i>1</i><s><d>00</d></s></x>", [&] { bench.session->Close(); }), 1000);
+  bench.session->SetPort("CAN:model:can0");
   bench.bus.Unplug();
   EXPECT_EQ(SendFrames("<x><i>1</i><s><d>00</d></s></x>"), 1000);
   EXPECT_THAT(bench.description, HasSubstr("unplugged"));

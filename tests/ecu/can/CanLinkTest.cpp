@@ -213,7 +213,7 @@ TEST(CanLinkTest, FramesThatNobodyAcknowledgesAre1015) {
   EXPECT_EQ(bench.Send("2101"), "61010019");
 }
 
-TEST(CanLinkTest, FullTransmitQueueIs1015ForWhoeverIsSending) {
+TEST(CanLinkTest, FrameThatTheAdapterDropsIs1015ForWhoeverIsSending) {
   CanBench bench;
   bench.bus.RaiseError(CanBus::Error::kQueueFull);
   EXPECT_EQ(bench.Send("2101"), "61010019");
@@ -223,12 +223,26 @@ TEST(CanLinkTest, FullTransmitQueueIs1015ForWhoeverIsSending) {
   EXPECT_EQ(bench.Send("2101"), "61010019");
 }
 
-TEST(CanLinkTest, FrameThatFindsTheQueueFullEndsItsTransferAtOnce) {
+TEST(CanLinkTest, QueueThatStaysFullIs1015BehindNAs) {
+  for (const auto n_as : {milliseconds(200), milliseconds(1000), milliseconds(3000)}) {
+    CanBench bench(CanBench::kIdentifiers + ("NAsMs='" + std::to_string(n_as.count()) + "'"));
+    bench.bus.SetQueue(0);
+    EXPECT_EQ(bench.Send("2101"), "1015");
+    EXPECT_EQ(bench.loop->Now(), n_as);
+    EXPECT_THAT(bench.description, HasSubstr(std::to_string(n_as.count()) + " ms (N_As)"));
+    EXPECT_THAT(bench.description, HasSubstr("the transmit queue of the CAN interface stayed full"));
+    bench.bus.SetQueue(10);
+    EXPECT_EQ(bench.Send("2101"), "61010019");
+    EXPECT_THAT(bench.bus.log, ElementsAre("7E0#0221015555555555", "7E8#0461010019555555"))
+        << "the request that was given up does not go out";
+  }
+}
+
+TEST(CanLinkTest, QueueThatIsFullForAWhileOnlyDelaysARequest) {
   CanBench bench;
-  bench.bus.RefuseNext(1);
-  EXPECT_EQ(bench.Send("2101"), "1015");
-  EXPECT_EQ(bench.loop->Now(), seconds(0));
-  EXPECT_EQ(bench.Send("2101"), "61010019");
+  bench.bus.SetQueue(0);
+  bench.loop->At(milliseconds(900), [&] { bench.bus.SetQueue(10); });
+  EXPECT_EQ(bench.Send("2102"), kLongAnswer);
 }
 
 TEST(CanLinkTest, ClosedSessionLeavesTheBus) {
