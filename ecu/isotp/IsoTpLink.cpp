@@ -34,7 +34,7 @@ IsoTpEndpoint::Events IsoTpLink::EndpointEvents() {
 std::shared_ptr<const SharedCanBus::Listener> IsoTpLink::MakeListener() {
   SharedCanBus::Listener listener;
   listener.on_frame = [this](const CanFrame& frame) {
-    if (state_ == State::kConnected) endpoint_.FrameArrived(frame);
+    if (state_ == State::kConnected && !resting_) endpoint_.FrameArrived(frame);
   };
   listener.on_sent = [this] {
     if (state_ == State::kConnected) endpoint_.FramesSent();
@@ -61,7 +61,14 @@ void IsoTpLink::BusReady() {
 // What is left of an earlier exchange would fail this one.
 void IsoTpLink::Send(base::ByteView message) {
   Stop();
+  resting_ = false;
   endpoint_.Send(message);
+}
+
+// The answer to another tester has our identifier too, and a flow control from us would break into it.
+void IsoTpLink::Rest() {
+  resting_ = true;
+  Stop();
 }
 
 void IsoTpLink::Stop() {

@@ -6,7 +6,6 @@
 
 #include "ecu/description/ErrorNumbers.h"
 #include "ecu/isotp/IsoTpLink.h"
-#include "ecu/isotp/IsoTpParameters.h"
 
 namespace korval::ecu {
 namespace {
@@ -31,17 +30,33 @@ SharedCanBus::Open CanInterface::OpenAt(std::int32_t bitrate) const {
   return [open = open_, bitrate] { return open(bitrate); };
 }
 
+std::string CanInterface::EcuOf(const FunctionDescription& function) const {
+  const IsoTpParameters parameters = ParametersOf(function);
+  const auto end = [](const CanIdentifier& identifier, const std::optional<std::uint8_t>& target) {
+    return std::to_string(identifier.number) + (identifier.extended ? "x" : "") +
+           (target ? "@" + std::to_string(*target) : "");
+  };
+  return end(parameters.transmit, parameters.transmit_target) + " " +
+         end(parameters.receive, parameters.receive_target);
+}
+
 std::unique_ptr<MessageLink> CanInterface::LinkTo(std::shared_ptr<const EcuDescription> ecu) {
-  const FunctionDescription& function = ecu->Function();
-  const auto parameters = IsoTpParameters::OfTester(
-      function, function.transport.CompletedBy(messaging_->TransportOf(function.name)));
-  if (!parameters) {
-    throw errors_->MakeFailure(kInterfaceRefused,
-                               "the CAN identifiers of " + function.name +
-                                   " are unknown; give RequestId and ResponseId in its ECU file, or a "
-                                   "Diagnostic element in the CAN messaging file");
+  return std::make_unique<IsoTpLink>(loop_, bus_, ParametersOf(ecu->Function()));
+}
+
+IsoTpParameters CanInterface::ParametersOf(const FunctionDescription& function) const {
+  std::optional<IsoTpParameters> parameters;
+  try {
+    parameters = IsoTpParameters::OfTester(
+        function, function.transport.CompletedBy(messaging_->TransportOf(function.name)));
+  } catch (const base::Failure& failure) {
+    throw errors_->MakeFailure(failure.Number(), failure.Description());
   }
-  return std::make_unique<IsoTpLink>(loop_, bus_, *parameters);
+  if (parameters) return *parameters;
+  throw errors_->MakeFailure(kInterfaceRefused,
+                             "the CAN identifiers of " + function.name +
+                                 " are unknown; give RequestId and ResponseId in its ECU file, or a "
+                                 "Diagnostic element in the CAN messaging file");
 }
 
 CanFrame CanInterface::FrameOf(const FrameToSend& frame) const {

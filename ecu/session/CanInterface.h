@@ -8,6 +8,7 @@
 #include "base/EventLoop.h"
 #include "ecu/can/SharedCanBus.h"
 #include "ecu/description/ErrorTable.h"
+#include "ecu/isotp/IsoTpParameters.h"
 #include "ecu/session/DiagnosticInterface.h"
 
 namespace korval::ecu {
@@ -23,7 +24,10 @@ class CanInterface : public DiagnosticInterface {
                std::shared_ptr<const MessagingFile> messaging);
   ~CanInterface() override;
 
-  /// Raises 1002 when neither the ECU file nor the messaging file knows the function's identifiers.
+  /// By the pair of identifiers and target addresses. Raises what LinkTo raises.
+  std::string EcuOf(const FunctionDescription& function) const override;
+  /// Raises 1002 when neither the ECU file nor the messaging file knows the function's identifiers, or its
+  /// addressing is not understood.
   std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) override;
   /// An identifier above 7FF hex, or with its most significant bit set, has 29 bits. Raises 2012 for one that
   /// cannot exist, and then sends nothing; 1000 or 1015 when the bus is or gets lost, or takes no more
@@ -36,6 +40,7 @@ class CanInterface : public DiagnosticInterface {
  private:
   SharedCanBus::Open OpenAt(std::int32_t bitrate) const;
   CanFrame FrameOf(const FrameToSend& frame) const;
+  IsoTpParameters ParametersOf(const FunctionDescription& function) const;
 
   std::shared_ptr<base::EventLoop> loop_;
   OpenBus open_;

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "ecu/can/CanFrame.h"
@@ -17,6 +18,8 @@ namespace korval::ecu {
 class DiagnosticInterface {
  public:
   virtual ~DiagnosticInterface() = default;
+  /// Names the ECU that answers a function: those of one ECU share its channel. "": each has its own.
+  virtual std::string EcuOf(const FunctionDescription& /*function*/) const { return {}; }
   virtual std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) = 0;
   /// Sends CAN frames in their order. May run events until an adapter has taken the last one; the interface
   /// may be destroyed inside.

@@ -31,7 +31,8 @@ class LinkHost {
   /// As Close, but at once.
   void Abandon() { EndChannels(); }
 
-  /// These raise 1001 when no interface was opened, 1000 when it was closed.
+  /// These raise 1001 when no interface was opened, 1000 when it was closed. Functions of the same ECU are
+  /// given the same channel.
   std::shared_ptr<Channel> OpenChannel(const std::shared_ptr<const EcuDescription>& ecu);
   void SendFrames(const std::vector<FrameToSend>& frames);
 
@@ -47,6 +48,11 @@ class LinkHost {
   std::shared_ptr<const ErrorTable> SharedErrors() const { return errors_; }
 
  private:
+  struct OpenedChannel {
+    std::string ecu;  // "": shared by nobody
+    std::weak_ptr<Channel> channel;
+  };
+
   std::unique_ptr<DiagnosticInterface> EndChannels();
   DiagnosticInterface& RequireInterface();
 
@@ -58,7 +64,7 @@ class LinkHost {
   bool was_open_ = false;
   unsigned changes_ = 0;  // of what is open
   std::unique_ptr<DiagnosticInterface> interface_;
-  std::vector<std::weak_ptr<Channel>> channels_;
+  std::vector<OpenedChannel> channels_;
 };
 
 }  // namespace korval::ecu
