@@ -102,7 +102,7 @@ std::string SetAcquisition::ChooseValue(const KorvAsapFile& file, const std::str
   if (!item) RaiseUnknownData(name);
   values_.Add(choice.value_name, file.Id(), choice.korv_name);
   acquisition_.Start(ecu);
-  return acquisition_.Add(choice.value_name, item) ? "" : choice.duplicate_mark;
+  return acquisition_.Add(choice.value_name, *ecu, item) ? "" : choice.duplicate_mark;
 }
 
 SetAcquisition::Choice SetAcquisition::Understand(const KorvAsapFile& file, const std::string& name) {
