@@ -22,19 +22,23 @@ class Acquisition {
 
   /// Makes `ecu` the current ECU object and starts an empty list; does nothing once there is one.
   void Start(const std::shared_ptr<viator3::Ecu>& ecu);
-  /// Appends a data item. False when the list has that name already. Raises Failure when the list is full.
-  bool Add(const std::string& value_name, const std::shared_ptr<viator3::DataItem>& item);
+  /// Appends a data item of `ecu`, after Start. False when the list has that name already. Raises Failure
+  /// when the list is full.
+  bool Add(const std::string& value_name, const viator3::Ecu& ecu,
+           const std::shared_ptr<viator3::DataItem>& item);
   void Drop();
 
   /// Null until Start.
   std::shared_ptr<viator3::Ecu> CurrentEcu() const { return current_ecu_; }
   std::shared_ptr<const DataItems> Items() const { return items_; }
-  /// The requests of the current ECU object that carry values of the list, in the library's order.
+  /// The requests of the current ECU object that carry values of the list, in the library's order. Behind
+  /// them those of objects that serve the same function since its file has changed, or did so before.
   std::shared_ptr<const Requests> RequestsToExecute();
 
  private:
   std::shared_ptr<viator3::Ecu> current_ecu_;
   std::shared_ptr<DataItems> items_;
+  Requests carriers_;  // of the items of the current function; held, for their ECU object may be replaced
   std::shared_ptr<const Requests> requests_;  // null: to be gathered anew
 };
 

@@ -101,7 +101,7 @@ std::string SetAcquisition::ChooseValue(const KorvAsapFile& file, const std::str
   const auto item = ecu->FindAnswerItem(choice.korv_name);
   if (!item) RaiseUnknownData(name);
   acquisition_.Start(ecu);
-  const bool is_new = acquisition_.Add(choice.value_name, item);
+  const bool is_new = acquisition_.Add(choice.value_name, *ecu, item);
   if (is_new || values_.Count() < KorvAsapValues::kMostRepeats) {
     values_.Add(choice.value_name, file.Id(), choice.korv_name);
   }

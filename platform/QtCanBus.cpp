@@ -123,7 +123,6 @@ void QtCanBus::FramesWritten(qint64 count) {
 void QtCanBus::StateChanged(QCanBusDevice::CanBusDeviceState state) {
   if (state == QCanBusDevice::UnconnectedState) return QueueLoss("the connection has ended");
   if (state != QCanBusDevice::ConnectedState) return;
-  for (const ecu::CanFrame& frame : std::exchange(waiting_, {})) Write(frame);
   QMetaObject::invokeMethod(this, &QtCanBus::CheckState, Qt::QueuedConnection);
 }
 
@@ -131,7 +130,7 @@ void QtCanBus::ErrorOccurred(QCanBusDevice::CanBusError error) {
   if (error == QCanBusDevice::ReadError || error == QCanBusDevice::ConnectionError) {
     QueueLoss(device_->errorString().toStdString());
   } else if (error == QCanBusDevice::WriteError && !writing_) {
-    FrameRefused();
+    FrameDropped();
   }
 }
 
@@ -139,29 +138,22 @@ bool QtCanBus::IsReady() const {
   return device_->state() == QCanBusDevice::ConnectedState && CurrentState() == State::kOn;
 }
 
-void QtCanBus::Send(const ecu::CanFrame& frame) {
-  if (waiting_.size() + unconfirmed_ >= kTransmitLimit) {
-    return Raise(Error::kQueueFull,
-                 "its transmit queue is full: the bus is overloaded, or nobody takes its frames");
-  }
-  if (device_->state() == QCanBusDevice::ConnectingState) {
-    waiting_.push_back(frame);
-  } else {
-    Write(frame);
-  }
-}
-
-void QtCanBus::Write(const ecu::CanFrame& frame) {
+// A frame that is refused because the adapter is lost is lost with it.
+bool QtCanBus::Send(const ecu::CanFrame& frame) {
+  if (unconfirmed_ >= kTransmitLimit || device_->state() == QCanBusDevice::ConnectingState) return false;
   ++unconfirmed_;  // the confirmation may come from inside
-  const bool outer = std::exchange(writing_, true);
+  writing_ = true;
   const bool written = device_->writeFrame(QtFrame(frame));
-  writing_ = outer;
-  if (written) return;
+  writing_ = false;
+  if (written) return true;
+  --unconfirmed_;
   const QString error = device_->errorString();
-  IsQueueFull(error) ? FrameRefused() : QueueLoss(error.toStdString());
+  if (IsQueueFull(error)) return false;
+  QueueLoss(error.toStdString());
+  return true;
 }
 
-void QtCanBus::FrameRefused() {
+void QtCanBus::FrameDropped() {
   unconfirmed_ -= std::min<std::size_t>(unconfirmed_, 1);
   Raise(Error::kQueueFull, "a frame could not be sent: " + device_->errorString().toStdString());
 }
@@ -221,7 +213,6 @@ void QtCanBus::SayBusOff(bool bus_off) {
 // From inside a signal the device may not be destroyed, which is what its owner does next.
 void QtCanBus::QueueLoss(const std::string& why) {
   if (std::exchange(lost_, true)) return;
-  waiting_.clear();
   const auto raise = [this, why] {
     Raise(Error::kUnplugged,
           "it was lost (" + why + "): check that the adapter is plugged in and its interface is up");

@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -24,7 +23,7 @@ namespace korval::platform {
 /// steady intervals as well.
 class QtCanBus : public QObject, public ecu::CanBus {
  public:
-  /// Frames that may wait for the adapter.
+  /// Frames that an adapter may have taken and not confirmed.
   static constexpr std::size_t kTransmitLimit = 1000;
 
   using State = SocketCanInterface::State;
@@ -45,15 +44,14 @@ class QtCanBus : public QObject, public ecu::CanBus {
   ~QtCanBus() override;
 
   void SetEvents(Events events) override { events_ = std::make_shared<const Events>(std::move(events)); }
-  void Send(const ecu::CanFrame& frame) override;
+  bool Send(const ecu::CanFrame& frame) override;
   bool IsReady() const override;
 
  private:
   void StateChanged(QCanBusDevice::CanBusDeviceState state);
   void FramesWritten(qint64 count);
   void ErrorOccurred(QCanBusDevice::CanBusError error);
-  void Write(const ecu::CanFrame& frame);
-  void FrameRefused();
+  void FrameDropped();
   void QueueReceive();
   void Receive();
   void ErrorFrameArrived(const QCanBusFrame& frame);
@@ -69,7 +67,6 @@ class QtCanBus : public QObject, public ecu::CanBus {
   std::unique_ptr<QCanBusDevice> device_;
   const Watch watch_;
   QDeadlineTimer connect_deadline_{watch_.connecting};
-  std::deque<ecu::CanFrame> waiting_;  // for the connection
   std::size_t unconfirmed_ = 0;
   bool writing_ = false;
   bool receive_queued_ = false;

@@ -8,6 +8,8 @@
 #include <QAbstractEventDispatcher>
 #include <QTimer>
 
+#include "platform/process/EventBarrier.h"
+
 namespace korval::platform {
 namespace {
 
@@ -49,7 +51,7 @@ class QtTimer : public base::Timer {
   void Fire() {
     if (SteadyNow() < not_before_) return timer_.start(0);
     const std::function<void()> held = fire_;  // firing may destroy the timer
-    held();
+    EventBarrier::Run("a timer", held);
   }
 
   std::function<void()> fire_;

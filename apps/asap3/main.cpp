@@ -13,6 +13,7 @@
 #include "client/ClientErrors.h"
 #include "client/DeviceChannel.h"
 #include "client/ReplyReader.h"
+#include "platform/process/EventBarrier.h"
 
 namespace {
 
@@ -65,7 +66,7 @@ int Run(const Options& options) {
 int main(int argc, char** argv) {
   // Qt looks at the first argument only: the others are this program's own.
   int qt_argc = 1;
-  const QCoreApplication application(qt_argc, argv);
+  const korval::platform::GuardedApplication<QCoreApplication> application(qt_argc, argv);
   try {
     const Options options = korval::apps::ParseOptions(std::vector<std::string>(argv + 1, argv + argc));
     if (options.help || options.version) {

@@ -47,6 +47,7 @@ std::shared_ptr<const ecu::SharedCanBus::Listener> CanStation::MakeListener() {
   ecu::SharedCanBus::Listener listener;
   listener.on_frame = [this](const ecu::CanFrame& frame) { ecu_.FrameArrived(frame); };
   listener.on_sent = [this] { ecu_.FramesSent(); };
+  listener.patience = ParametersOf(description_->Function(), messaging_).n_as;
   return std::make_shared<const ecu::SharedCanBus::Listener>(std::move(listener));
 }
 

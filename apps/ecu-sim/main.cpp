@@ -16,6 +16,7 @@
 #include "ecu/buslog/TracedCanBus.h"
 #include "platform/QtCanBus.h"
 #include "platform/QtEventLoop.h"
+#include "platform/process/EventBarrier.h"
 #include "platform/process/StopSignals.h"
 
 namespace {
@@ -76,7 +77,7 @@ int Run(const Options& options) {
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
-  const QCoreApplication application(argc, argv);
+  const korval::platform::GuardedApplication<QCoreApplication> application(argc, argv);
   QCoreApplication::setApplicationName("korval-ecu-sim");
   try {
     return Run(korval::apps::ParseOptions(QCoreApplication::arguments()));

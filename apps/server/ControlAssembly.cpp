@@ -17,6 +17,7 @@
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
 #include "platform/QtTcpSocket.h"
+#include "platform/process/EventBarrier.h"
 
 namespace korval::apps {
 namespace {
@@ -102,6 +103,9 @@ diag::DiagnosisObject::SessionFactory SessionFactory(const Options& options,
 host::ControlParts CompleteParts(const Options& options, host::ControlParts views,
                                  const host::OverrideSettings::Overrides& stand_ins) {
   host::ControlParts parts = std::move(views);
+  platform::EventBarrier::SetReport([terminal = std::weak_ptr(parts.terminal)](const std::string& text) {
+    if (const auto trace = terminal.lock()) host::TraceConsole(*trace).Line(text);
+  });
   parts.application_folder = QCoreApplication::applicationDirPath().toStdString();
   parts.loop = std::make_shared<platform::QtEventLoop>();
   parts.settings = OpenSettings(options, parts, stand_ins);

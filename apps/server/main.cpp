@@ -10,6 +10,7 @@
 
 #include "HeadlessServer.h"
 #include "Options.h"
+#include "platform/process/EventBarrier.h"
 #include "platform/process/StandardStreams.h"
 #include "window/RunWindow.h"
 
@@ -36,7 +37,7 @@ int Print(const std::string& text) {
 }
 
 int RunOnConsole(int argc, char** argv, const Options& options) {
-  const QCoreApplication application(argc, argv);
+  const korval::platform::GuardedApplication<QCoreApplication> application(argc, argv);
   if (options.help) return Print(korval::apps::HelpText());
   if (options.version) return Print("korval-asap-server " KORVAL_VERSION "\n");
   return korval::apps::HeadlessServer(options).Run();

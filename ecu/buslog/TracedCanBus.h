@@ -25,9 +25,10 @@ class TracedCanBus : public CanBus {
     bus_->SetEvents(std::move(events));
   }
 
-  void Send(const CanFrame& frame) override {
-    log_->Record(name_, BusLog::Direction::kSent, frame);
-    bus_->Send(frame);
+  bool Send(const CanFrame& frame) override {
+    const bool sent = bus_->Send(frame);
+    if (sent) log_->Record(name_, BusLog::Direction::kSent, frame);
+    return sent;
   }
   bool IsReady() const override { return bus_->IsReady(); }
 

@@ -17,11 +17,11 @@ class CanBus {
     kBusOff,         ///< the controller left the bus after too many errors
     kNoAcknowledge,  ///< no other node acknowledges what is sent
     kUnplugged,      ///< the adapter or its driver is gone
-    kQueueFull       ///< frames are sent faster than the bus takes them; the last one was dropped
+    kQueueFull       ///< the adapter dropped the last frame that it had taken
   };
   struct Events {
     std::function<void(const CanFrame&)> on_frame;
-    /// One more frame is on the bus, in the order in which they were sent.
+    /// One more frame is on the bus, as far as the adapter can tell, in the order in which they were sent.
     std::function<void()> on_sent;
     /// What happened, in a sentence. Queue full ends by itself, an unplugged adapter not before it is opened
     /// anew; the others end with on_recovered.
@@ -33,7 +33,8 @@ class CanBus {
   virtual ~CanBus() = default;
   /// Replaces the events; they come from the event loop or from inside Send.
   virtual void SetEvents(Events events) = 0;
-  virtual void Send(const CanFrame& frame) = 0;
+  /// False: there is no room for the frame at the moment, and it was not sent.
+  virtual bool Send(const CanFrame& frame) = 0;
   /// Whether the bus takes part in the traffic. One that was just opened may still be connecting, or be bus
   /// off as it was left; on_recovered or on_error follows.
   virtual bool IsReady() const = 0;

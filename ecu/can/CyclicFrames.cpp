@@ -9,6 +9,13 @@ std::shared_ptr<const CyclicFrames::Watch> CyclicFrames::Add(CanIdentifier ident
   auto watch = std::make_shared<Watch>(std::move(selector));
   auto& watches = watches_[identifier];
   std::erase_if(watches, [](const auto& weak) { return weak.expired(); });
+  for (const auto& weak : watches) {
+    const auto other = weak.lock();
+    if (!other || !other->last_ || !watch->Selects(*other->last_)) continue;
+    if (watch->last_ && other->arrival_ < watch->arrival_) continue;
+    watch->last_ = other->last_;
+    watch->arrival_ = other->arrival_;
+  }
   watches.push_back(watch);
   return watch;
 }
@@ -18,7 +25,7 @@ void CyclicFrames::FrameArrived(const CanFrame& frame, base::TimePoint now) {
   if (found == watches_.end()) return;
   for (const auto& weak : found->second) {
     const auto watch = weak.lock();
-    if (!watch || (watch->selector_ && !watch->selector_(frame.Bytes()))) continue;
+    if (!watch || !watch->Selects(frame)) continue;
     watch->last_ = frame;
     watch->arrival_ = now;
   }
@@ -27,7 +34,10 @@ void CyclicFrames::FrameArrived(const CanFrame& frame, base::TimePoint now) {
 void CyclicFrames::Forget() {
   for (const auto& [identifier, watches] : watches_) {
     for (const auto& weak : watches) {
-      if (const auto watch = weak.lock()) watch->last_.reset();
+      const auto watch = weak.lock();
+      if (!watch) continue;
+      watch->last_.reset();
+      ++watch->times_left_;
     }
   }
 }

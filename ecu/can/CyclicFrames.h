@@ -26,15 +26,20 @@ class CyclicFrames {
     /// None before the first frame, and after Forget.
     const std::optional<CanFrame>& Last() const { return last_; }
     base::TimePoint Arrival() const { return arrival_; }
+    /// How often the bus was left so far.
+    unsigned TimesLeft() const { return times_left_; }
 
    private:
     friend class CyclicFrames;
+    bool Selects(const CanFrame& frame) const { return !selector_ || selector_(frame.Bytes()); }
     Selector selector_;
     std::optional<CanFrame> last_;
     base::TimePoint arrival_{};
+    unsigned times_left_ = 0;
   };
 
-  /// Watches for as long as somebody holds the result.
+  /// Watches for as long as somebody holds the result, which begins with what another watch of the identifier
+  /// has seen.
   std::shared_ptr<const Watch> Add(CanIdentifier identifier, Selector selector);
   void FrameArrived(const CanFrame& frame, base::TimePoint now);
   /// The bus was left: what it said does not hold any more.

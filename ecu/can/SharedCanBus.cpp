@@ -2,6 +2,7 @@
 #include "ecu/can/SharedCanBus.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "base/Failure.h"
@@ -13,10 +14,18 @@ bool IsLoss(CanBus::Error error) {
   return error == CanBus::Error::kBusOff || error == CanBus::Error::kUnplugged;
 }
 
+bool IsOf(const std::weak_ptr<const SharedCanBus::Listener>& frame_sender,
+          const std::shared_ptr<const SharedCanBus::Listener>& sender) {
+  return sender && frame_sender.lock() == sender;
+}
+
 }  // namespace
 
 SharedCanBus::SharedCanBus(const std::shared_ptr<base::EventLoop>& loop, Open open)
-    : open_(std::move(open)), reopen_timer_(loop->CreateTimer([this] { TryToOpen(); })) {
+    : loop_(loop),
+      open_(std::move(open)),
+      retry_timer_(loop->CreateTimer([this] { Retry(); })),
+      reopen_timer_(loop->CreateTimer([this] { TryToOpen(); })) {
   Attach(open_());
 }
 
@@ -27,8 +36,77 @@ void SharedCanBus::Listen(const std::shared_ptr<const Listener>& listener) {
 
 void SharedCanBus::Send(const CanFrame& frame, const std::shared_ptr<const Listener>& sender) {
   if (loss_) return;
-  unconfirmed_.push_back(sender);  // the confirmation may come from inside
-  bus_->Send(frame);
+  if (!waiting_.empty() || !HandOver(frame, sender)) Wait(frame, sender);
+}
+
+// A confirmation from inside is put off: it may bring the next frame.
+bool SharedCanBus::HandOver(const CanFrame& frame, const std::weak_ptr<const Listener>& sender) {
+  handing_over_ = true;
+  const bool taken = bus_->Send(frame);
+  handing_over_ = false;
+  if (!taken) return false;
+  last_taken_ = loop_->Now();
+  unconfirmed_.push_back(sender);
+  while (early_ > 0) {
+    --early_;
+    Confirm();
+  }
+  return true;
+}
+
+void SharedCanBus::Wait(const CanFrame& frame, const std::shared_ptr<const Listener>& sender) {
+  if (waiting_.size() >= kMostWaiting) {
+    if (sender) {
+      sender->on_trouble(
+          {CanBus::Error::kQueueFull, std::to_string(kMostWaiting) + " frames wait already: " + kStayedFull});
+    }
+    return;
+  }
+  waiting_.push_back({frame, sender, sender ? sender->patience : kPatience, loop_->Now()});
+  if (waiting_.size() == 1) retry_timer_->Start(kRetryInterval);
+}
+
+void SharedCanBus::Retry() {
+  while (!waiting_.empty()) {
+    const Waiting next = waiting_.front();
+    waiting_.pop_front();
+    if (HandOver(next.frame, next.sender)) continue;
+    waiting_.push_front(next);
+    break;
+  }
+  DropOverdue();
+  if (!waiting_.empty()) retry_timer_->Start(kRetryInterval);
+}
+
+// Time counts from the last frame that was taken: behind many others a frame may wait for longer.
+void SharedCanBus::DropOverdue() {
+  const base::TimePoint now = loop_->Now();
+  while (was_ready_ && !waiting_.empty()) {
+    const Waiting& first = waiting_.front();
+    if (now - std::max(first.since, last_taken_) < first.patience) return;
+    const auto sender = first.sender.lock();
+    const auto patience = std::chrono::duration_cast<std::chrono::milliseconds>(first.patience);
+    const Trouble trouble{
+        CanBus::Error::kQueueFull,
+        "no frame was taken for " + std::to_string(patience.count()) + " ms (N_As): " + kStayedFull};
+    waiting_.pop_front();
+    if (sender) sender->on_trouble(trouble);
+  }
+}
+
+bool SharedCanBus::IsWaiting(const std::shared_ptr<const Listener>& sender) const {
+  return std::any_of(waiting_.rbegin(), waiting_.rend(),
+                     [&](const Waiting& waiting) { return IsOf(waiting.sender, sender); });
+}
+
+bool SharedCanBus::Withdraw(const std::shared_ptr<const Listener>& sender) {
+  return std::erase_if(waiting_, [&](const Waiting& waiting) { return IsOf(waiting.sender, sender); }) > 0;
+}
+
+void SharedCanBus::ForgetFrames() {
+  unconfirmed_.clear();
+  waiting_.clear();
+  retry_timer_->Stop();
 }
 
 void SharedCanBus::Reopen(Open open) {
@@ -38,6 +116,7 @@ void SharedCanBus::Reopen(Open open) {
 
 void SharedCanBus::Close() {
   reopen_timer_->Stop();
+  ForgetFrames();
   bus_.reset();
   loss_ = Trouble{CanBus::Error::kUnplugged, "the CAN interface was closed"};
 }
@@ -45,7 +124,8 @@ void SharedCanBus::Close() {
 void SharedCanBus::Attach(std::unique_ptr<CanBus> bus) {
   bus_ = std::move(bus);
   unplugged_ = false;
-  unconfirmed_.clear();
+  ForgetFrames();
+  was_ready_ = bus_->IsReady();
   bus_->SetEvents({[this](const CanFrame& frame) { FrameArrived(frame); }, [this] { Sent(); },
                    [this](CanBus::Error error, const std::string& text) { Failed(error, text); },
                    [this] { Recovered(); }});
@@ -69,11 +149,20 @@ void SharedCanBus::FrameArrived(const CanFrame& frame) {
 
 void SharedCanBus::Sent() {
   if (loss_) Recovered();
+  if (handing_over_) {
+    ++early_;
+  } else {
+    Confirm();
+  }
+}
+
+void SharedCanBus::Confirm() {
   if (unconfirmed_.empty()) return;  // a frame from before a loss
   const auto sender = unconfirmed_.front().lock();
   unconfirmed_.pop_front();
-  const auto is_senders = [&sender](const auto& other) { return other.lock() == sender; };
-  if (sender && std::none_of(unconfirmed_.begin(), unconfirmed_.end(), is_senders)) sender->on_sent();
+  const auto is_senders = [&sender](const auto& other) { return IsOf(other, sender); };
+  const bool is_last = std::none_of(unconfirmed_.begin(), unconfirmed_.end(), is_senders);
+  if (sender && is_last && !IsWaiting(sender)) sender->on_sent();
 }
 
 void SharedCanBus::FrameDropped(const Trouble& trouble) {
@@ -88,7 +177,7 @@ void SharedCanBus::Failed(CanBus::Error error, const std::string& text) {
   if (error == CanBus::Error::kQueueFull) return FrameDropped(trouble);
   if (IsLoss(error)) {
     unplugged_ = unplugged_ || error == CanBus::Error::kUnplugged;
-    unconfirmed_.clear();
+    ForgetFrames();
     loss_ = trouble;
     reopen_timer_->Start(kReopenInterval);
   }
@@ -97,6 +186,7 @@ void SharedCanBus::Failed(CanBus::Error error, const std::string& text) {
 
 void SharedCanBus::Recovered() {
   if (unplugged_) return;
+  was_ready_ = true;
   loss_.reset();
   reopen_timer_->Stop();
   Tell([](const Listener& listener) { listener.on_ready(); });

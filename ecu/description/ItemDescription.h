@@ -15,6 +15,8 @@ struct ItemDescription {
   struct NamedValue {
     std::int64_t raw = 0;
     std::string text;
+
+    friend bool operator==(const NamedValue&, const NamedValue&) = default;
   };
 
   // What decoding needs stands together: acquisition decodes a thousand items in a row.
@@ -32,6 +34,8 @@ struct ItemDescription {
   std::string name;
   std::string unit;
   std::vector<NamedValue> texts;
+
+  friend bool operator==(const ItemDescription&, const ItemDescription&) = default;
 
   /// Not 0.
   void SetStep(double step);

@@ -21,6 +21,15 @@ void ReadDiagnostic(const pugi::xml_node& node, MessagingFile& file) {
   file.diagnostics.push_back(std::move(diagnostic));
 }
 
+void RequireInside(const MessagingFile::Frame& frame, const ItemDescription& item) {
+  const std::size_t needed = item.BytesNeeded();
+  if (needed <= CanFrame::kMostBytes) return;
+  throw base::Failure("frame " + frame.name + ": the data item " + item.name + " needs " +
+                      std::to_string(needed) + " bytes, but a CAN frame has " +
+                      std::to_string(CanFrame::kMostBytes) +
+                      "; correct its FirstByte, BitOffset or BitsCount");
+}
+
 void ReadFrame(const pugi::xml_node& node, MessagingFile& file) {
   const auto identifier = CanIdentifierAttribute(node, "Id");
   MessagingFile::Frame frame;
@@ -29,6 +38,7 @@ void ReadFrame(const pugi::xml_node& node, MessagingFile& file) {
   frame.identifier = *identifier;
   frame.cycle = MillisecondsAttribute(node, "CycleMs", frame.cycle, 0, 3600000);
   frame.items = ReadDataItems(node);
+  for (const ItemDescription& item : frame.items) RequireInside(frame, item);
   file.frames.push_back(std::move(frame));
 }
 
@@ -120,7 +130,11 @@ MessagingFile LoadMessagingFile(const std::string& path) {
   const base::XmlDocument document = base::LoadXmlFile(path);
   const pugi::xml_node messaging = document->child("xml").child("messaging");
   if (!messaging) throw base::Failure("CAN messaging file " + path + " has no element xml/messaging");
-  return MessagingFile::FromXml(messaging);
+  try {
+    return MessagingFile::FromXml(messaging);
+  } catch (const base::Failure& failure) {
+    throw base::Failure("CAN messaging file " + path + ": " + failure.Description());
+  }
 }
 
 }  // namespace korval::ecu

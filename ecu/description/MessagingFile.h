@@ -27,7 +27,11 @@ struct MessagingFile {
     struct Multiplexor {
       ItemDescription item;
       std::int64_t raw = 0;
+
+      friend bool operator==(const Multiplexor&, const Multiplexor&) = default;
     };
+
+    friend bool operator==(const Frame&, const Frame&) = default;
 
     std::string name;
     CanIdentifier identifier;
@@ -38,7 +42,7 @@ struct MessagingFile {
 
   /// The messages of a DBC file, which says nothing of diagnostics and of the bit rate.
   static MessagingFile FromDbc(std::string_view content);
-  /// An element xml/messaging.
+  /// An element xml/messaging. Raises Failure for a data item that lies outside its frame.
   static MessagingFile FromXml(const pugi::xml_node& messaging);
 
   std::int32_t bitrate = 500000;

@@ -42,9 +42,6 @@ std::optional<RequestDescription> RequestDescription::Read(const pugi::xml_node&
   return request;
 }
 
-RequestDescription::RequestDescription(std::string request_name, Items items)
-    : name(std::move(request_name)), received_(std::move(items)) {}
-
 const RequestDescription::Items& RequestDescription::Received() const {
   if (!received_) received_ = ReadDataItems(received_node_);
   return *received_;

@@ -21,8 +21,6 @@ class RequestDescription {
 
   /// A Request element; its document outlives the object. None when the element has no name.
   static std::optional<RequestDescription> Read(const pugi::xml_node& node);
-  /// A request whose items arrive by themselves.
-  RequestDescription(std::string request_name, Items items);
 
   const Items& Received() const;
 

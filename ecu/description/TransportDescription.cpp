@@ -10,11 +10,13 @@
 namespace korval::ecu {
 namespace {
 
-std::optional<bool> ReadAddressing(const pugi::xml_node& node) {
-  const std::string_view addressing = node.attribute("Addressing").value();
-  if (addressing == "extended") return true;
-  if (addressing == "normal") return false;
-  return std::nullopt;
+void ReadAddressing(const pugi::xml_node& node, TransportDescription& description) {
+  const std::string addressing = node.attribute("Addressing").value();
+  if (addressing == "extended" || addressing == "normal") {
+    description.extended_addressing = addressing == "extended";
+  } else {
+    description.unknown_addressing = addressing;
+  }
 }
 
 TransportDescription::Number ReadPadding(const pugi::xml_node& node) {
@@ -41,7 +43,7 @@ TransportDescription TransportDescription::Read(const pugi::xml_node& node) {
   TransportDescription description;
   description.request_id = CanIdentifierAttribute(node, "RequestId");
   description.response_id = CanIdentifierAttribute(node, "ResponseId");
-  description.extended_addressing = ReadAddressing(node);
+  ReadAddressing(node, description);
   description.padding = ReadPadding(node);
   for (const TransportParameter& parameter : kTransportParameters) {
     description.*parameter.value = ReadNumber(node, parameter);
@@ -53,7 +55,10 @@ TransportDescription TransportDescription::CompletedBy(const TransportDescriptio
   TransportDescription completed = *this;
   Complete(completed.request_id, other.request_id);
   Complete(completed.response_id, other.response_id);
-  Complete(completed.extended_addressing, other.extended_addressing);
+  if (!extended_addressing && unknown_addressing.empty()) {
+    completed.extended_addressing = other.extended_addressing;
+    completed.unknown_addressing = other.unknown_addressing;
+  }
   Complete(completed.padding, other.padding);
   for (const TransportParameter& parameter : kTransportParameters) {
     Complete(completed.*parameter.value, other.*parameter.value);

@@ -29,6 +29,9 @@ struct TransportDescription {
   std::optional<CanIdentifier> response_id;
   /// A byte in front of each frame says whom it is for.
   std::optional<bool> extended_addressing;
+  /// What stands as `Addressing` and is not understood; "" when there is nothing of the kind. Nobody can be
+  /// addressed then.
+  std::string unknown_addressing;
   /// The value that fills up short frames; kNoPadding: they stay short.
   Number padding;
   Number n_as_ms;

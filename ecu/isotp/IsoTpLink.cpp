@@ -22,7 +22,9 @@ IsoTpEndpoint::Events IsoTpLink::EndpointEvents() {
   events.send_frame = [this](const CanFrame& frame) { bus_->Send(frame, listener_); };
   events.on_message = [this](base::ByteView message) { events_.on_message(message); };
   events.on_error = [this](const IsoTpError& error) {
-    events_.on_failure(NumberOf(error.result), error.text);
+    const bool was_full = bus_->Withdraw(listener_);
+    events_.on_failure(NumberOf(error.result),
+                       was_full ? error.text + ": " + SharedCanBus::kStayedFull : error.text);
   };
   events.on_busy = [this](base::TimePoint until) { events_.on_busy(until); };
   events.on_sent = [this] { events_.on_sent(); };
@@ -32,18 +34,19 @@ IsoTpEndpoint::Events IsoTpLink::EndpointEvents() {
 std::shared_ptr<const SharedCanBus::Listener> IsoTpLink::MakeListener() {
   SharedCanBus::Listener listener;
   listener.on_frame = [this](const CanFrame& frame) {
-    if (state_ == State::kConnected) endpoint_.FrameArrived(frame);
+    if (state_ == State::kConnected && !resting_) endpoint_.FrameArrived(frame);
   };
   listener.on_sent = [this] {
     if (state_ == State::kConnected) endpoint_.FramesSent();
   };
   listener.on_trouble = [this](const SharedCanBus::Trouble& trouble) { Fail(trouble); };
   listener.on_ready = [this] { BusReady(); };
+  listener.patience = endpoint_.Parameters().n_as;
   return std::make_shared<const SharedCanBus::Listener>(std::move(listener));
 }
 
 void IsoTpLink::Connect() {
-  endpoint_.Stop();
+  Stop();
   state_ = State::kConnecting;
   if (const auto& loss = bus_->Loss()) return Fail(*loss);
   if (bus_->IsReady()) BusReady();
@@ -57,19 +60,31 @@ void IsoTpLink::BusReady() {
 
 // What is left of an earlier exchange would fail this one.
 void IsoTpLink::Send(base::ByteView message) {
-  endpoint_.Stop();
+  Stop();
+  resting_ = false;
   endpoint_.Send(message);
+}
+
+// The answer to another tester has our identifier too, and a flow control from us would break into it.
+void IsoTpLink::Rest() {
+  resting_ = true;
+  Stop();
+}
+
+void IsoTpLink::Stop() {
+  endpoint_.Stop();
+  bus_->Withdraw(listener_);
 }
 
 void IsoTpLink::Close() {
   state_ = State::kClosed;
-  endpoint_.Stop();
+  Stop();
 }
 
 void IsoTpLink::Fail(const SharedCanBus::Trouble& trouble) {
   if (state_ == State::kClosed) return;
   if (state_ == State::kConnecting) state_ = State::kClosed;
-  endpoint_.Stop();
+  Stop();
   events_.on_failure(NumberOf(trouble.error), trouble.text);
 }
 

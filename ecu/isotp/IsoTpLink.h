@@ -25,6 +25,7 @@ class IsoTpLink : public MessageLink {
   void SetEvents(Events events) override { events_ = std::move(events); }
   void Connect() override;
   void Send(base::ByteView message) override;
+  void Rest() override;
   void Close() override;
   Milliseconds Latency() const override { return Milliseconds(0); }
 
@@ -34,6 +35,7 @@ class IsoTpLink : public MessageLink {
   IsoTpEndpoint::Events EndpointEvents();
   std::shared_ptr<const SharedCanBus::Listener> MakeListener();
   void BusReady();
+  void Stop();
   void Fail(const SharedCanBus::Trouble& trouble);
 
   std::shared_ptr<SharedCanBus> bus_;
@@ -41,6 +43,7 @@ class IsoTpLink : public MessageLink {
   IsoTpEndpoint endpoint_;
   std::shared_ptr<const SharedCanBus::Listener> listener_;
   State state_ = State::kClosed;
+  bool resting_ = true;
 };
 
 }  // namespace korval::ecu

@@ -3,6 +3,9 @@
 
 #include <utility>
 
+#include "base/Failure.h"
+#include "ecu/description/ErrorNumbers.h"
+
 namespace korval::ecu {
 namespace {
 
@@ -46,6 +49,10 @@ void SetTiming(const TransportDescription& transport, IsoTpParameters& parameter
 
 std::optional<IsoTpParameters> IsoTpParameters::OfTester(const FunctionDescription& function,
                                                          const TransportDescription& transport) {
+  if (!transport.unknown_addressing.empty()) {
+    throw base::Failure(kInterfaceRefused, "the Addressing '" + transport.unknown_addressing + "' of " +
+                                               function.name + " is not understood; normal and extended are");
+  }
   if (!transport.request_id || !transport.response_id) return std::nullopt;
   IsoTpParameters parameters;
   parameters.transmit = *transport.request_id;

@@ -16,7 +16,8 @@ namespace korval::ecu {
 struct IsoTpParameters {
   using Microseconds = std::chrono::microseconds;
 
-  /// The tester's side of an ECU function. None when an identifier is missing.
+  /// The tester's side of an ECU function. None when an identifier is missing. Raises 1002 for an addressing
+  /// that is not understood.
   static std::optional<IsoTpParameters> OfTester(const FunctionDescription& function,
                                                  const TransportDescription& transport);
   /// The same as the other one sees it.

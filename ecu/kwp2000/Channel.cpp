@@ -39,6 +39,12 @@ bool IsLinkLost(std::int32_t number) {
 // A damaged answer, or none.
 bool IsOfTheAnswer(std::int32_t number) { return number == kNoAnswer || number == kForeignAnswer; }
 
+// 0 is never.
+Milliseconds ShorterSilence(Milliseconds one, Milliseconds other) {
+  if (one.count() == 0 || other.count() == 0) return std::max(one, other);
+  return std::min(one, other);
+}
+
 std::chrono::microseconds DelayUntil(base::TimePoint due, base::TimePoint now) {
   return std::chrono::ceil<std::chrono::microseconds>(std::max(due - now, base::TimePoint::zero()));
 }
@@ -69,9 +75,26 @@ Channel::Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageL
 
 Channel::~Channel() { link_->Close(); }
 
-void Channel::Connect() {
+void Channel::Connect(const Asker& asker) {
   const auto self = shared_from_this();
   RequireOpen();
+  Serve(asker);
+  RequireConnection();
+}
+
+// Each function has its own times and its own diagnostic session; what the one before began is done by then.
+void Channel::Serve(const Asker& asker) {
+  if (IsServed(asker)) return;
+  WaitUntil([this] { return !current_ && state_ != State::kConnecting; });
+  const Milliseconds keep_alive = ShorterSilence(function_.keep_alive, asker->keep_alive);
+  asker_ = asker;
+  function_ = *asker;
+  function_.keep_alive = keep_alive;
+  const bool has_other_session = function_.session && function_.session != open_session_;
+  if (has_other_session && state_ == State::kConnected) state_ = State::kDisconnected;
+}
+
+void Channel::RequireConnection() {
   if (IsConnected()) return;
   if (state_ != State::kConnecting) BeginConnect();
   if (!Await([this] { return state_ != State::kConnecting; })) GiveUpConnecting();
@@ -81,17 +104,18 @@ void Channel::Connect() {
   }
 }
 
-void Channel::Reconnect() {
+void Channel::Reconnect(const Asker& asker) {
   const auto self = shared_from_this();
   RequireOpen();
   WaitUntil([this] { return !current_ && state_ != State::kConnecting; });
+  Serve(asker);
   state_ = State::kDisconnected;
-  Connect();
+  RequireConnection();
 }
 
-void Channel::Request(base::ByteView request, base::ByteBuffer& answer) {
+void Channel::Request(base::ByteView request, base::ByteBuffer& answer, const Asker& asker) {
   const auto self = shared_from_this();
-  const auto pending = Perform(request, IsAnswered(request));
+  const auto pending = Perform(request, IsAnswered(request), asker);
   const auto failure = Outcome(*pending);
   if (pending->exchange.CurrentState() != Exchange::State::kForeign) {
     std::swap(answer, pending->exchange.Answer());
@@ -99,20 +123,21 @@ void Channel::Request(base::ByteView request, base::ByteBuffer& answer) {
   if (failure) throw base::Failure(*failure);
 }
 
-void Channel::Tell(base::ByteView request) {
+void Channel::Tell(base::ByteView request, const Asker& asker) {
   const auto self = shared_from_this();
-  const auto pending = Perform(request, false);
+  const auto pending = Perform(request, false, asker);
   if (const auto failure = Outcome(*pending)) throw base::Failure(*failure);
 }
 
-std::shared_ptr<Channel::Pending> Channel::Perform(base::ByteView request, bool answered) {
+std::shared_ptr<Channel::Pending> Channel::Perform(base::ByteView request, bool answered,
+                                                   const Asker& asker) {
   if (std::exchange(tester_present_lost_, false)) {
     throw errors_->MakeFailure(kTesterPresentUnanswered, function_.ecu);
   }
   do {
-    Connect();
+    Connect(asker);
     WaitUntil([this] { return !current_; });
-  } while (state_ != State::kConnected);
+  } while (state_ != State::kConnected || !IsServed(asker));
   auto pending = Start(request, answered, nullptr);
   WaitUntil([&] { return pending->done; });
   return pending;
@@ -161,6 +186,7 @@ void Channel::Finish() {
   const auto pending = std::exchange(current_, nullptr);
   pending->done = true;
   if (answer_deadline_) answer_deadline_->Clear();
+  link_->Rest();
   last_exchange_ = loop_->Now();
   const auto failure = Outcome(*pending);
   const bool has_ended =
@@ -177,6 +203,7 @@ std::optional<base::Failure> Channel::Outcome(const Pending& pending) const {
 
 void Channel::BeginConnect() {
   state_ = State::kConnecting;
+  open_session_.reset();
   connect_failure_.reset();
   tester_present_lost_ = false;
   link_->Connect();
@@ -200,6 +227,7 @@ void Channel::EndConnect(std::optional<base::Failure> failure) {
   connect_failure_ = std::move(failure);
   state_ = connect_failure_ ? State::kDisconnected : State::kConnected;
   if (connect_failure_) return;
+  open_session_ = function_.session;
   last_exchange_ = loop_->Now();
   StartKeepAlive();
 }
@@ -266,13 +294,18 @@ void Channel::KeepAlive() {
   });
 }
 
-// Every exchange and every start of the communication ends by its own deadline, well within this one.
+// Every exchange and every start of the communication ends by its own deadline, well within this one; but for
+// a long message that is on its way.
 base::TimePoint Channel::LatestEnd() const {
   return loop_->Now() + 2 * (function_.timing.Value(&Timing::pending_cap) + link_->Latency()) + kConnectWait;
 }
 
 bool Channel::Await(const std::function<bool()>& done) {
-  const bool is_done = done() || loop_->RunUntil(LatestEnd(), [&] { return closed_ || done(); });
+  const auto is_over = [&] { return closed_ || done(); };
+  bool is_done = done() || loop_->RunUntil(LatestEnd(), is_over);
+  while (!is_done && current_ && current_->exchange.Deadline() > loop_->Now()) {
+    is_done = loop_->RunUntil(current_->exchange.Deadline(), is_over);
+  }
   RequireOpen();
   return is_done;
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The diagnostic services of one ECU function over one link: start of the communication and of the
-// diagnostic session, requests one at a time, tester present in between. Everything moves on by events of
-// the link and of one deadline, so that waits can nest: whoever waits in an inner event loop does not hold up
-// what an outer one waits for.
+// The diagnostic services of one ECU over one link, for any number of functions that stand for it: start of
+// the communication and of the diagnostic session, requests one at a time, tester present in between.
+// Everything moves on by events of the link and of one deadline, so that waits can nest: whoever waits in an
+// inner event loop does not hold up what an outer one waits for.
 #pragma once
 
 #include <functional>
@@ -22,6 +22,9 @@ namespace korval::ecu {
 /// Waits of its operations run the event loop. Every operation keeps the channel alive until it returns.
 class Channel : public std::enable_shared_from_this<Channel> {
  public:
+  /// Whose times, diagnostic session and name hold for an operation; null: of whoever came last.
+  using Asker = std::shared_ptr<const FunctionDescription>;
+
   Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageLink> link,
           const FunctionDescription& function, std::shared_ptr<const ErrorTable> errors);
   ~Channel();
@@ -33,18 +36,18 @@ class Channel : public std::enable_shared_from_this<Channel> {
 
   /// Starts the communication and the function's diagnostic session; does nothing when that stands. Raises
   /// the link's failure, 2000, 2042 when the ECU refuses the session, or 1000 when closed meanwhile.
-  void Connect();
+  void Connect(const Asker& asker = nullptr);
   /// As Connect, but anew.
-  void Reconnect();
+  void Reconnect(const Asker& asker = nullptr);
 
   /// Sends `request` (not empty) once no other exchange is under way, connecting first when need be, and
   /// waits for its answer. Raises 2001 for a negative answer, which is in `answer` too, 2000, 2003, the
   /// link's own failure, 2045 when the ECU ends the communication instead, 2046 once after an unanswered
   /// tester present, or 1000 when closed meanwhile. A request that only reads is repeated before 2000 and
   /// the link's own 2000 and 2003.
-  void Request(base::ByteView request, base::ByteBuffer& answer);
+  void Request(base::ByteView request, base::ByteBuffer& answer, const Asker& asker = nullptr);
   /// As Request, but the ECU does not answer this one: returns when it is out.
-  void Tell(base::ByteView request);
+  void Tell(base::ByteView request, const Asker& asker = nullptr);
 
   /// Ends the communication for good: waits that are under way end with Failure 1000.
   void Close();
@@ -59,7 +62,10 @@ class Channel : public std::enable_shared_from_this<Channel> {
     bool done = false;
   };
 
-  std::shared_ptr<Pending> Perform(base::ByteView request, bool answered);
+  bool IsServed(const Asker& asker) const { return !asker || asker == asker_; }
+  void Serve(const Asker& asker);
+  void RequireConnection();
+  std::shared_ptr<Pending> Perform(base::ByteView request, bool answered, const Asker& asker);
   std::shared_ptr<Pending> Start(base::ByteView request, bool answered,
                                  std::function<void(Pending&)> on_done);
   void Transmit(const std::shared_ptr<Pending>& pending);
@@ -86,7 +92,9 @@ class Channel : public std::enable_shared_from_this<Channel> {
 
   std::shared_ptr<base::EventLoop> loop_;
   std::unique_ptr<MessageLink> link_;
-  FunctionDescription function_;
+  Asker asker_;                   // the one who is served; null: the one whom the channel was made for
+  FunctionDescription function_;  // the asker's, but for the shortest tester present of all askers
+  std::optional<std::uint8_t> open_session_;
   std::shared_ptr<const ErrorTable> errors_;
   State state_ = State::kDisconnected;
   bool closed_ = false;

@@ -18,7 +18,8 @@ namespace korval::ecu {
 struct ExchangeTiming {
   base::TimePoint answer{};   ///< P2: until the answer
   base::TimePoint pending{};  ///< P2*: until the answer, after each "response pending"
-  base::TimePoint overall{};  ///< cap on all of it, however often the ECU asks for time
+  /// Cap on all of it, however often the ECU asks for time; a message that is still on its way then may end.
+  base::TimePoint overall{};
   /// After "busy, repeat request" (21): how long until the request is repeated, and how long after the first
   /// one it still is.
   base::TimePoint busy_repeat{};
@@ -61,7 +62,7 @@ class Exchange {
   State CurrentState() const { return state_; }
   /// When TimeElapsed is due.
   base::TimePoint Deadline() const {
-    return repeat_at_.value_or(std::min(std::max(deadline_, busy_deadline_), last_deadline_));
+    return repeat_at_.value_or(std::max(std::min(deadline_, last_deadline_), busy_deadline_));
   }
   /// The positive or negative answer; the last foreign one when there was no other.
   const base::ByteBuffer& Answer() const { return answer_; }

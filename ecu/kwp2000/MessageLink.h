@@ -37,6 +37,9 @@ class MessageLink {
   virtual void Connect() = 0;
   /// Sends a message; the bytes are valid during the call.
   virtual void Send(base::ByteView message) = 0;
+  /// The exchange of the last message is over: nothing is awaited until the next Send, and what arrives is
+  /// for somebody else.
+  virtual void Rest() {}
   /// Ends the communication. No event comes afterwards until the next Connect.
   virtual void Close() = 0;
   /// What the link adds to the time in which the ECU answers.

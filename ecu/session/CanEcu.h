@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "diag/viator3.h"
+#include "ecu/description/MessagingFile.h"
+#include "ecu/session/FrameRequest.h"
 #include "ecu/session/LinkHost.h"
 #include "ecu/session/RequestTable.h"
 
@@ -30,14 +32,20 @@ class CanEcu : public viator3::Ecu {
   const Requests& RequestList() override { return table_->Requests(); }
   const std::vector<std::string>& ReferenceData() override { return reference_data_; }
   std::shared_ptr<viator3::DataItem> FindAnswerItem(const std::string& name) override;
-  /// Takes the place of the messaging loaded before, which stays when this one cannot be read.
+  /// Takes the place of the messaging loaded before, which stays when this one cannot be read. Frames that
+  /// have not changed keep their requests.
   void LoadMessaging(const std::string& path) override;
 
  private:
+  using Frames = std::vector<std::shared_ptr<FrameRequest>>;
+
+  Frames RequestsFor(const std::vector<MessagingFile::Frame>& frames) const;
+
   std::shared_ptr<LinkHost> host_;
   std::string name_ = "CAN";
   std::vector<std::string> reference_data_;
   bool messaging_loaded_ = false;
+  Frames frames_;  // those of the table
   std::unique_ptr<RequestTable> table_ = std::make_unique<RequestTable>(Requests());
 };
 

@@ -6,7 +6,6 @@
 
 #include "ecu/description/ErrorNumbers.h"
 #include "ecu/isotp/IsoTpLink.h"
-#include "ecu/isotp/IsoTpParameters.h"
 
 namespace korval::ecu {
 namespace {
@@ -31,32 +30,64 @@ SharedCanBus::Open CanInterface::OpenAt(std::int32_t bitrate) const {
   return [open = open_, bitrate] { return open(bitrate); };
 }
 
-std::unique_ptr<MessageLink> CanInterface::LinkTo(std::shared_ptr<const EcuDescription> ecu) {
-  const FunctionDescription& function = ecu->Function();
-  const auto parameters = IsoTpParameters::OfTester(
-      function, function.transport.CompletedBy(messaging_->TransportOf(function.name)));
-  if (!parameters) {
-    throw errors_->MakeFailure(kInterfaceRefused,
-                               "the CAN identifiers of " + function.name +
-                                   " are unknown; give RequestId and ResponseId in its ECU file, or a "
-                                   "Diagnostic element in the CAN messaging file");
-  }
-  return std::make_unique<IsoTpLink>(loop_, bus_, *parameters);
+std::string CanInterface::EcuOf(const FunctionDescription& function) const {
+  const IsoTpParameters parameters = ParametersOf(function);
+  const auto end = [](const CanIdentifier& identifier, const std::optional<std::uint8_t>& target) {
+    return std::to_string(identifier.number) + (identifier.extended ? "x" : "") +
+           (target ? "@" + std::to_string(*target) : "");
+  };
+  return end(parameters.transmit, parameters.transmit_target) + " " +
+         end(parameters.receive, parameters.receive_target);
 }
 
-void CanInterface::SendFrame(std::int32_t identifier, base::ByteView data) {
-  const auto bits = static_cast<std::uint32_t>(identifier);
+std::unique_ptr<MessageLink> CanInterface::LinkTo(std::shared_ptr<const EcuDescription> ecu) {
+  return std::make_unique<IsoTpLink>(loop_, bus_, ParametersOf(ecu->Function()));
+}
+
+IsoTpParameters CanInterface::ParametersOf(const FunctionDescription& function) const {
+  std::optional<IsoTpParameters> parameters;
+  try {
+    parameters = IsoTpParameters::OfTester(
+        function, function.transport.CompletedBy(messaging_->TransportOf(function.name)));
+  } catch (const base::Failure& failure) {
+    throw errors_->MakeFailure(failure.Number(), failure.Description());
+  }
+  if (parameters) return *parameters;
+  throw errors_->MakeFailure(kInterfaceRefused,
+                             "the CAN identifiers of " + function.name +
+                                 " are unknown; give RequestId and ResponseId in its ECU file, or a "
+                                 "Diagnostic element in the CAN messaging file");
+}
+
+CanFrame CanInterface::FrameOf(const FrameToSend& frame) const {
+  const auto bits = static_cast<std::uint32_t>(frame.identifier);
   const CanIdentifier sent{bits & ~kExtendedFlag, bits > kLastBaseIdentifier};
   if (sent.number > kLastExtendedIdentifier) {
-    throw errors_->MakeFailure(
-        kValueRefused, "a CAN identifier has at most 29 bits, " + std::to_string(identifier) + " has more");
+    throw errors_->MakeFailure(kValueRefused, "a CAN identifier has at most 29 bits, " +
+                                                  std::to_string(frame.identifier) + " has more");
   }
-  if (const auto& loss = bus_->Loss()) throw errors_->MakeFailure(NumberOf(loss->error), loss->text);
-  std::optional<SharedCanBus::Trouble> trouble;
-  SharedCanBus::Listener sender;
-  sender.on_trouble = [&trouble](const SharedCanBus::Trouble& raised) { trouble = raised; };
-  bus_->Send(CanFrame(sent, data), std::make_shared<const SharedCanBus::Listener>(std::move(sender)));
-  if (trouble) throw errors_->MakeFailure(NumberOf(trouble->error), trouble->text);
+  return {sent, frame.data.View()};
+}
+
+void CanInterface::SendFrames(const std::vector<FrameToSend>& frames) {
+  std::vector<CanFrame> to_send;
+  to_send.reserve(frames.size());
+  for (const FrameToSend& frame : frames) to_send.push_back(FrameOf(frame));
+  std::optional<SharedCanBus::Trouble> trouble = bus_->Loss();
+  SharedCanBus::Listener listener;
+  listener.on_trouble = [&trouble](const SharedCanBus::Trouble& raised) { trouble = raised; };
+  const auto sender = std::make_shared<const SharedCanBus::Listener>(std::move(listener));
+  const auto bus = bus_;  // this may be destroyed inside the wait
+  const auto errors = errors_;
+  bus->Listen(sender);
+  for (const CanFrame& frame : to_send) {
+    if (!trouble) bus->Send(frame, sender);
+  }
+  // Every frame that waits is taken or dropped in the end.
+  loop_->RunUntil(base::TimePoint::max(), [&] { return trouble || !bus->IsWaiting(sender); });
+  bus->Withdraw(sender);
+  if (!trouble) trouble = bus->Loss();
+  if (trouble) throw errors->MakeFailure(NumberOf(trouble->error), trouble->text);
 }
 
 void CanInterface::UseMessaging(const std::shared_ptr<const MessagingFile>& messaging) {

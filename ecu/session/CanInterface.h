@@ -8,6 +8,7 @@
 #include "base/EventLoop.h"
 #include "ecu/can/SharedCanBus.h"
 #include "ecu/description/ErrorTable.h"
+#include "ecu/isotp/IsoTpParameters.h"
 #include "ecu/session/DiagnosticInterface.h"
 
 namespace korval::ecu {
@@ -23,17 +24,23 @@ class CanInterface : public DiagnosticInterface {
                std::shared_ptr<const MessagingFile> messaging);
   ~CanInterface() override;
 
-  /// Raises 1002 when neither the ECU file nor the messaging file knows the function's identifiers.
+  /// By the pair of identifiers and target addresses. Raises what LinkTo raises.
+  std::string EcuOf(const FunctionDescription& function) const override;
+  /// Raises 1002 when neither the ECU file nor the messaging file knows the function's identifiers, or its
+  /// addressing is not understood.
   std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) override;
-  /// `identifier` above 7FF hex, or with its most significant bit set, has 29 bits. Raises 2012 for one that
-  /// cannot exist, 1000 or 1015 when the bus is lost or takes no more frames.
-  void SendFrame(std::int32_t identifier, base::ByteView data) override;
+  /// An identifier above 7FF hex, or with its most significant bit set, has 29 bits. Raises 2012 for one that
+  /// cannot exist, and then sends nothing; 1000 or 1015 when the bus is or gets lost, or takes no more
+  /// frames.
+  void SendFrames(const std::vector<FrameToSend>& frames) override;
   /// Opens the bus anew when its bit rate is another.
   void UseMessaging(const std::shared_ptr<const MessagingFile>& messaging) override;
   void HearFrames(const std::function<void(const CanFrame&)>& on_frame) override;
 
  private:
   SharedCanBus::Open OpenAt(std::int32_t bitrate) const;
+  CanFrame FrameOf(const FrameToSend& frame) const;
+  IsoTpParameters ParametersOf(const FunctionDescription& function) const;
 
   std::shared_ptr<base::EventLoop> loop_;
   OpenBus open_;

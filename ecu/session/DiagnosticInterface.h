@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
-#include "base/ByteBuffer.h"
 #include "ecu/can/CanFrame.h"
 #include "ecu/description/EcuDescription.h"
 #include "ecu/description/MessagingFile.h"
 #include "ecu/kwp2000/MessageLink.h"
+#include "ecu/session/CanFrames.h"
 
 namespace korval::ecu {
 
@@ -17,9 +18,12 @@ namespace korval::ecu {
 class DiagnosticInterface {
  public:
   virtual ~DiagnosticInterface() = default;
+  /// Names the ECU that answers a function: those of one ECU share its channel. "": each has its own.
+  virtual std::string EcuOf(const FunctionDescription& /*function*/) const { return {}; }
   virtual std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) = 0;
-  /// Sends a CAN frame of 0 to 8 bytes.
-  virtual void SendFrame(std::int32_t identifier, base::ByteView data) = 0;
+  /// Sends CAN frames in their order. May run events until an adapter has taken the last one; the interface
+  /// may be destroyed inside.
+  virtual void SendFrames(const std::vector<FrameToSend>& frames) = 0;
   /// Tells who uses which CAN identifiers. An interface without a CAN bus has no use for it.
   virtual void UseMessaging(const std::shared_ptr<const MessagingFile>& /*messaging*/) {}
   /// Every CAN frame goes there, whoever it is for. An interface without a CAN bus hears none.

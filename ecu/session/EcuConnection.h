@@ -16,16 +16,19 @@ class EcuConnection {
 
   bool IsInitialised() const { return channel_ && channel_->IsConnected(); }
   /// These raise as Channel's operations do. The connection may be destroyed inside their waits.
-  void Initialise() { Open()->Connect(); }
-  void Reinitialise() { Open()->Reconnect(); }
-  void Exchange(base::ByteView request, base::ByteBuffer& answer) { Open()->Request(request, answer); }
-  void Tell(base::ByteView request) { Open()->Tell(request); }
+  void Initialise() { Open()->Connect(Channel::Asker(function_)); }
+  void Reinitialise() { Open()->Reconnect(Channel::Asker(function_)); }
+  void Exchange(base::ByteView request, base::ByteBuffer& answer) {
+    Open()->Request(request, answer, Channel::Asker(function_));
+  }
+  void Tell(base::ByteView request) { Open()->Tell(request, Channel::Asker(function_)); }
 
  private:
   std::shared_ptr<Channel> Open();
 
   std::shared_ptr<LinkHost> host_;
   std::shared_ptr<const EcuDescription> ecu_;
+  Channel::Asker function_;
   std::shared_ptr<Channel> channel_;
 };
 

@@ -17,43 +17,73 @@ CyclicFrames::Selector SelectorOf(const MessagingFile::Frame& frame) {
   };
 }
 
+// A signal of a watched frame.
+class FrameItem : public viator3::DataItem {
+ public:
+  FrameItem(std::shared_ptr<const WatchedFrame> watched, const ItemDescription& item,
+            std::weak_ptr<viator3::Request> owner)
+      : watched_(std::move(watched)), item_(item), owner_(std::move(owner)) {}
+
+  const std::string& Name() const override { return item_.name; }
+  base::Variant Value() const override { return DecodeItem(item_, watched_->Bytes()); }
+  std::string Text() const override { return DecodeText(item_, watched_->Bytes()); }
+  std::string Unit() const override { return item_.unit; }
+  void SetValue(const base::Variant& /*value*/) override { Refuse(); }
+  void SetText(const std::string& /*text*/) override { Refuse(); }
+  std::shared_ptr<viator3::Request> OwningRequest() const override { return owner_.lock(); }
+
+ private:
+  void Refuse() const {
+    throw watched_->errors->MakeFailure(kReadOnly,
+                                        item_.name + " is part of the frame " + watched_->frame.name);
+  }
+
+  std::shared_ptr<const WatchedFrame> watched_;
+  const ItemDescription& item_;  // of the frame
+  std::weak_ptr<viator3::Request> owner_;
+};
+
 }  // namespace
 
+bool WatchedFrame::HasStopped() const {
+  const auto patience = std::max(kMissedCycles * frame.cycle, kShortestPatience);
+  return frame.cycle.count() > 0 && loop->Now() - watch->Arrival() > patience;
+}
+
 std::shared_ptr<FrameRequest> FrameRequest::Create(MessagingFile::Frame frame, CyclicFrames& frames,
-                                                   std::shared_ptr<const base::EventLoop> loop,
+                                                   std::shared_ptr<base::EventLoop> loop,
                                                    std::shared_ptr<const ErrorTable> errors) {
-  std::shared_ptr<FrameRequest> request(
-      new FrameRequest(std::move(frame), frames, std::move(loop), std::move(errors)));
-  const auto& description = request->messages_->description;
-  for (const ItemDescription& item : description->Received()) {
-    request->items_.push_back(
-        std::make_shared<DataItem>(DataItem::Side::kReceived, item, request->messages_, request));
+  auto watch = frames.Add(frame.identifier, SelectorOf(frame));
+  const auto watched = std::make_shared<const WatchedFrame>(
+      WatchedFrame{std::move(frame), std::move(watch), std::move(loop), std::move(errors)});
+  std::shared_ptr<FrameRequest> request(new FrameRequest(watched));
+  for (const ItemDescription& item : watched->frame.items) {
+    request->items_.push_back(std::make_shared<FrameItem>(watched, item, request));
   }
   return request;
 }
 
-FrameRequest::FrameRequest(MessagingFile::Frame frame, CyclicFrames& frames,
-                           std::shared_ptr<const base::EventLoop> loop,
-                           std::shared_ptr<const ErrorTable> errors)
-    : frame_(std::move(frame)),
-      loop_(std::move(loop)),
-      errors_(std::move(errors)),
-      watch_(frames.Add(frame_.identifier, SelectorOf(frame_))) {
-  messages_->errors = errors_;
-  messages_->errors = errors_;
-  messages_->description = std::make_shared<const RequestDescription>(frame_.name, frame_.items);
+void FrameRequest::Await() {
+  const auto watched = watched_;
+  const unsigned left = watched->watch->TimesLeft();
+  const auto is_left = [&] { return watched->watch->TimesLeft() != left; };
+  if (watched->IsThere()) return;
+  const auto cycle = watched->frame.cycle.count() > 0 ? watched->frame.cycle : kUnknownCycle;
+  watched->loop->RunUntil(watched->loop->Now() + cycle + kJitter,
+                          [&] { return is_left() || watched->IsThere(); });
+  if (!is_left()) return;
+  throw watched->errors->MakeFailure(kLinkLost,
+                                     "the bus was left before the frame " + watched->frame.name + " came in");
 }
 
 void FrameRequest::Execute() {
-  const auto& frame = watch_->Last();
-  if (!frame) throw errors_->MakeFailure(kNoAnswer, "the frame " + Name() + " has not come in yet");
-  const auto patience = std::max(kMissedCycles * frame_.cycle, kShortestPatience);
-  if (frame_.cycle.count() > 0 && loop_->Now() - watch_->Arrival() > patience) {
-    throw errors_->MakeFailure(kNoAnswer, "the frame " + Name() + ", which comes every " +
-                                              std::to_string(frame_.cycle.count()) +
-                                              " ms, has stopped coming in");
+  if (watched_->IsThere()) return;
+  if (!watched_->watch->Last()) {
+    throw watched_->errors->MakeFailure(kNoAnswer, "the frame " + Name() + " has not come in yet");
   }
-  messages_->answer = base::ByteBuffer(frame->Bytes());
+  throw watched_->errors->MakeFailure(kNoAnswer, "the frame " + Name() + ", which comes every " +
+                                                     std::to_string(watched_->frame.cycle.count()) +
+                                                     " ms, has stopped coming in");
 }
 
 }  // namespace korval::ecu

@@ -3,6 +3,7 @@
 
 #include "base/Failure.h"
 #include "ecu/description/ErrorNumbers.h"
+#include "ecu/session/FrameRequest.h"
 
 namespace korval::ecu {
 namespace {
@@ -33,7 +34,10 @@ base::Variant InstanceObject::Get(const std::string& name) {
   const std::string item_name = ItemName(name);
   const Item item = Find(item_name, Side::kAnswer);
   if (!item) throw errors_->MakeFailure(kUnknownName, Shown(name, item_name) + " is in no answer of the ECU");
-  Execute(*item, *errors_);
+  const auto errors = errors_;  // the object may be destroyed inside a wait
+  const auto frame = std::dynamic_pointer_cast<FrameRequest>(item->OwningRequest());
+  if (frame) frame->Await();
+  Execute(*item, *errors);
   return item->Value();
 }
 

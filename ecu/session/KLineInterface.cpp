@@ -32,7 +32,7 @@ std::unique_ptr<MessageLink> KLineInterface::LinkTo(std::shared_ptr<const EcuDes
   return std::make_unique<KLineLink>(loop_, line_->shared_from_this(), function, note_);
 }
 
-void KLineInterface::SendFrame(std::int32_t /*identifier*/, base::ByteView /*data*/) {
+void KLineInterface::SendFrames(const std::vector<FrameToSend>& /*frames*/) {
   throw errors_->MakeFailure(kNoInterface, port_ + " is a K-line; a CAN frame needs a CAN port");
 }
 

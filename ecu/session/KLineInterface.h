@@ -24,7 +24,7 @@ class KLineInterface : public DiagnosticInterface {
   /// Raises 1002 for a function that is diagnosed on CAN.
   std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) override;
   /// Raises 1001: there is no CAN bus.
-  void SendFrame(std::int32_t identifier, base::ByteView data) override;
+  void SendFrames(const std::vector<FrameToSend>& frames) override;
   /// Waits for the last stopCommunication.
   void Leave() override;
 

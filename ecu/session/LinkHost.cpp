@@ -36,23 +36,26 @@ std::unique_ptr<DiagnosticInterface> LinkHost::EndChannels() {
   const auto channels = std::exchange(channels_, {});
   auto interface = std::exchange(interface_, nullptr);
   frames_->Forget();
-  for (const auto& weak : channels) {
-    if (const auto channel = weak.lock()) channel->Close();
+  for (const OpenedChannel& opened : channels) {
+    if (const auto channel = opened.channel.lock()) channel->Close();
   }
   return interface;
 }
 
 std::shared_ptr<Channel> LinkHost::OpenChannel(const std::shared_ptr<const EcuDescription>& ecu) {
-  auto link = RequireInterface().LinkTo(ecu);
-  auto channel = std::make_shared<Channel>(environment_.loop, std::move(link), ecu->Function(), errors_);
-  std::erase_if(channels_, [](const std::weak_ptr<Channel>& weak) { return weak.expired(); });
-  channels_.push_back(channel);
+  DiagnosticInterface& interface = RequireInterface();
+  const std::string name = interface.EcuOf(ecu->Function());
+  std::erase_if(channels_, [](const OpenedChannel& opened) { return opened.channel.expired(); });
+  for (const OpenedChannel& opened : channels_) {
+    if (!name.empty() && opened.ecu == name) return opened.channel.lock();
+  }
+  auto channel =
+      std::make_shared<Channel>(environment_.loop, interface.LinkTo(ecu), ecu->Function(), errors_);
+  channels_.push_back({name, channel});
   return channel;
 }
 
-void LinkHost::SendFrame(std::int32_t identifier, base::ByteView data) {
-  RequireInterface().SendFrame(identifier, data);
-}
+void LinkHost::SendFrames(const std::vector<FrameToSend>& frames) { RequireInterface().SendFrames(frames); }
 
 void LinkHost::UseMessaging(std::shared_ptr<const MessagingFile> messaging) {
   messaging_ = std::move(messaging);

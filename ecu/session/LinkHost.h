@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "base/ByteBuffer.h"
 #include "ecu/can/CyclicFrames.h"
 #include "ecu/description/EcuDescription.h"
 #include "ecu/description/ErrorTable.h"
@@ -32,9 +31,10 @@ class LinkHost {
   /// As Close, but at once.
   void Abandon() { EndChannels(); }
 
-  /// These raise 1001 when no interface was opened, 1000 when it was closed.
+  /// These raise 1001 when no interface was opened, 1000 when it was closed. Functions of the same ECU are
+  /// given the same channel.
   std::shared_ptr<Channel> OpenChannel(const std::shared_ptr<const EcuDescription>& ecu);
-  void SendFrame(std::int32_t identifier, base::ByteView data);
+  void SendFrames(const std::vector<FrameToSend>& frames);
 
   /// Identifiers and bit rate of the CAN bus, now and of every interface opened later.
   void UseMessaging(std::shared_ptr<const MessagingFile> messaging);
@@ -48,6 +48,11 @@ class LinkHost {
   std::shared_ptr<const ErrorTable> SharedErrors() const { return errors_; }
 
  private:
+  struct OpenedChannel {
+    std::string ecu;  // "": shared by nobody
+    std::weak_ptr<Channel> channel;
+  };
+
   std::unique_ptr<DiagnosticInterface> EndChannels();
   DiagnosticInterface& RequireInterface();
 
@@ -59,7 +64,7 @@ class LinkHost {
   bool was_open_ = false;
   unsigned changes_ = 0;  // of what is open
   std::unique_ptr<DiagnosticInterface> interface_;
-  std::vector<std::weak_ptr<Channel>> channels_;
+  std::vector<OpenedChannel> channels_;
 };
 
 }  // namespace korval::ecu

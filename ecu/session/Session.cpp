@@ -60,9 +60,7 @@ std::shared_ptr<viator3::Ecu> Session::EcuByFunction(const std::string& function
 
 void Session::SendFrames(pugi::xml_document& frames) {
   const auto host = host_;
-  for (const FrameToSend& frame : ReadCanFrames(frames, host->Errors())) {
-    host->SendFrame(frame.identifier, frame.data.View());
-  }
+  host->SendFrames(ReadCanFrames(frames, host->Errors()));
 }
 
 std::shared_ptr<viator3::InstanceObject> Session::CreateInstance(const std::string& prog_id) {

@@ -16,8 +16,9 @@ std::unique_ptr<MessageLink> SimulatedInterface::LinkTo(std::shared_ptr<const Ec
   return std::make_unique<SimulatedLink>(loop_, simulated);
 }
 
-void SimulatedInterface::SendFrame(std::int32_t identifier, base::ByteView data) {
-  if (recorder_) recorder_(identifier, data);
+void SimulatedInterface::SendFrames(const std::vector<FrameToSend>& frames) {
+  if (!recorder_) return;
+  for (const FrameToSend& frame : frames) recorder_(frame.identifier, frame.data.View());
 }
 
 }  // namespace korval::ecu

@@ -70,6 +70,27 @@ TEST_F(OnlineValuesTest, ExecutesInTheOrderOfTheLibraryOnlyWhatCarriesValues) {
   EXPECT_EQ(unused_->executions, 0);
 }
 
+TEST_F(OnlineValuesTest, NamesChosenAfterTheirFileChangedAreReadFromItsNewObject) {
+  Choose("Speed");
+  const auto replaced = bench_.session->ReplaceEcu(bench_.engine->Function());
+  const auto request = replaced->AddRequest("FIRST");
+  request->AddAnswerItem("Torque", 3.0);
+  Choose("Torque");
+  Read();
+  EXPECT_EQ(request->executions, 1);
+  EXPECT_EQ(first_->executions, 1) << "what was chosen before goes on";
+}
+
+TEST_F(OnlineValuesTest, RequestsOfOtherFunctionsAreNotExecuted) {
+  Choose("Speed");
+  const auto other = bench_.session->AddEcu("OTHER", "Other", "KWP2000");
+  const auto request = other->AddRequest("ELSE");
+  const auto item = request->AddAnswerItem("Else", 1.0);
+  bench_.acquisition.Add("Else", *other, item);
+  EXPECT_EQ(Read().data.ToHex(), "0002414800003F800000");
+  EXPECT_EQ(request->executions, 0);
+}
+
 TEST_F(OnlineValuesTest, EmptyListIsAnsweredWithNothingBehindTheCount) {
   bench_.acquisition.Start(bench_.engine);
   EXPECT_EQ(Read().data.ToHex(), "0000");

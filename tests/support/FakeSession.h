@@ -24,6 +24,12 @@ class FakeSession : public viator3::Session {
     return ecu;
   }
 
+  /// From now on another object serves the function, as after its file has changed.
+  std::shared_ptr<FakeEcu> ReplaceEcu(const std::string& function) {
+    std::erase_if(ecus_, [&](const auto& ecu) { return ecu->Function() == function; });
+    return AddEcu(function, function, "KWP2000");
+  }
+
   std::string Port() const override { return port; }
   void SetPort(const std::string& new_port) override {
     log.push_back("Port=" + new_port);

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 
+#include "platform/process/EventBarrier.h"
 #include "ui/Pictures.h"
 #include "window/DisplayGuard.h"
 #include "window/Translations.h"
@@ -15,7 +16,7 @@ namespace korval::apps {
 
 int RunWindow(int argc, char** argv, const Options& options) {
   std::optional<DisplayGuard> guard(std::in_place);
-  const QApplication application(argc, argv);
+  const platform::GuardedApplication<QApplication> application(argc, argv);
   guard.reset();
   const Translations translations;
   QApplication::setWindowIcon(ui::PictureIcon(ui::Picture::kServer));

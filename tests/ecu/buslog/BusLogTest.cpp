@@ -171,17 +171,30 @@ class LoopedBus : public CanBus {
  public:
   void SetEvents(Events events) override { events_ = std::move(events); }
   bool IsReady() const override { return true; }
-  void Send(const CanFrame& frame) override { events_.on_frame(frame); }
+  bool Send(const CanFrame& frame) override {
+    if (!has_room) return false;
+    sent_ = frame;
+    return true;
+  }
+  void Return() { events_.on_frame(sent_); }
+
+  bool has_room = true;
 
  private:
   Events events_;
+  CanFrame sent_;
 };
 
 TEST_F(BusLogTest, ATracedBusRecordsBothDirectionsAndPassesThemOn) {
-  TracedCanBus bus(std::make_unique<LoopedBus>(), std::make_shared<BusLog>(Settings()), "can1");
+  auto owned = std::make_unique<LoopedBus>();
+  LoopedBus& looped = *owned;
+  TracedCanBus bus(std::move(owned), std::make_shared<BusLog>(Settings()), "can1");
   std::vector<CanFrame> received;
   bus.SetEvents({[&](const CanFrame& frame) { received.push_back(frame); }, {}, {}, {}});
-  bus.Send(Frame(0x100, false, "AA"));
+  EXPECT_TRUE(bus.Send(Frame(0x100, false, "AA")));
+  looped.Return();
+  looped.has_room = false;
+  EXPECT_FALSE(bus.Send(Frame(0x100, false, "BB"))) << "this one is not recorded either";
   EXPECT_THAT(received, ElementsAre(Frame(0x100, false, "AA")));
   EXPECT_EQ(Written(), "(1794650400.000042) can1 100#AA T\n(1794650400.000042) can1 100#AA R\n");
 }

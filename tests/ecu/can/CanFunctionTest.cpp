@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The function CAN on a real bus: cyclic frames as values, single frames out, messaging files.
 #include <chrono>
+#include <functional>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -57,6 +58,12 @@ class CanFunctionTest : public testing::Test {
     }
   }
 
+  /// `happen` happens while the frames wait.
+  std::int32_t SendFramesAnd(const std::string& x, const std::function<void()>& happen) {
+    bench.loop->At(milliseconds(10), happen);
+    return SendFrames(x);
+  }
+
   tests::TempFolder folder;
   CanBench bench;
 };
@@ -90,7 +97,7 @@ TEST_F(CanFunctionTest, MultiplexedSignalsKeepTheValueOfTheirOwnPage) {
 TEST_F(CanFunctionTest, FrameThatStoppedComingHasNoValueUntilItReturns) {
   Load("bus.dbc", kDbc);
   bench.bus.InjectHex(416, "D204000000000000");
-  bench.loop->Advance(FrameRequest::kMissedCycles * milliseconds(400));
+  bench.loop->Advance(WatchedFrame::kMissedCycles * milliseconds(400));
   EXPECT_EQ(Read("Speed"), "12.34");
   bench.loop->Advance(milliseconds(1));
   EXPECT_EQ(Read("Speed"), "2000");
@@ -111,6 +118,85 @@ TEST_F(CanFunctionTest, FramesOfAnotherFormatOrIdentifierAreOthers) {
   bench.bus.Inject(CanFrame({416, true}, std::array<std::uint8_t, 2>{1, 2}));
   bench.bus.InjectHex(417, "0102");
   EXPECT_EQ(Read("Speed"), "2000");
+}
+
+TEST_F(CanFunctionTest, ItemsGoOnWhenTheSameMessagingIsLoadedAgain) {
+  Load("bus.dbc", kDbc);
+  const auto before = Can()->FindAnswerItem("Speed");
+  bench.bus.InjectHex(416, "D204000000000000");
+  Load("bus.dbc", kDbc);
+  const auto after = Can()->FindAnswerItem("Speed");
+  EXPECT_EQ(Read("Speed"), "12.34") << "the frame that came in is still there";
+  EXPECT_EQ(before->OwningRequest(), after->OwningRequest());
+  bench.bus.InjectHex(416, "0100000000000000");
+  EXPECT_EQ(before->Text(), "0.01");
+  EXPECT_EQ(after->Text(), "0.01");
+}
+
+TEST_F(CanFunctionTest, ItemsOfAFrameThatChangedInTheFileGoOnAsTheyWere) {
+  Load("bus.dbc", kDbc);
+  const auto before = Can()->FindAnswerItem("Speed");
+  const auto request = before->OwningRequest();
+  bench.bus.InjectHex(416, "D204000000000000");
+  std::string changed = kDbc;
+  changed.replace(changed.find("0.01"), 4, "0.02");
+  Load("bus.dbc", changed);
+  EXPECT_EQ(Read("Speed"), "24.68") << "with the frame that came in before";
+  bench.bus.InjectHex(416, "0100000000000000");
+  request->Execute();
+  EXPECT_EQ(before->Text(), "0.01");
+  EXPECT_EQ(Read("Speed"), "0.02");
+  Load("bus.dbc", "BO_ 1 Other: 8 X\n SG_ Else : 0|8@1+ (1,0) [0|0] \"\" X\n");
+  bench.bus.InjectHex(416, "0200000000000000");
+  EXPECT_EQ(before->Text(), "0.02") << "even when the frame is no longer in the file";
+}
+
+TEST_F(CanFunctionTest, ItemsAreLiveWithoutBeingExecutedAndHaveNoValueOnceTheirFrameHasGone) {
+  Load("bus.dbc", kDbc);
+  const auto speed = Can()->FindAnswerItem("Speed");
+  EXPECT_TRUE(speed->Value().IsEmpty());
+  bench.bus.InjectHex(416, "D204000000000000");
+  EXPECT_EQ(speed->Text(), "12.34");
+  bench.loop->Advance(seconds(10));
+  EXPECT_TRUE(speed->Value().IsEmpty());
+  EXPECT_EQ(speed->Text(), "");
+}
+
+TEST_F(CanFunctionTest, ReadingByNameWaitsForTheFirstFrameForItsCycle) {
+  Load("bus.dbc", kDbc);
+  const auto instance = bench.session->CreateInstance("qor4inst.can");
+  instance->SetProtocol(Can());
+  bench.loop->At(milliseconds(390), [this] { bench.bus.InjectHex(416, "D204000000000000"); });
+  EXPECT_EQ(instance->Get("Speed"), base::Variant(12.34));
+  EXPECT_EQ(bench.loop->Now(), milliseconds(390));
+  EXPECT_EQ(instance->Get("Speed"), base::Variant(12.34)) << "one that is there is not waited for";
+  EXPECT_EQ(bench.loop->Now(), milliseconds(390));
+}
+
+TEST_F(CanFunctionTest, ReadingByNameGivesUpAfterTheCycleOrASecond) {
+  Load("bus.dbc", kDbc);
+  const auto instance = bench.session->CreateInstance("qor4inst.can");
+  instance->SetProtocol(Can());
+  const auto number = [&](const char* name) {
+    try {
+      instance->Get(name);
+      return 0;
+    } catch (const base::Failure& failure) {
+      return failure.Number();
+    }
+  };
+  EXPECT_EQ(number("Speed"), 2000);
+  EXPECT_EQ(bench.loop->Now(), milliseconds(400) + FrameRequest::kJitter);
+  EXPECT_EQ(number("Oil"), 2000) << "nothing says how often this one comes";
+  EXPECT_EQ(bench.loop->Now(), milliseconds(1400) + 2 * FrameRequest::kJitter);
+  bench.loop->At(milliseconds(10), [this] { bench.session->Close(); });
+  EXPECT_EQ(number("Speed"), 1000);
+}
+
+TEST_F(CanFunctionTest, ExecutingAFrameNeverWaits) {
+  Load("bus.dbc", kDbc);
+  EXPECT_EQ(Read("Speed"), "2000");
+  EXPECT_EQ(bench.loop->Now(), milliseconds(0));
 }
 
 TEST_F(CanFunctionTest, SignalsAreReadOnly) {
@@ -163,9 +249,12 @@ TEST_F(CanFunctionTest, SingleFramesGoOutOnTheBus) {
 TEST_F(CanFunctionTest, SingleFramesThatCannotGoOutSayWhy) {
   EXPECT_EQ(SendFrames("<x><i>536870912</i><s><d>00</d></s></x>"), 2012);
   EXPECT_THAT(bench.description, HasSubstr("29 bits"));
-  bench.bus.RefuseNext(1);
+  EXPECT_EQ(SendFrames("<x><i>1</i><s><d>00</d></s><i>536870912</i><s><d>00</d></s></x>"), 2012);
+  bench.bus.SetQueue(0);
   EXPECT_EQ(SendFrames("<x><i>1</i><s><d>00</d></s></x>"), 1015);
-  EXPECT_THAT(bench.description, HasSubstr("queue full"));
+  EXPECT_THAT(bench.description, HasSubstr("the transmit queue of the CAN interface stayed full"));
+  EXPECT_EQ(SendFramesAnd("<x><i>1</i><s><d>00</d></s></x>", [&] { bench.session->Close(); }), 1000);
+  bench.session->SetPort("CAN:model:can0");
   bench.bus.Unplug();
   EXPECT_EQ(SendFrames("<x><i>1</i><s><d>00</d></s></x>"), 1000);
   EXPECT_THAT(bench.description, HasSubstr("unplugged"));

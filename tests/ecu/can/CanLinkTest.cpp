@@ -84,6 +84,40 @@ TEST(CanLinkTest, AnswerMayTakeLongerThanP2OnceItHasBegun) {
   EXPECT_GT(bench.loop->Now(), milliseconds(400));
 }
 
+TEST(CanLinkTest, AnswerThatProgressesMayTakeLongerThanThePendingCap) {
+  std::string answer = "6103";
+  while (answer.size() < 2 * 4095) answer += "A5";
+  CanBench bench(std::string(CanBench::kIdentifiers) + "PendingCapMs='1000' StMinMs='127'",
+                 "<Simulation><Answer Request='2103' Response='" + answer + "'/></Simulation>");
+  EXPECT_EQ(bench.Send("2103"), answer);
+  EXPECT_GT(bench.loop->Now(), seconds(74));
+}
+
+TEST(CanLinkTest, AnswerThatBreaksOffBehindThePendingCapEndsTheWait) {
+  CanBench bench(std::string(CanBench::kIdentifiers) + "PendingCapMs='1000'");
+  bench.DisconnectEcu();
+  bench.loop->At(milliseconds(40), [&] { bench.bus.InjectHex(0x7E8, "1014610100010203"); });
+  bench.loop->At(milliseconds(900), [&] { bench.bus.InjectHex(0x7E8, "2104050607080900"); });
+  EXPECT_EQ(bench.Send("2101"), "2000");
+  EXPECT_EQ(bench.loop->Now(), milliseconds(1900));
+  EXPECT_THAT(bench.description, HasSubstr("no consecutive frame within 1000 ms (N_Cr)"));
+}
+
+TEST(CanLinkTest, IdleLinkAnswersNoForeignFirstFrame) {
+  CanBench bench;
+  const auto another_testers_answer = [&] { bench.bus.InjectHex(0x7E8, "1028610274686520"); };
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  bench.bus.log.clear();
+  another_testers_answer();
+  bench.loop->Advance(seconds(1));
+  EXPECT_THAT(bench.bus.log, testing::IsEmpty());
+  bench.DisconnectEcu();
+  EXPECT_EQ(bench.Send("2101"), "2000");
+  another_testers_answer();
+  bench.loop->Advance(seconds(1));
+  EXPECT_THAT(bench.bus.log, ElementsAre("7E0#0221015555555555")) << "nor after a request that failed";
+}
+
 TEST(CanLinkTest, SilenceEndsTheWaitP2BehindTheRequest) {
   CanBench bench;
   bench.DisconnectEcu();
@@ -96,6 +130,24 @@ TEST(CanLinkTest, IdentifiersThatNobodyKnowsAre1002) {
   CanBench bench("Name='ABS' RequestId='7E0'");
   EXPECT_EQ(bench.Send("2101"), "1002");
   EXPECT_THAT(bench.description, HasSubstr("CAN identifiers of ABS are unknown"));
+  EXPECT_THAT(bench.bus.log, testing::IsEmpty());
+}
+
+TEST(CanLinkTest, AddressingThatIsNotUnderstoodIs1002) {
+  CanBench bench;
+  bench.session->OfferEcuFile(
+      "other.xml",
+      base::LoadXmlText("<xml><qor:Target><Function Name='OTHER' RequestId='7E1' ResponseId='7E9' "
+                        "Addressing='mixd'/></qor:Target></xml>",
+                        "other.xml"));
+  base::ByteBuffer answer;
+  try {
+    bench.session->EcuByFunction("OTHER")->Send({0x21, 0x01}, answer);
+    ADD_FAILURE() << "sent";
+  } catch (const base::Failure& failure) {
+    EXPECT_EQ(failure.Number(), 1002);
+    EXPECT_THAT(failure.Description(), HasSubstr("the Addressing 'mixd' of OTHER is not understood"));
+  }
   EXPECT_THAT(bench.bus.log, testing::IsEmpty());
 }
 
@@ -213,7 +265,7 @@ TEST(CanLinkTest, FramesThatNobodyAcknowledgesAre1015) {
   EXPECT_EQ(bench.Send("2101"), "61010019");
 }
 
-TEST(CanLinkTest, FullTransmitQueueIs1015ForWhoeverIsSending) {
+TEST(CanLinkTest, FrameThatTheAdapterDropsIs1015ForWhoeverIsSending) {
   CanBench bench;
   bench.bus.RaiseError(CanBus::Error::kQueueFull);
   EXPECT_EQ(bench.Send("2101"), "61010019");
@@ -223,12 +275,26 @@ TEST(CanLinkTest, FullTransmitQueueIs1015ForWhoeverIsSending) {
   EXPECT_EQ(bench.Send("2101"), "61010019");
 }
 
-TEST(CanLinkTest, FrameThatFindsTheQueueFullEndsItsTransferAtOnce) {
+TEST(CanLinkTest, QueueThatStaysFullIs1015BehindNAs) {
+  for (const auto n_as : {milliseconds(200), milliseconds(1000), milliseconds(3000)}) {
+    CanBench bench(CanBench::kIdentifiers + ("NAsMs='" + std::to_string(n_as.count()) + "'"));
+    bench.bus.SetQueue(0);
+    EXPECT_EQ(bench.Send("2101"), "1015");
+    EXPECT_EQ(bench.loop->Now(), n_as);
+    EXPECT_THAT(bench.description, HasSubstr(std::to_string(n_as.count()) + " ms (N_As)"));
+    EXPECT_THAT(bench.description, HasSubstr("the transmit queue of the CAN interface stayed full"));
+    bench.bus.SetQueue(10);
+    EXPECT_EQ(bench.Send("2101"), "61010019");
+    EXPECT_THAT(bench.bus.log, ElementsAre("7E0#0221015555555555", "7E8#0461010019555555"))
+        << "the request that was given up does not go out";
+  }
+}
+
+TEST(CanLinkTest, QueueThatIsFullForAWhileOnlyDelaysARequest) {
   CanBench bench;
-  bench.bus.RefuseNext(1);
-  EXPECT_EQ(bench.Send("2101"), "1015");
-  EXPECT_EQ(bench.loop->Now(), seconds(0));
-  EXPECT_EQ(bench.Send("2101"), "61010019");
+  bench.bus.SetQueue(0);
+  bench.loop->At(milliseconds(900), [&] { bench.bus.SetQueue(10); });
+  EXPECT_EQ(bench.Send("2102"), kLongAnswer);
 }
 
 TEST(CanLinkTest, ClosedSessionLeavesTheBus) {
@@ -296,6 +362,87 @@ TEST(CanLinkTest, ADayOfTesterPresentLeavesNothingBehind) {
   EXPECT_EQ(std::count(bench.bus.log.begin(), bench.bus.log.end(), "7E0#013E555555555555"),
             hours(24) / period);
   EXPECT_EQ(bench.Send("2101"), "61010019");
+}
+
+// Two files that stand for one ECU: the second one names the same identifiers.
+class OneEcuTwoFilesTest : public testing::Test {
+ protected:
+  static std::string Attributes(const std::string& name, const std::string& attributes) {
+    return "Name='" + name + "' RequestId='7E0' ResponseId='7E8' " + attributes;
+  }
+  void OfferSecond(const std::string& attributes) {
+    bench.session->OfferEcuFile(
+        "abs2.xml", base::LoadXmlText("<xml><qor:Target><Function " + Attributes("ABS2", attributes) +
+                                          "/></qor:Target></xml>",
+                                      "abs2.xml"));
+  }
+  std::string SendBySecond(const std::string& hex) {
+    base::ByteBuffer answer;
+    try {
+      bench.session->EcuByFunction("ABS2")->Send(base::ByteBuffer::FromHex(hex), answer);
+      return answer.ToHex();
+    } catch (const base::Failure& failure) {
+      return std::to_string(failure.Number());
+    }
+  }
+
+  CanBench bench{Attributes("ABS", "KeepAliveMs='200' StMinMs='127'")};
+};
+
+TEST_F(OneEcuTwoFilesTest, ALongAnswerIsNotBrokenByTheOthersTesterPresent) {
+  OfferSecond("KeepAliveMs='200'");
+  EXPECT_EQ(SendBySecond("2101"), "61010019");
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  bench.bus.log.clear();
+  EXPECT_EQ(bench.Send("2102"), kLongAnswer);
+  EXPECT_THAT(bench.bus.log, Contains(testing::StartsWith("7E0#30")).Times(1)) << "one flow control";
+  EXPECT_THAT(bench.bus.log, Contains("7E0#013E555555555555").Times(0));
+}
+
+TEST_F(OneEcuTwoFilesTest, RequestsGoOutOneAfterTheOther) {
+  OfferSecond("KeepAliveMs='0'");
+  std::string other;
+  bench.loop->At(milliseconds(300), [&] { other = SendBySecond("2101"); });
+  EXPECT_EQ(bench.Send("2102"), kLongAnswer);
+  bench.loop->Advance(milliseconds(100));
+  EXPECT_EQ(other, "61010019");
+}
+
+TEST_F(OneEcuTwoFilesTest, IdleTheyKeepTheEcuAwakeWithOneTesterPresent) {
+  OfferSecond("KeepAliveMs='100'");
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  EXPECT_EQ(SendBySecond("2101"), "61010019");
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  bench.bus.log.clear();
+  bench.loop->Advance(milliseconds(1010));
+  EXPECT_THAT(bench.bus.log, Contains("7E0#013E555555555555").Times(10))
+      << "in the shorter of their intervals";
+}
+
+TEST_F(OneEcuTwoFilesTest, EachHasItsOwnTimesAndItsOwnDiagnosticSession) {
+  OfferSecond("KeepAliveMs='0' Session='89' P2Ms='500'");
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  EXPECT_THAT(bench.bus.log, Contains("7E0#0210895555555555").Times(0));
+  EXPECT_EQ(SendBySecond("2101"), "61010019");
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  EXPECT_EQ(SendBySecond("2101"), "61010019");
+  EXPECT_THAT(bench.bus.log, Contains("7E0#0210895555555555").Times(1)) << "it stays open";
+  bench.DisconnectEcu();
+  const base::TimePoint start = bench.loop->Now();
+  EXPECT_EQ(SendBySecond("2101"), "2000");
+  EXPECT_EQ(bench.loop->Now(), start + microseconds(222) + milliseconds(500));
+}
+
+TEST_F(OneEcuTwoFilesTest, FileThatChangedSharesTheLinkWithTheOneBefore) {
+  const auto before = bench.Abs();
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  std::string changed = bench.text;
+  bench.session->OfferEcuFile("changed.xml", base::LoadXmlText(changed, "changed.xml"));
+  EXPECT_NE(bench.Abs(), before);
+  EXPECT_EQ(bench.Send("2101"), "61010019");
+  bench.bus.log.clear();
+  bench.loop->Advance(milliseconds(1010));
+  EXPECT_THAT(bench.bus.log, Contains("7E0#013E555555555555").Times(5));
 }
 
 TEST(CanLinkTest, TwoFunctionsShareOneBus) {

@@ -25,7 +25,7 @@ class ModelCanBus::Node : public CanBus {
   Node& operator=(const Node&) = delete;
 
   void SetEvents(Events events) override { events_ = std::move(events); }
-  void Send(const CanFrame& frame) override { bus_.Enqueue(*this, frame); }
+  bool Send(const CanFrame& frame) override { return bus_.Enqueue(*this, frame); }
   bool IsReady() const override { return bus_.ready_; }
   const Events& Handlers() const { return events_; }
 
@@ -52,13 +52,14 @@ void ModelCanBus::InjectHex(std::uint32_t identifier, const std::string& hex) {
   Inject(CanFrame({identifier, false}, base::ByteBuffer::FromHex(hex).View()));
 }
 
-void ModelCanBus::Enqueue(Node& sender, const CanFrame& frame) {
-  if (to_refuse_ > 0) {
-    --to_refuse_;
-    return sender.Handlers().on_error(CanBus::Error::kQueueFull, "transmit queue full");
-  }
+bool ModelCanBus::Enqueue(Node& sender, const CanFrame& frame) {
+  const auto is_senders = [&sender](const Queued& queued) { return queued.sender == &sender; };
+  const auto queued = std::count_if(queue_.begin(), queue_.end(), is_senders);
+  if (room_ && static_cast<std::size_t>(queued) >= *room_) return false;
   queue_.push_back({&sender, frame});
   if (queue_.size() == 1) Transmit();
+  if (room_ && sender.Handlers().on_sent) sender.Handlers().on_sent();
+  return true;
 }
 
 void ModelCanBus::Transmit() {
@@ -73,7 +74,7 @@ void ModelCanBus::Complete() {
   log.push_back(FrameText(done.frame));
   times.push_back(loop_->Now());
   Transmit();
-  if (done.sender->Handlers().on_sent) done.sender->Handlers().on_sent();
+  if (!room_ && done.sender->Handlers().on_sent) done.sender->Handlers().on_sent();
   const bool lost = to_lose_ > 0 || (filter && !filter(done.frame));
   if (to_lose_ > 0) --to_lose_;
   if (!lost) Deliver(done.frame, done.sender);

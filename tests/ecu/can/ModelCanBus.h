@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,8 +39,9 @@ class ModelCanBus {
   void SetSilent(bool silent) { silent_ = silent; }
   /// Nodes are still connecting, or bus off as they were opened, until RaiseRecovered.
   void SetNotReady() { ready_ = false; }
-  /// The next so many frames are refused, for the queue is full.
-  void RefuseNext(int frames) { to_refuse_ = frames; }
+  /// Every node takes so many frames that are not on the bus yet, has no room for more, and confirms a frame
+  /// when it takes it, as a network interface of Linux does.
+  void SetQueue(std::size_t frames) { room_ = frames; }
   /// The next so many frames of any node are confirmed, but lost.
   void LoseNext(int frames) { to_lose_ = frames; }
   /// What passes the bus may be changed; false: it is lost.
@@ -57,7 +59,7 @@ class ModelCanBus {
     ecu::CanFrame frame;
   };
 
-  void Enqueue(Node& sender, const ecu::CanFrame& frame);
+  bool Enqueue(Node& sender, const ecu::CanFrame& frame);
   void Transmit();
   void Complete();
   void Deliver(const ecu::CanFrame& frame, const Node* sender);
@@ -70,7 +72,7 @@ class ModelCanBus {
   bool plugged_ = true;
   bool silent_ = false;
   bool ready_ = true;
-  int to_refuse_ = 0;
+  std::optional<std::size_t> room_;
   int to_lose_ = 0;
 };
 

@@ -14,9 +14,12 @@ namespace korval::ecu {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
 using Error = CanBus::Error;
 
+constexpr std::size_t kEnough = 1000000;
 const CanFrame kFrame({0x123, false}, {});
 
 /// An adapter that says what the test says.
@@ -27,7 +30,9 @@ class ScriptedBus : public CanBus {
     int opened = 0;
     bool plugged = true;
     bool ready = true;
-    bool full = false;
+    std::size_t room = kEnough;
+    bool confirms = false;  ///< from inside
+    std::vector<std::uint32_t> taken;
   };
 
   explicit ScriptedBus(Adapter& adapter) : adapter_(adapter) {
@@ -35,8 +40,12 @@ class ScriptedBus : public CanBus {
     ++adapter_.opened;
   }
   void SetEvents(Events given) override { events = std::move(given); }
-  void Send(const CanFrame& /*frame*/) override {
-    if (adapter_.full) events.on_error(Error::kQueueFull, "full");
+  bool Send(const CanFrame& frame) override {
+    if (adapter_.room == 0) return false;
+    --adapter_.room;
+    adapter_.taken.push_back(frame.identifier.number);
+    if (adapter_.confirms) events.on_sent();
+    return true;
   }
   bool IsReady() const override { return adapter_.ready; }
 
@@ -104,14 +113,113 @@ TEST_F(SharedCanBusTest, OthersWhoKeepSendingDoNotHoldUpAConfirmation) {
   EXPECT_THAT(other.heard, IsEmpty());
 }
 
-TEST_F(SharedCanBusTest, FullQueueIsTheTroubleOfWhoeverSentTheDroppedFrame) {
+TEST_F(SharedCanBusTest, FrameThatTheAdapterDropsIsTheTroubleOfWhoeverSentIt) {
   bus.Send(kFrame, one.listener);
-  adapter.full = true;
   bus.Send(kFrame, other.listener);
-  EXPECT_THAT(other.heard, ElementsAre("full"));
+  Events().on_error(Error::kQueueFull, "dropped");
+  EXPECT_THAT(other.heard, ElementsAre("dropped"));
   EXPECT_THAT(one.heard, IsEmpty());
   Events().on_sent();
   EXPECT_THAT(one.heard, ElementsAre("sent"));
+}
+
+TEST_F(SharedCanBusTest, FramesThatFindNoRoomAreTriedAgainInTheirOrder) {
+  adapter.room = 0;
+  bus.Send(CanFrame({1, false}, {}), one.listener);
+  bus.Send(CanFrame({2, false}, {}), other.listener);
+  adapter.room = kEnough;
+  bus.Send(CanFrame({3, false}, {}), one.listener);
+  EXPECT_THAT(adapter.taken, IsEmpty()) << "nobody is overtaken";
+  EXPECT_TRUE(bus.IsWaiting(one.listener));
+  loop->Advance(SharedCanBus::kRetryInterval);
+  EXPECT_THAT(adapter.taken, ElementsAre(1, 2, 3));
+  EXPECT_FALSE(bus.IsWaiting(one.listener));
+  for (int i = 0; i < 3; ++i) Events().on_sent();
+  EXPECT_THAT(one.heard, ElementsAre("sent")) << "once, when all of its frames are";
+  EXPECT_THAT(other.heard, ElementsAre("sent"));
+  EXPECT_EQ(loop->PendingEvents(), 0U) << "nothing is tried any more";
+}
+
+TEST_F(SharedCanBusTest, SentIsSaidWhenAFrameThatWaitedIsTakenAndNotBefore) {
+  adapter.confirms = true;
+  adapter.room = 0;
+  bus.Send(kFrame, one.listener);
+  loop->Advance(SharedCanBus::kPatience - SharedCanBus::kRetryInterval);
+  EXPECT_THAT(one.heard, IsEmpty());
+  adapter.room = kEnough;
+  loop->Advance(SharedCanBus::kRetryInterval);
+  EXPECT_THAT(one.heard, ElementsAre("sent"));
+}
+
+TEST_F(SharedCanBusTest, QueueThatStaysFullIsSaidToEachSenderAfterItsPatience) {
+  adapter.room = 0;
+  bus.Send(kFrame, one.listener);
+  bus.Send(kFrame, other.listener);
+  loop->Advance(SharedCanBus::kPatience - SharedCanBus::kRetryInterval);
+  EXPECT_THAT(one.heard, IsEmpty());
+  loop->Advance(SharedCanBus::kRetryInterval);
+  EXPECT_THAT(one.heard, ElementsAre(HasSubstr("no frame was taken for 1000 ms (N_As): the transmit queue of "
+                                               "the CAN interface stayed full")));
+  EXPECT_THAT(other.heard, SizeIs(1));
+  adapter.room = kEnough;
+  bus.Send(kFrame, one.listener);
+  EXPECT_THAT(adapter.taken, SizeIs(1)) << "what was given up does not go out";
+}
+
+TEST_F(SharedCanBusTest, PatienceCountsFromTheLastFrameThatWasTaken) {
+  adapter.room = 0;
+  for (int i = 0; i < 4; ++i) bus.Send(kFrame, one.listener);
+  for (int i = 0; i < 3; ++i) {
+    loop->Advance(SharedCanBus::kPatience - SharedCanBus::kRetryInterval);
+    adapter.room = 1;
+    loop->Advance(SharedCanBus::kRetryInterval);
+  }
+  EXPECT_THAT(one.heard, IsEmpty());
+  EXPECT_THAT(adapter.taken, SizeIs(3));
+  loop->Advance(SharedCanBus::kPatience);
+  EXPECT_THAT(one.heard, SizeIs(1));
+}
+
+TEST_F(SharedCanBusTest, WithdrawnFramesAreNotSent) {
+  adapter.room = 0;
+  bus.Send(CanFrame({1, false}, {}), one.listener);
+  bus.Send(CanFrame({2, false}, {}), other.listener);
+  EXPECT_TRUE(bus.Withdraw(one.listener));
+  EXPECT_FALSE(bus.Withdraw(one.listener));
+  adapter.room = kEnough;
+  loop->Advance(SharedCanBus::kRetryInterval);
+  EXPECT_THAT(adapter.taken, ElementsAre(2));
+}
+
+TEST_F(SharedCanBusTest, NoMoreFramesWaitThanTheLimit) {
+  adapter.room = 0;
+  for (std::size_t i = 0; i < SharedCanBus::kMostWaiting; ++i) bus.Send(kFrame, one.listener);
+  EXPECT_THAT(one.heard, IsEmpty());
+  bus.Send(kFrame, other.listener);
+  EXPECT_THAT(other.heard, ElementsAre(HasSubstr("8192 frames wait already")));
+}
+
+TEST_F(SharedCanBusTest, FramesWaitForAnAdapterThatConnectsForAsLongAsItTakes) {
+  adapter.ready = false;
+  adapter.room = 0;
+  bus.Reopen([this] { return Open(); });
+  bus.Send(kFrame, one.listener);
+  loop->Advance(10 * SharedCanBus::kPatience);
+  EXPECT_TRUE(bus.IsWaiting(one.listener));
+  adapter.room = kEnough;
+  Events().on_recovered();
+  loop->Advance(SharedCanBus::kRetryInterval);
+  EXPECT_THAT(adapter.taken, SizeIs(1));
+}
+
+TEST_F(SharedCanBusTest, FramesThatWaitAreLostWithTheirBus) {
+  adapter.room = 0;
+  bus.Send(kFrame, one.listener);
+  Events().on_error(Error::kUnplugged, "unplugged");
+  EXPECT_FALSE(bus.IsWaiting(one.listener));
+  adapter.room = kEnough;
+  Advance();
+  EXPECT_THAT(adapter.taken, IsEmpty());
 }
 
 TEST_F(SharedCanBusTest, SendersThatAreGoneAreNotTold) {

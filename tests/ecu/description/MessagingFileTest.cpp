@@ -49,6 +49,26 @@ TEST(MessagingFileTest, ElementsWithoutIdentifiersAreLeftOut) {
   EXPECT_TRUE(file.frames.empty());
 }
 
+TEST(MessagingFileTest, ItemOutsideItsFrameIsRefusedByName) {
+  const auto refusal = [](const std::string& place) {
+    try {
+      Load("<xml><messaging><Frame Id='1A0' Name='Wheel'><DataItem Name='Speed' " + place +
+           "/></Frame></messaging></xml>");
+      return std::string("loaded");
+    } catch (const base::Failure& failure) {
+      return failure.Description();
+    }
+  };
+  EXPECT_THAT(refusal("FirstByte='9'"), testing::HasSubstr("messaging.xml: frame Wheel: the data item Speed "
+                                                           "needs 9 bytes, but a CAN frame has 8"));
+  EXPECT_THAT(refusal("FirstByte='8' BitOffset='1'"), testing::HasSubstr("needs 9 bytes"));
+  EXPECT_THAT(refusal("FirstByte='8' BitsCount='16' ByteOrder='little'"),
+              testing::HasSubstr("needs 9 bytes"));
+  EXPECT_THAT(refusal("FirstByte='1' BitsCount='72' Coding='ascii'"), testing::HasSubstr("needs 9 bytes"));
+  EXPECT_EQ(refusal("FirstByte='1' BitsCount='64'"), "loaded");
+  EXPECT_EQ(refusal("FirstByte='8'"), "loaded");
+}
+
 TEST(MessagingFileTest, OtherFilesAreRefusedWithASentence) {
   EXPECT_THROW(LoadMessagingFile("/nowhere/messaging.xml"), base::Failure);
   EXPECT_THROW(Load("<xml/>"), base::Failure);
