@@ -54,7 +54,7 @@ void TcpPath::Reopen() noexcept {
   try {
     StartListening();
   } catch (const base::Failure& failure) {
-    console_.Line(std::string("Init WinSock error : ") + failure.what());
+    console_.Line("Init WinSock error : " + failure.Description());
   }
 }
 
