@@ -39,10 +39,12 @@ host::ControlParts CompleteWithUsualParts(host::ControlParts views) {
   parts.loop = std::make_shared<platform::QtEventLoop>();
   parts.settings = std::make_shared<platform::QSettingsStore>(QString(), QString(), report);
   parts.power = std::make_shared<platform::LogindPower>();
-  parts.serial_port = std::make_shared<platform::QtSerialPort>(trace);
+  const auto serial_port = std::make_shared<platform::QtSerialPort>(trace);
+  parts.serial_port = serial_port;
   parts.tcp_server = std::make_shared<platform::QtTcpSocket>(QHostAddress(QHostAddress::Any),
                                                              platform::QtTcpSocket::Subnets(), trace);
-  parts.port_scout = std::make_shared<platform::DevicePortScout>(parts.loop);
+  parts.port_scout = std::make_shared<platform::DevicePortScout>(
+      parts.loop, [serial_port] { return serial_port->Device(); });
   parts.create_session = NoSession;
   return parts;
 }
