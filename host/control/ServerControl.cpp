@@ -239,7 +239,7 @@ void ServerControl::LookAfterSerialPort() {
 
 void ServerControl::QORGetInstallationInformation() {
   installation_ = ReadInstallationInformation(*parts_.settings, installation_);
-  diagnosis_.SetServerFolder(installation_.install_location);
+  diagnosis_.SetServerFolder(installation_.install_location, parts_.application_folder);
 }
 
 void ServerControl::DropCollections() {

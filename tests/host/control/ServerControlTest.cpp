@@ -194,6 +194,19 @@ TEST_F(ServerControlTest, TheServerFolderIsTheInstallLocation) {
   EXPECT_THAT(session->log, ::testing::Contains("ErrorsFile=/opt/host/errors.xml"));
 }
 
+TEST_F(ServerControlTest, TheErrorTextsAreNeverLookedForInTheWorkingDirectory) {
+  const auto errors_file = [this] {
+    session->log.clear();
+    const auto control = Started();
+    tcp->Connect();
+    tcp->Arrive(kInit);
+    return session->log.at(1);
+  };
+  EXPECT_EQ(errors_file(), "ErrorsFile=/opt/korval/errors.xml") << "nothing is installed";
+  settings->user["QOR/General/ServerName"] = "data";
+  EXPECT_EQ(errors_file(), "ErrorsFile=/opt/korval/data/errors.xml");
+}
+
 TEST_F(ServerControlTest, ResetAllTracesItsStepsAndReopensBothTransports) {
   settings->user["KorvalAsapServer/Properties/comAutoStart"] = "1";
   const auto control = Started();
