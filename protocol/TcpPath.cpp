@@ -181,6 +181,8 @@ void TcpPath::Serve() {
     runner_.DropPowerRequest();
     return;
   }
+  if (runner_.PendingPowerRequest() != PowerRequest::kNone && !socket_.IsClientTrusted())
+    runner_.RefusePowerRequest(socket_.RemoteHostIp());
   Answer(outcome);
   ServePowerRequest(false);
 }

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include <QCoreApplication>
-#include <QHostAddress>
 
 #include "base/Failure.h"
 #include "diag/LinkErrors.h"
@@ -41,8 +40,7 @@ host::ControlParts CompleteWithUsualParts(host::ControlParts views) {
   parts.power = std::make_shared<platform::LogindPower>();
   const auto serial_port = std::make_shared<platform::QtSerialPort>(trace);
   parts.serial_port = serial_port;
-  parts.tcp_server = std::make_shared<platform::QtTcpSocket>(QHostAddress(QHostAddress::Any),
-                                                             platform::QtTcpSocket::Subnets(), trace);
+  parts.tcp_server = std::make_shared<platform::QtTcpSocket>(trace);
   parts.port_scout = std::make_shared<platform::DevicePortScout>(
       parts.loop, [serial_port] { return serial_port->Device(); });
   parts.create_session = NoSession;

@@ -40,6 +40,8 @@ host::OverrideSettings::Overrides OverridesOf(const Options& options) {
   if (options.serial_port) set(host::PropertyPath("CommPort"), std::to_string(*options.serial_port));
   if (options.handshaking) set(host::PropertyPath("Handshaking"), std::to_string(*options.handshaking));
   if (options.tcp_port) set(host::PropertyPath("tcpipPort"), std::to_string(*options.tcp_port));
+  set(host::PropertyPath("Listen"), options.listen);
+  set(host::PropertyPath("Allow"), options.allow);
   if (options.open_serial) set(host::PropertyPath("comAutoStart"), "-1");
   return overrides;
 }
@@ -109,8 +111,7 @@ host::ControlParts CompleteParts(const Options& options, host::ControlParts view
   const auto serial_port = OpenSerial(options, parts);
   const auto client_line = [serial_port] { return serial_port->Device(); };
   parts.serial_port = serial_port;
-  parts.tcp_server = std::make_shared<platform::QtTcpSocket>(options.listen_address, options.allowed_clients,
-                                                             TraceTo(parts.terminal));
+  parts.tcp_server = std::make_shared<platform::QtTcpSocket>(TraceTo(parts.terminal));
   parts.tcp_port = options.tcp_port;
   parts.asap_folder = options.asap_folder;
   parts.korv_folder = options.korv_folder;
@@ -121,6 +122,12 @@ host::ControlParts CompleteParts(const Options& options, host::ControlParts view
 
 void ChooseDiagnosticPort(const host::ControlParts& parts) {
   if (parts.settings->Read(kCommPort)) return;
+  if (!parts.settings->IsReadable()) {
+    TraceTo(parts.terminal)(
+        "Which diagnostic interface was chosen cannot be read, and none is taken: mend the settings file or "
+        "remove it, or name the interface (--diag-port)");
+    return;
+  }
   host::HostSettings(*parts.settings).RegSetValue("General", "CommPort", "SIM");
   TraceTo(parts.terminal)(
       "No diagnostic interface chosen yet: the simulated ECU answers (General/CommPort=SIM)");

@@ -68,6 +68,32 @@ class TcpPathTest : public ::testing::Test {
 std::string WaitingRequest() { return Request(14).ToHex(); }
 constexpr const char* kWaitingReply = "000A000E000000010019";
 
+TEST_F(TcpPathTest, APowerRequestOfAClientThatIsNotTrustedIsAnsweredAndRefused) {
+  const std::vector<std::pair<PowerRequest, std::string>> requests = {{PowerRequest::kReboot, "reboot"},
+                                                                      {PowerRequest::kShutdown, "shutdown"}};
+  for (const auto& [request, name] : requests) {
+    bench_.services.has_diagnosis_object = true;
+    bench_.socket.is_client_trusted = false;
+    AttachWaiting(CommandCode::kGetParameter, [&] { bench_.server->runner.PendingPowerRequest() = request; });
+    Arrive(WaitingRequest());
+    EXPECT_EQ(bench_.socket.TakeSent(), Replies{kWaitingReply});
+    EXPECT_EQ(bench_.TakeTrace(),
+              "Remote " + name +
+                  " refused: 127.0.0.2 is neither this machine nor an allowed client; name it "
+                  "(--allow 127.0.0.2, or Allowed clients in the settings)\r\n");
+    EXPECT_TRUE(bench_.services.has_diagnosis_object) << "the session goes on";
+    EXPECT_TRUE(bench_.socket.HasClient());
+    for (const std::string& entry : bench_.log)
+      EXPECT_EQ(entry.find("ExitWindows"), std::string::npos) << entry;
+
+    bench_.socket.is_client_trusted = true;
+    AttachWaiting(CommandCode::kGetParameter, [] {});
+    Arrive(WaitingRequest());
+    EXPECT_EQ(bench_.TakeTrace(), "") << "nor is it carried out later";
+    bench_.socket.TakeSent();
+  }
+}
+
 TEST_F(TcpPathTest, ListeningTracesTheRequestedPortAndTheSocketsOwnValues) {
   tests::ProtocolBench bench;
   bench.server->tcp.StartListening();
