@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -16,14 +17,18 @@ inline constexpr std::int32_t kOwnFailure = 1;
 class Failure : public std::runtime_error {
  public:
   Failure(std::int32_t number, const std::string& description)
-      : std::runtime_error(description), number_(number) {}
+      : std::runtime_error(description),
+        number_(number),
+        description_(std::make_shared<const std::string>(description)) {}
   explicit Failure(const std::string& description) : Failure(kOwnFailure, description) {}
 
   std::int32_t Number() const noexcept { return number_; }
-  std::string Description() const { return what(); }
+  /// The whole text; what() ends at its first NUL, which a client's name may hold.
+  const std::string& Description() const noexcept { return *description_; }
 
  private:
   std::int32_t number_;
+  std::shared_ptr<const std::string> description_;  // shared: an exception's copy must not throw
 };
 
 /// Carries out one step of a closing that goes on to its end, whatever the step raises.

@@ -14,7 +14,7 @@ bool HasDriveLetter(const std::string& name) { return name.size() >= 2 && name[1
 
 std::filesystem::path PathInFolder(const std::string& folder, const std::string& name) {
   if (name.empty()) throw Failure("No file name given");
-  if (name.find('\0') != std::string::npos) throw Failure("File name holds a NUL character");
+  if (name.find('\0') != std::string::npos) throw Failure("File name '" + name + "' holds a NUL character");
   std::string portable = name;
   std::replace(portable.begin(), portable.end(), '\\', '/');
   const std::filesystem::path relative = std::filesystem::path(portable).lexically_normal();

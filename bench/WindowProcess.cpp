@@ -34,7 +34,7 @@ WindowProcess::WindowProcess(const std::string& asap_folder, const std::string& 
   if (process_ < 0) throw std::runtime_error("no process");
   if (process_ == 0) {
     apps::Options options;
-    options.listen_address = QHostAddress(QHostAddress::LocalHost);
+    options.listen = "127.0.0.1";
     options.tcp_port = static_cast<std::uint16_t>(port_);
     options.dry_run_power = true;
     options.diag_port = "SIM";

@@ -46,7 +46,8 @@ void DiagnosisObject::Open() {
     session = create_session_();
     session_ = session;
     session->SetLanguage("en");
-    session->SetErrorsFile((std::filesystem::path(server_folder_) / "errors.xml").string());
+    session->SetErrorsFile(
+        (std::filesystem::path(application_folder_) / server_folder_ / "errors.xml").string());
     session->SetPort(session->Port());
     // An event inside the wait for the interface may have ended the client's session.
     if (session_ != session) throw base::Failure(kSessionLost, "The session was closed while it was opened");

@@ -24,8 +24,12 @@ class DiagnosisObject {
   DiagnosisObject(host::TraceConsole& console, SessionFactory create_session,
                   std::function<void()> drop_collections);
 
-  /// Folder of the installed diagnostic software, where the table of error texts lies.
-  void SetServerFolder(const std::string& folder) { server_folder_ = folder; }
+  /// Folder of the installed diagnostic software, where the table of error texts lies. One that is not
+  /// absolute, or none, is looked for from the application's own folder, never from the working directory.
+  void SetServerFolder(const std::string& folder, const std::string& application_folder) {
+    server_folder_ = folder;
+    application_folder_ = application_folder;
+  }
 
   /// The diagnosis object, null when there is none.
   std::shared_ptr<viator3::Session> Session() const { return session_; }
@@ -50,6 +54,7 @@ class DiagnosisObject {
   SessionFactory create_session_;
   std::function<void()> drop_collections_;
   std::string server_folder_;
+  std::string application_folder_;
   std::shared_ptr<viator3::Session> session_;
   bool session_is_external_ = false;
 };

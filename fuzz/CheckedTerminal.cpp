@@ -2,7 +2,9 @@
 #include "fuzz/CheckedTerminal.h"
 
 #include <algorithm>
+#include <string>
 
+#include "base/VisibleText.h"
 #include "fuzz/Require.h"
 
 namespace korval::fuzz {
@@ -12,6 +14,12 @@ bool StartsCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC
 
 std::size_t CharactersOf(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), StartsCharacter));
+}
+
+// Whatever a client sent, the one control character of a trace line is its end.
+bool IsVisible(std::string_view text) {
+  const std::string line(text.substr(0, text.find("\r\n")));
+  return base::VisibleText(line) == line && (line.size() == text.size() || line.size() + 2 == text.size());
 }
 
 bool HasWholeLineEnds(std::string_view text) {
@@ -38,6 +46,7 @@ void CheckedTerminal::Select(std::size_t start, std::size_t length) {
 
 void CheckedTerminal::ReplaceSelection(std::string_view text) {
   Require(HasWholeLineEnds(text), "every line end is a CR LF");
+  Require(IsVisible(text), "a piece of the trace is at most one line, without control characters");
   const std::size_t characters = CharactersOf(text);
   length_ = length_ - selected_ + characters;
   Select(start_ + characters, 0);

@@ -8,9 +8,12 @@
 
 namespace korval::platform {
 
-DevicePortScout::DevicePortScout(std::shared_ptr<base::EventLoop> loop)
+DevicePortScout::DevicePortScout(std::shared_ptr<base::EventLoop> loop,
+                                 std::function<std::string()> client_line)
     : DevicePortScout(
-          std::move(loop), [] { return ScanInterfaces(); }, [] { return InterfaceNames(); }) {}
+          std::move(loop),
+          [line = std::move(client_line)] { return WithoutDevice(ScanInterfaces(), line()); },
+          [] { return InterfaceNames(); }) {}
 
 DevicePortScout::DevicePortScout(std::shared_ptr<base::EventLoop> loop, Scan scan, Glimpse glimpse)
     : loop_(std::move(loop)),

@@ -14,9 +14,9 @@
 
 namespace korval::platform {
 
-/// Lists the plugged-in interfaces that have a serial number. Every two seconds it takes a glimpse at what is
-/// there, and looks closer only when that differs: a few times, because the serial number comes after the
-/// name.
+/// Lists the plugged-in interfaces that have a serial number, without the one that is the client's RS232
+/// line. Every two seconds it takes a glimpse at what is there, and looks closer only when that differs: a
+/// few times, because the serial number comes after the name.
 class DevicePortScout : public diag::PortScout {
  public:
   using Scan = std::function<std::vector<PluggedInterface>()>;
@@ -25,8 +25,8 @@ class DevicePortScout : public diag::PortScout {
   static constexpr std::chrono::milliseconds kInterval{2000};
   static constexpr int kLooks = 3;
 
-  /// On this computer's interfaces.
-  explicit DevicePortScout(std::shared_ptr<base::EventLoop> loop);
+  /// On this computer's interfaces; `client_line` gives the device of the RS232 line.
+  DevicePortScout(std::shared_ptr<base::EventLoop> loop, std::function<std::string()> client_line);
   DevicePortScout(std::shared_ptr<base::EventLoop> loop, Scan scan, Glimpse glimpse);
 
   std::string DeviceList() override;

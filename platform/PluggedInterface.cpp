@@ -7,6 +7,10 @@
 #include <QFile>
 #include <QSerialPortInfo>
 
+#ifndef Q_OS_WIN
+#include <sys/stat.h>
+#endif
+
 namespace korval::platform {
 namespace {
 
@@ -38,6 +42,18 @@ void AddCanInterfaces(const QDir& net, std::vector<PluggedInterface>& found) {
   }
 }
 
+bool IsSameDevice(const std::string& one, const std::string& other) {
+  if (one == other) return true;
+#ifdef Q_OS_WIN
+  return false;
+#else
+  struct stat first = {};
+  struct stat second = {};
+  if (::stat(one.c_str(), &first) != 0 || ::stat(other.c_str(), &second) != 0) return false;
+  return S_ISCHR(first.st_mode) && S_ISCHR(second.st_mode) && first.st_rdev == second.st_rdev;
+#endif
+}
+
 }  // namespace
 
 std::vector<PluggedInterface> ScanInterfaces(const QString& class_folder) {
@@ -45,6 +61,12 @@ std::vector<PluggedInterface> ScanInterfaces(const QString& class_folder) {
   AddSerialPorts(found);
   AddCanInterfaces(QDir(class_folder + "/net"), found);
   return found;
+}
+
+std::vector<PluggedInterface> WithoutDevice(std::vector<PluggedInterface> interfaces,
+                                            const std::string& path) {
+  std::erase_if(interfaces, [&](const auto& plugged) { return IsSameDevice(plugged.port, path); });
+  return interfaces;
 }
 
 QStringList InterfaceNames(const QString& class_folder) {

@@ -26,6 +26,10 @@ struct PluggedInterface {
 /// answered.
 std::vector<PluggedInterface> ScanInterfaces(const QString& class_folder = "/sys/class");
 
+/// `interfaces` without those whose port is the device `path`, whatever link or name either goes by.
+std::vector<PluggedInterface> WithoutDevice(std::vector<PluggedInterface> interfaces,
+                                            const std::string& path);
+
 /// The names of everything that a scan would look at; they change when an interface is plugged in or pulled.
 /// Takes well below 1 ms.
 QStringList InterfaceNames(const QString& class_folder = "/sys/class");

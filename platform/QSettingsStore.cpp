@@ -59,9 +59,19 @@ QSettings::Status ReadWhole(const QSettings& settings) {
 std::string Problem(const QString& path, QSettings::Status status) {
   const std::string file = "Settings file " + path.toStdString();
   if (status == QSettings::FormatError) {
-    return file + " is damaged: the server runs on defaults and saves nothing until it is mended or removed";
+    return file +
+           " is damaged: the server runs on defaults, lets in clients on this computer only unless --allow "
+           "names others, and saves nothing until it is mended or removed";
   }
   return file + " cannot be read or written: check that its folder exists, and the access rights of both";
+}
+
+std::string RecordProblem(const QSettings& record) {
+  const std::string file = "Installation record " + record.fileName().toStdString();
+  if (record.status() == QSettings::FormatError) {
+    return file + " is damaged: nothing of it counts until it is mended and the server is started anew";
+  }
+  return file + " cannot be read, nothing of it counts: check its access rights and start the server anew";
 }
 
 // Raises Failure that names `file` when the values cannot be written.
@@ -95,11 +105,13 @@ QSettingsStore::QSettingsStore(const QString& user_file, const QString& machine_
       machine_(OpenMachine(machine_file)),
       user_file_(user_->fileName()),
       lock_wait_(lock_wait) {
-  if (ReadWhole(*machine_) != QSettings::NoError) report_(Problem(machine_->fileName(), machine_->status()));
+  if (ReadWhole(*machine_) != QSettings::NoError) report_(RecordProblem(*machine_));
   if (ReadWhole(*user_) != QSettings::NoError) ReportUser(Problem(user_file_, user_->status()));
 }
 
 QSettingsStore::~QSettingsStore() = default;
+
+bool QSettingsStore::IsReadable() const { return user_->status() == QSettings::NoError; }
 
 std::optional<std::string> QSettingsStore::Read(const std::string& path) const {
   const auto unsaved = unsaved_.find(path);

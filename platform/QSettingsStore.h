@@ -30,6 +30,7 @@ class QSettingsStore : public host::SettingsStore {
                  std::chrono::milliseconds lock_wait = kLockWait);
   ~QSettingsStore() override;
 
+  bool IsReadable() const override;
   std::optional<std::string> Read(const std::string& path) const override;
   /// Waits for the file's lock: as long as kLockWait at first, not at all once that was in vain.
   void Write(const std::string& path, const std::string& value) override;

@@ -58,7 +58,7 @@ std::string WhatToDo(QAbstractSocket::SocketError error) {
     case QAbstractSocket::SocketAccessError:
       return "ports below 1024 need special rights; choose a higher one (--tcp-port)";
     case QAbstractSocket::SocketAddressNotAvailableError:
-      return "choose an address of this machine (--listen)";
+      return "choose an address of this machine (--listen, or Listen on in the settings)";
     default:
       return "check the address and the port (--listen, --tcp-port)";
   }
@@ -66,10 +66,8 @@ std::string WhatToDo(QAbstractSocket::SocketError error) {
 
 }  // namespace
 
-QtTcpSocket::QtTcpSocket(const QHostAddress& address, Subnets allowed, Report report)
-    : address_(address),
-      allowed_(std::move(allowed)),
-      report_(std::move(report)),
+QtTcpSocket::QtTcpSocket(Report report)
+    : report_(std::move(report)),
       events_(std::make_shared<const Events>()),
       server_(std::make_unique<Listener>([this](qintptr descriptor) { OnIncoming(descriptor); })) {
   // Qt stops accepting for good when the process has no descriptor left for a moment.
@@ -80,6 +78,12 @@ QtTcpSocket::QtTcpSocket(const QHostAddress& address, Subnets allowed, Report re
 
 QtTcpSocket::~QtTcpSocket() = default;
 
+void QtTcpSocket::SetAccess(const std::string& listen, const std::string& allow) {
+  server_->close();
+  listen_ = listen;
+  allow_ = allow;
+}
+
 void QtTcpSocket::SetLocalPort(std::uint16_t port) {
   if (port != port_) kept_port_ = 0;
   port_ = port;
@@ -89,25 +93,31 @@ void QtTcpSocket::Listen() {
   const std::uint16_t port = port_ == 0 ? kept_port_ : port_;
   if (server_->isListening() && server_->serverPort() == port) return;
   server_->close();
-  if (!server_->listen(address_, port)) {
+  ReadAccess(port);
+  const QHostAddress& address = access_.address;
+  if (!server_->listen(address, port)) {
     throw base::Failure("TCP port " + std::to_string(port) + " on " +
-                        (IsEveryAddress(address_) ? "all addresses" : AddressText(address_)) +
+                        (IsEveryAddress(address) ? "all addresses" : AddressText(address)) +
                         " cannot be opened: " + server_->errorString().toStdString() + "; " +
                         WhatToDo(server_->serverError()));
   }
   if (port_ == 0) kept_port_ = server_->serverPort();
 }
 
-bool QtTcpSocket::IsAllowed(const QHostAddress& client) const {
-  return allowed_.isEmpty() || std::any_of(allowed_.begin(), allowed_.end(),
-                                           [&](const auto& subnet) { return client.isInSubnet(subnet); });
+void QtTcpSocket::ReadAccess(std::uint16_t port) {
+  try {
+    access_ = ReadTcpAccess(listen_, allow_);
+  } catch (const base::Failure& failure) {
+    throw base::Failure("TCP port " + std::to_string(port) + " stays closed: " + failure.Description());
+  }
 }
 
 void QtTcpSocket::OnIncoming(qintptr descriptor) {
   auto connection = std::make_unique<TcpConnection>(descriptor);
   const QHostAddress client = Plain(connection->RemoteAddress());
-  if (!IsAllowed(client)) {
-    Tell("Client " + AddressText(client) + " refused, it is not allowed (--allow)");
+  if (!access_.LetsIn(client)) {
+    Tell("Client " + AddressText(client) +
+         " refused, it is not allowed (--allow, or Allowed clients in the settings)");
     return;
   }
   if (requests_.size() >= kRequestLimit) return;
@@ -212,11 +222,15 @@ protocol::TcpSocket::State QtTcpSocket::CurrentState() const {
   return server_->isListening() ? State::kListening : State::kClosed;
 }
 
+bool QtTcpSocket::IsClientTrusted() const {
+  return client_ && access_.Trusts(Plain(client_->RemoteAddress()), Plain(client_->LocalAddress()));
+}
+
 std::string QtTcpSocket::LocalHostName() const { return QHostInfo::localHostName().toStdString(); }
 
 std::string QtTcpSocket::LocalIp() const {
   if (client_) return AddressText(client_->LocalAddress());
-  return IsEveryAddress(address_) ? FirstOwnAddress() : AddressText(address_);
+  return IsEveryAddress(access_.address) ? FirstOwnAddress() : AddressText(access_.address);
 }
 
 std::uint16_t QtTcpSocket::LocalPort() const {

@@ -7,11 +7,9 @@
 #include <string>
 #include <utility>
 
-#include <QHostAddress>
-#include <QList>
 #include <QObject>
-#include <QPair>
 
+#include "platform/TcpAccess.h"
 #include "platform/TcpConnection.h"
 #include "protocol/TcpSocket.h"
 
@@ -23,7 +21,6 @@ namespace korval::platform {
 /// destroyed inside any of its own events.
 class QtTcpSocket : public QObject, public protocol::TcpSocket {
  public:
-  using Subnets = QList<QPair<QHostAddress, int>>;
   using Report = std::function<void(const std::string&)>;
 
   /// Replies that a client leaves unread: above this many bytes it is dropped with a close event.
@@ -31,18 +28,20 @@ class QtTcpSocket : public QObject, public protocol::TcpSocket {
   /// Clients that wait to be announced: above this many, newcomers are turned away.
   static constexpr std::size_t kRequestLimit = 64;
 
-  /// Listens on `address`. Only clients of `allowed` are let in, when it is not empty; `report` is told of
-  /// each that is turned away or dropped for its behaviour.
-  explicit QtTcpSocket(const QHostAddress& address, Subnets allowed = {}, Report report = {});
+  /// `report` is told of each client that is turned away or dropped for its behaviour.
+  explicit QtTcpSocket(Report report = {});
   ~QtTcpSocket() override;
 
   void SetEvents(Events events) override { events_ = std::make_shared<const Events>(std::move(events)); }
+  /// The texts that ReadTcpAccess takes.
+  void SetAccess(const std::string& listen, const std::string& allow) override;
   void SetLocalPort(std::uint16_t port) override;
   void Listen() override;
   bool Accept(RequestId request) override;
   void Disconnect() override;
   void Close() override;
   State CurrentState() const override;
+  bool IsClientTrusted() const override;
   base::ByteView Received() const override { return received_.View(); }
   base::ByteBuffer Receive() override { return std::exchange(received_, {}); }
   void Send(base::ByteView bytes) override;
@@ -58,8 +57,8 @@ class QtTcpSocket : public QObject, public protocol::TcpSocket {
   std::uint16_t RemotePort() const override;
 
  private:
+  void ReadAccess(std::uint16_t port);
   void OnIncoming(qintptr descriptor);
-  bool IsAllowed(const QHostAddress& client) const;
   void AnnounceNext();
   bool ClientHasLeft() const;
   /// False at the end of the stream.
@@ -69,8 +68,9 @@ class QtTcpSocket : public QObject, public protocol::TcpSocket {
   void DropClient();
   void Tell(const std::string& text) const;
 
-  QHostAddress address_;
-  Subnets allowed_;
+  std::string listen_;
+  std::string allow_;
+  TcpAccess access_;  // what the two texts mean, once it listens
   Report report_;
   std::shared_ptr<const Events> events_;  // held by whoever is inside one
   std::unique_ptr<QTcpServer> server_;

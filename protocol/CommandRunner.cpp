@@ -48,4 +48,12 @@ void CommandRunner::DropPowerRequest() {
   console_.Line("Remote power request dropped, its reply could not be sent");
 }
 
+void CommandRunner::RefusePowerRequest(const std::string& address) {
+  const PowerRequest request = std::exchange(power_request_, PowerRequest::kNone);
+  if (request == PowerRequest::kNone) return;
+  console_.Line(std::string("Remote ") + (request == PowerRequest::kReboot ? "reboot" : "shutdown") +
+                " refused: " + address + " is neither this machine nor an allowed client; name it (--allow " +
+                address + ", or Allowed clients in the settings)");
+}
+
 }  // namespace korval::protocol

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "base/ByteBuffer.h"
 #include "host/power/PowerControl.h"
@@ -46,6 +47,8 @@ class CommandRunner {
   void ActOnPowerRequest();
   /// Forgets a power request whose reply was never sent, and says so.
   void DropPowerRequest();
+  /// Forgets a power request of a client at `address` that is not to be trusted with it, and says so.
+  void RefusePowerRequest(const std::string& address);
 
  private:
   Dispatcher& dispatcher_;

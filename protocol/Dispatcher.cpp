@@ -80,6 +80,8 @@ std::int32_t Dispatcher::Run(const Row& row, base::ByteView parameters, base::By
   std::string description;
   try {
     return row.handler(parameters, reply);
+  } catch (const base::Failure& failure) {
+    description = failure.Description();
   } catch (const std::exception& failure) {
     description = failure.what();
   }

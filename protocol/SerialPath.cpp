@@ -78,7 +78,7 @@ void SerialPath::Change(bool open) {
     open ? port_.Open() : port_.Close();
     port_.DeliverRawBytes();
   } catch (const base::Failure& refused) {
-    failure = refused.what();
+    failure = refused.Description();
   }
   if (!failure.empty() && failure != failure_) console_.Line("Error : " + failure);
   failure_ = failure;

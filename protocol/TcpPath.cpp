@@ -54,7 +54,7 @@ void TcpPath::Reopen() noexcept {
   try {
     StartListening();
   } catch (const base::Failure& failure) {
-    console_.Line(std::string("Init WinSock error : ") + failure.what());
+    console_.Line("Init WinSock error : " + failure.Description());
   }
 }
 
@@ -181,6 +181,8 @@ void TcpPath::Serve() {
     runner_.DropPowerRequest();
     return;
   }
+  if (runner_.PendingPowerRequest() != PowerRequest::kNone && !socket_.IsClientTrusted())
+    runner_.RefusePowerRequest(socket_.RemoteHostIp());
   Answer(outcome);
   ServePowerRequest(false);
 }

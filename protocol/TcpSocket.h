@@ -32,10 +32,13 @@ class TcpSocket {
   virtual ~TcpSocket() = default;
   virtual void SetEvents(Events events) = 0;
 
+  /// The local address to listen on, "" for all of them, and the clients to let in, "" for everybody. Both
+  /// hold from the next Listen on, which refuses texts that it does not understand.
+  virtual void SetAccess(const std::string& listen, const std::string& allow) = 0;
   /// 0 takes any free port when listening begins; that port is then kept for later calls of Listen.
   virtual void SetLocalPort(std::uint16_t port) = 0;
-  /// Starts listening, or goes on when it already does. Raises Failure when the port cannot be opened,
-  /// with the port, the reason and what to do.
+  /// Starts listening, or goes on when it already does. Raises Failure when the port cannot be opened or
+  /// nobody knows for whom, with the port, the reason and what to do.
   virtual void Listen() = 0;
   /// Makes the requesting client the current one. False when that client has gone meanwhile.
   virtual bool Accept(RequestId request) = 0;
@@ -45,6 +48,8 @@ class TcpSocket {
   virtual void Close() = 0;
 
   virtual State CurrentState() const = 0;
+  /// Whether the current client is on this machine or one of those that SetAccess lists.
+  virtual bool IsClientTrusted() const = 0;
   /// The receive queue, which it leaves as it is. The queue is bounded: a client that sends more than
   /// kReceiveQueueLimit bytes without being read is dropped with a close event.
   virtual base::ByteView Received() const = 0;

@@ -8,6 +8,7 @@
 
 #include "host/control/ConfigPanelLogic.h"
 #include "platform/QSettingsStore.h"
+#include "platform/TcpAccess.h"
 #include "ui/MessageBoxView.h"
 #include "ui/PanelFace.h"
 
@@ -37,7 +38,8 @@ class ConfigComPort::Private {
       : store(std::move(panel_store)),
         box(std::move(panel_box)),
         face(panel),
-        logic(face, *store, *box, [&panel](bool cancelled) { panel.RaiseValueChanged(cancelled); }) {}
+        logic(face, *store, *box, platform::ReadTcpAccess,
+              [&panel](bool cancelled) { panel.RaiseValueChanged(cancelled); }) {}
 
   std::shared_ptr<host::SettingsStore> store;
   std::shared_ptr<host::MessageBox> box;
@@ -80,8 +82,15 @@ void ConfigComPort::LoadPropertySettings() { d_->face.LoadLists(); }
 
 void ConfigComPort::SetValue(const QString& setting, int comm_port, int handshaking, int com_auto_open,
                              int tcp_ip_port, const QString& asap_folder, const QString& korv_folder) {
-  Load({setting.toStdString(), comm_port, handshaking, com_auto_open != 0, tcp_ip_port,
-        asap_folder.toStdString(), korv_folder.toStdString()});
+  host::PanelValues values = Values();
+  values.setting = setting.toStdString();
+  values.comm_port = comm_port;
+  values.handshaking = handshaking;
+  values.com_auto_open = com_auto_open != 0;
+  values.tcp_ip_port = tcp_ip_port;
+  values.asap_folder = asap_folder.toStdString();
+  values.korv_folder = korv_folder.toStdString();
+  Load(values);
 }
 
 void ConfigComPort::Load(const host::PanelValues& values) { d_->logic.SetValue(values); }

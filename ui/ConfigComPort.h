@@ -17,8 +17,8 @@ struct PanelValues;
 
 namespace korval::ui {
 
-/// The settings panel: the serial line, the TCP port and the two folders of the server. OK saves them to
-/// the server's settings; `ValueChanged` tells the end of an edit.
+/// The settings panel: the serial line, the TCP port with its clients, and the two folders of the server. OK
+/// saves them to the server's settings; `ValueChanged` tells the end of an edit.
 class KORVAL_UI_EXPORT ConfigComPort : public QWidget {
   Q_OBJECT
   Q_PROPERTY(QString AsapFolder READ AsapFolder WRITE SetAsapFolder DESIGNABLE false STORED false)
@@ -60,7 +60,8 @@ class KORVAL_UI_EXPORT ConfigComPort : public QWidget {
 
   /// Fills the lists. It has run once when the panel is there.
   Q_INVOKABLE void LoadPropertySettings();
-  /// Loads the fields; `com_auto_open` is true for every number but 0.
+  /// Loads the fields; `com_auto_open` is true for every number but 0. Where to listen and whom to let in
+  /// stays as it is.
   Q_INVOKABLE void SetValue(const QString& setting, int comm_port, int handshaking, int com_auto_open,
                             int tcp_ip_port, const QString& asap_folder, const QString& korv_folder);
 

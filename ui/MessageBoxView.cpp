@@ -3,6 +3,8 @@
 
 #include <QMessageBox>
 
+#include "base/VisibleText.h"
+
 namespace korval::ui {
 namespace {
 
@@ -21,7 +23,7 @@ bool RaiseOpenBox(const QWidget& parent, const QString& text) {
 
 void MessageBoxView::Show(const std::string& text, host::MessageStyle style) {
   if (!parent_) return;
-  const QString shown = QString::fromStdString(text);
+  const QString shown = QString::fromStdString(base::VisibleText(text));
   if (RaiseOpenBox(*parent_, shown)) return;
   const auto icon = style == host::MessageStyle::kExclamation ? QMessageBox::Warning : QMessageBox::NoIcon;
   auto* box = new QMessageBox(icon, QObject::tr("Korval Asap server"), shown, QMessageBox::Ok, parent_);

@@ -28,6 +28,14 @@ QComboBox* List(const char* name, const QString& accessible_name) {
   return list;
 }
 
+QLineEdit* Field(const char* name, const QString& accessible_name, const QString& tool_tip) {
+  auto* field = new QLineEdit;
+  field->setObjectName(QString::fromLatin1(name));
+  field->setAccessibleName(accessible_name);
+  field->setToolTip(tool_tip);
+  return field;
+}
+
 QGroupBox* Frame(const char* name, const QString& title) {
   auto* frame = new QGroupBox(title);
   frame->setObjectName(QString::fromLatin1(name));
@@ -133,12 +141,19 @@ QWidget* PanelFace::FlowFrame() {
 
 QWidget* PanelFace::TcpFrame() {
   auto* frame = Frame("Frame2", QObject::tr("TCPIP"));
-  tcp_port_ = new QLineEdit("1001");
-  tcp_port_->setObjectName("txportip");
-  tcp_port_->setAccessibleName(QObject::tr("TCP port number"));
-  tcp_port_->setToolTip(QObject::tr("1 to 65535"));
+  tcp_port_ = Field("txportip", QObject::tr("TCP port number"), QObject::tr("1 to 65535"));
+  tcp_port_->setText("1001");
+  listen_ = Field("txlisten", QObject::tr("Listen on"),
+                  QObject::tr("An IP address of this computer; empty: all of them"));
+  listen_->setPlaceholderText(QObject::tr("all addresses"));
+  allow_ = Field("txallow", QObject::tr("Allowed clients"),
+                 QObject::tr("IP addresses and networks with commas between them, as in 192.168.4.0/24, "
+                             "127.0.0.1; empty: every client"));
+  allow_->setPlaceholderText(QObject::tr("every client"));
   auto* rows = new QFormLayout(frame);
   rows->addRow(Label(QObject::tr("Port number"), tcp_port_, "Label2"), tcp_port_);
+  rows->addRow(Label(QObject::tr("Listen on"), listen_), listen_);
+  rows->addRow(Label(QObject::tr("Allowed clients"), allow_), allow_);
   return frame;
 }
 
@@ -180,6 +195,10 @@ std::string PanelFace::KorvDirPath() const { return korv_->Path().toStdString();
 
 void PanelFace::ShowTcpPort(const std::string& text) { tcp_port_->setText(QString::fromStdString(text)); }
 std::string PanelFace::TcpPort() const { return tcp_port_->text().toStdString(); }
+void PanelFace::ShowListen(const std::string& text) { listen_->setText(QString::fromStdString(text)); }
+std::string PanelFace::Listen() const { return listen_->text().toStdString(); }
+void PanelFace::ShowAllow(const std::string& text) { allow_->setText(QString::fromStdString(text)); }
+std::string PanelFace::Allow() const { return allow_->text().toStdString(); }
 
 // The line may run at a speed that the list does not offer; it joins the list.
 void PanelFace::ShowSpeed(const std::string& text) {

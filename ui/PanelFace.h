@@ -31,6 +31,10 @@ class PanelFace : public host::PanelFields {
   std::string KorvDirPath() const override;
   void ShowTcpPort(const std::string& text) override;
   std::string TcpPort() const override;
+  void ShowListen(const std::string& text) override;
+  std::string Listen() const override;
+  void ShowAllow(const std::string& text) override;
+  std::string Allow() const override;
   void ShowSpeed(const std::string& text) override;
   std::string Speed() const override;
   void SelectParity(int position) override;
@@ -62,6 +66,8 @@ class PanelFace : public host::PanelFields {
   QButtonGroup* flow_ = nullptr;
   QCheckBox* open_at_start_ = nullptr;
   QLineEdit* tcp_port_ = nullptr;
+  QLineEdit* listen_ = nullptr;
+  QLineEdit* allow_ = nullptr;
   FolderPicker* asap_ = nullptr;
   FolderPicker* korv_ = nullptr;
   QPushButton* ok_ = nullptr;

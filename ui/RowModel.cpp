@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/VisibleText.h"
+
 namespace korval::ui {
 
 RowModel::RowModel(QStringList headers, QObject* parent)
@@ -69,8 +71,9 @@ int RowModel::columnCount(const QModelIndex& parent) const {
 
 QVariant RowModel::data(const QModelIndex& index, int role) const {
   if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
-  return QString::fromStdString(
-      shown_[static_cast<std::size_t>(index.row())][static_cast<std::size_t>(index.column())]);
+  const std::string& cell =
+      shown_[static_cast<std::size_t>(index.row())][static_cast<std::size_t>(index.column())];
+  return QString::fromStdString(base::VisibleText(cell));
 }
 
 QVariant RowModel::headerData(int section, Qt::Orientation orientation, int role) const {

@@ -3,6 +3,7 @@
 
 #include <QPointer>
 
+#include "base/VisibleText.h"
 #include "host/trace/StatusView.h"
 #include "ui/Face.h"
 
@@ -17,7 +18,7 @@ class StatusFace : public host::StatusView {
     if (face_) face_->ShowSessionStatus(QString::fromStdString(text));
   }
   void ShowRemoteSystem(const std::string& text) override {
-    if (face_) face_->ShowRemoteSystem(QString::fromStdString(text));
+    if (face_) face_->ShowRemoteSystem(QString::fromStdString(base::VisibleText(text)));
   }
   void ShowPanel(const std::string& key, const std::string& text) override {
     if (face_) face_->Panels().ShowPanel(QString::fromStdString(key), QString::fromStdString(text));

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include <QCoreApplication>
-#include <QHostAddress>
 
 #include "base/Failure.h"
 #include "diag/LinkErrors.h"
@@ -39,10 +38,11 @@ host::ControlParts CompleteWithUsualParts(host::ControlParts views) {
   parts.loop = std::make_shared<platform::QtEventLoop>();
   parts.settings = std::make_shared<platform::QSettingsStore>(QString(), QString(), report);
   parts.power = std::make_shared<platform::LogindPower>();
-  parts.serial_port = std::make_shared<platform::QtSerialPort>(trace);
-  parts.tcp_server = std::make_shared<platform::QtTcpSocket>(QHostAddress(QHostAddress::Any),
-                                                             platform::QtTcpSocket::Subnets(), trace);
-  parts.port_scout = std::make_shared<platform::DevicePortScout>(parts.loop);
+  const auto serial_port = std::make_shared<platform::QtSerialPort>(trace);
+  parts.serial_port = serial_port;
+  parts.tcp_server = std::make_shared<platform::QtTcpSocket>(trace);
+  parts.port_scout = std::make_shared<platform::DevicePortScout>(
+      parts.loop, [serial_port] { return serial_port->Device(); });
   parts.create_session = NoSession;
   return parts;
 }

@@ -11,6 +11,7 @@
 #include "apps/asap3/Watch.h"
 #include "base/Failure.h"
 #include "base/NumberText.h"
+#include "base/VisibleText.h"
 #include "client/ClientErrors.h"
 #include "client/ReplyReader.h"
 
@@ -99,7 +100,7 @@ class Runner {
   }
 
   void Print(const std::string& text, const JsonLine& json) const {
-    std::cout << (options_.json ? json.Text() : text) << std::endl;
+    std::cout << (options_.json ? json.Text() : base::VisibleText(text)) << std::endl;
   }
 
   void Identify(const client::ServerIdentity& identity) const {

@@ -14,7 +14,7 @@ void AppendEscaped(std::string& json, char32_t character) {
   if (character == '"' || character == '\\') {
     json += '\\';
     json += static_cast<char>(character);
-  } else if (character < 0x20) {
+  } else if (character < 0x20 || (character >= 0x7F && character <= 0x9F)) {
     const auto byte = static_cast<std::uint8_t>(character);
     json += "\\u00" + base::HexText({&byte, 1});
   } else {

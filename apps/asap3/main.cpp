@@ -10,6 +10,7 @@
 #include "apps/asap3/Commands.h"
 #include "apps/asap3/JsonLine.h"
 #include "apps/asap3/Options.h"
+#include "base/VisibleText.h"
 #include "client/ClientErrors.h"
 #include "client/DeviceChannel.h"
 #include "client/ReplyReader.h"
@@ -36,7 +37,7 @@ void Report(const Options& options, const std::string& text, const JsonLine& jso
   if (options.json)
     std::cout << json.Text() << std::endl;
   else
-    std::cerr << "asap3: " << text << std::endl;
+    std::cerr << "asap3: " << korval::base::VisibleText(text) << std::endl;
 }
 
 int Run(const Options& options) {

@@ -41,6 +41,8 @@ host::OverrideSettings::Overrides OverridesOf(const Options& options) {
   if (options.serial_port) set(host::PropertyPath("CommPort"), std::to_string(*options.serial_port));
   if (options.handshaking) set(host::PropertyPath("Handshaking"), std::to_string(*options.handshaking));
   if (options.tcp_port) set(host::PropertyPath("tcpipPort"), std::to_string(*options.tcp_port));
+  set(host::PropertyPath("Listen"), options.listen);
+  set(host::PropertyPath("Allow"), options.allow);
   if (options.open_serial) set(host::PropertyPath("comAutoStart"), "-1");
   return overrides;
 }
@@ -65,7 +67,7 @@ std::shared_ptr<host::PowerPlatform> OpenPower(const Options& options, const hos
   return std::make_shared<platform::LogindPower>();
 }
 
-std::shared_ptr<protocol::SerialPort> OpenSerial(const Options& options, const host::ControlParts& parts) {
+std::shared_ptr<platform::QtSerialPort> OpenSerial(const Options& options, const host::ControlParts& parts) {
   auto port = std::make_shared<platform::QtSerialPort>(TraceTo(parts.terminal));
   if (options.serial_device) {
     const auto settings = host::ReadServerSettings(*parts.settings, parts.application_folder);
@@ -81,11 +83,11 @@ std::string EightDigits(std::int32_t identifier) {
 }
 
 // A session on the port that is chosen when it is created.
-diag::DiagnosisObject::SessionFactory SessionFactory(const Options& options,
-                                                     const host::ControlParts& parts) {
+diag::DiagnosisObject::SessionFactory SessionFactory(const Options& options, const host::ControlParts& parts,
+                                                     const VehicleLinks::ClientLine& client_line) {
   const auto trace = TraceTo(parts.terminal);
   return [loop = parts.loop, store = parts.settings, folder = parts.application_folder, trace,
-          links = VehicleLinks(parts.settings, options.bus_trace, trace)] {
+          links = VehicleLinks(parts.settings, client_line, options.bus_trace, trace)] {
     ecu::SessionEnvironment environment;
     links.AddTo(environment);
     environment.loop = loop;
@@ -110,19 +112,26 @@ host::ControlParts CompleteParts(const Options& options, host::ControlParts view
   parts.loop = std::make_shared<platform::QtEventLoop>();
   parts.settings = OpenSettings(options, parts, stand_ins);
   parts.power = OpenPower(options, parts);
-  parts.serial_port = OpenSerial(options, parts);
-  parts.tcp_server = std::make_shared<platform::QtTcpSocket>(options.listen_address, options.allowed_clients,
-                                                             TraceTo(parts.terminal));
+  const auto serial_port = OpenSerial(options, parts);
+  const auto client_line = [serial_port] { return serial_port->Device(); };
+  parts.serial_port = serial_port;
+  parts.tcp_server = std::make_shared<platform::QtTcpSocket>(TraceTo(parts.terminal));
   parts.tcp_port = options.tcp_port;
   parts.asap_folder = options.asap_folder;
   parts.korv_folder = options.korv_folder;
-  parts.port_scout = std::make_shared<platform::DevicePortScout>(parts.loop);
-  parts.create_session = SessionFactory(options, parts);
+  parts.port_scout = std::make_shared<platform::DevicePortScout>(parts.loop, client_line);
+  parts.create_session = SessionFactory(options, parts, client_line);
   return parts;
 }
 
 void ChooseDiagnosticPort(const host::ControlParts& parts) {
   if (parts.settings->Read(kCommPort)) return;
+  if (!parts.settings->IsReadable()) {
+    TraceTo(parts.terminal)(
+        "Which diagnostic interface was chosen cannot be read, and none is taken: mend the settings file or "
+        "remove it, or name the interface (--diag-port)");
+    return;
+  }
   host::HostSettings(*parts.settings).RegSetValue("General", "CommPort", "SIM");
   TraceTo(parts.terminal)(
       "No diagnostic interface chosen yet: the simulated ECU answers (General/CommPort=SIM)");

@@ -13,8 +13,8 @@ namespace korval::apps {
 host::ControlParts CompleteParts(const Options& options, host::ControlParts views,
                                  const host::OverrideSettings::Overrides& stand_ins = {});
 
-/// Chooses the simulated ECU, and traces so, when no diagnostic port was ever chosen. The control has traced
-/// its banner by then.
+/// Chooses the simulated ECU, and traces so, when no diagnostic port was ever chosen; not when nobody can
+/// tell, for its values must not stand in for a vehicle's. The control has traced its banner by then.
 void ChooseDiagnosticPort(const host::ControlParts& parts);
 
 }  // namespace korval::apps

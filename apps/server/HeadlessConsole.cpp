@@ -5,15 +5,11 @@
 
 #include <unistd.h>
 
+#include "base/VisibleText.h"
 #include "platform/process/StandardStreams.h"
 
 namespace korval::apps {
 namespace {
-
-bool IsSteering(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return (byte < 0x20 && c != '\n' && c != '\t') || byte == 0x7F;
-}
 
 base::BackgroundWriter::Settings WriterTo(int descriptor) {
   base::BackgroundWriter::Settings settings;
@@ -40,7 +36,7 @@ HeadlessConsole::HeadlessConsole(std::function<void(std::error_code)> on_output_
 
 void HeadlessConsole::Trace(std::string_view text) { repeated_.Append(text); }
 
-void HeadlessConsole::Error(const std::string& sentence) { errors_.Append(sentence + "\n"); }
+void HeadlessConsole::Error(const std::string& sentence) { errors_.Append(base::VisibleText(sentence) + "\n"); }
 
 void HeadlessConsole::FinishTrace() {
   repeated_.Finish();
@@ -48,10 +44,8 @@ void HeadlessConsole::FinishTrace() {
 }
 
 void HeadlessConsole::Write(std::string_view text) {
-  static const bool on_terminal = ::isatty(STDOUT_FILENO) == 1;
   std::string output(text);
   output.erase(std::remove(output.begin(), output.end(), '\r'), output.end());
-  if (on_terminal) std::replace_if(output.begin(), output.end(), IsSteering, '.');
   output_.Append(output);
 }
 

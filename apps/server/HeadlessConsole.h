@@ -27,10 +27,9 @@ class HeadlessConsole {
   /// `on_output_lost` is told once, on a thread of the console's own, why standard output takes nothing more.
   explicit HeadlessConsole(std::function<void(std::error_code)> on_output_lost);
 
-  /// A piece of the trace goes to standard output, line ends as LF. On a terminal, control characters that a
-  /// client sent are shown as dots: they must not steer the reader's terminal.
+  /// A piece of the trace goes to standard output, line ends as LF.
   void Trace(std::string_view text);
-  /// A sentence goes to standard error as a line.
+  /// A sentence goes to standard error as a line, its control characters as base::VisibleText has them.
   void Error(const std::string& sentence);
   /// Writes what the trace still holds, as far as it is taken. Nothing is traced afterwards.
   void FinishTrace();

@@ -4,6 +4,9 @@
 #include <QCommandLineParser>
 #include <QDir>
 
+#include "base/Failure.h"
+#include "platform/TcpAccess.h"
+
 namespace korval::apps {
 namespace {
 
@@ -83,17 +86,26 @@ class Values {
   const QCommandLineParser& parser_;
 };
 
-QHostAddress ListenAddress(const QString& text) {
-  QHostAddress address;
-  if (!address.setAddress(text)) Refuse("listen", text, "an IP address of this machine");
-  return address;
+bool IsAccess(const QString& listen, const QString& allow) {
+  try {
+    platform::ReadTcpAccess(listen.toStdString(), allow.toStdString());
+    return true;
+  } catch (const base::Failure&) {
+    return false;
+  }
 }
 
-Options::Subnet Subnet(const QString& text) {
-  Options::Subnet subnet = QHostAddress::parseSubnet(text);
-  if (subnet.second < 0)
-    Refuse("allow", text, "an IP address, or one with the bits of its network (10.0.0.0/8)");
-  return subnet;
+std::string ListenAddress(const QString& text) {
+  if (text.isEmpty() || !IsAccess(text, {})) Refuse("listen", text, "an IP address of this machine");
+  return text.toStdString();
+}
+
+std::string AllowedClients(const QStringList& texts) {
+  for (const QString& text : texts) {
+    if (text.isEmpty() || !IsAccess({}, text))
+      Refuse("allow", text, "an IP address, or one with the bits of its network (10.0.0.0/8)");
+  }
+  return texts.join(QStringLiteral(", ")).toStdString();
 }
 
 bool IsDryRun(const QString& text) {
@@ -117,8 +129,8 @@ Options ParseOptions(const QStringList& arguments) {
   options.debug = parser.isSet("debug");
   options.open_serial = parser.isSet("open-serial");
   if (parser.isSet("power")) options.dry_run_power = IsDryRun(parser.value("power"));
-  if (parser.isSet("listen")) options.listen_address = ListenAddress(parser.value("listen"));
-  for (const QString& text : parser.values("allow")) options.allowed_clients.push_back(Subnet(text));
+  if (parser.isSet("listen")) options.listen = ListenAddress(parser.value("listen"));
+  if (parser.isSet("allow")) options.allow = AllowedClients(parser.values("allow"));
   const Values values(parser);
   if (const auto port = values.Number("tcp-port", 0, 65535, "a port from 0 to 65535")) {
     options.tcp_port = static_cast<std::uint16_t>(*port);

@@ -5,9 +5,6 @@
 #include <optional>
 #include <string>
 
-#include <QHostAddress>
-#include <QList>
-#include <QPair>
 #include <QStringList>
 
 #include "apps/UsageError.h"
@@ -16,16 +13,15 @@ namespace korval::apps {
 
 /// The server's command line. What is not given leaves the stored setting in force.
 struct Options {
-  using Subnet = QPair<QHostAddress, int>;  // address and the bits of its network
-
   bool headless = false;
   bool help = false;
   bool version = false;
   bool debug = false;
   bool open_serial = false;
   bool dry_run_power = false;
-  QHostAddress listen_address{QHostAddress::Any};
-  QList<Subnet> allowed_clients;
+  std::optional<std::string> listen;
+  /// As the settings have them, with commas between them.
+  std::optional<std::string> allow;
   std::optional<std::uint16_t> tcp_port;
   std::optional<std::int32_t> serial_port;
   std::optional<std::string> serial_device;

@@ -29,9 +29,10 @@ std::unique_ptr<ecu::KLineWire> OpenKLineWire(const Log& log, const Trace& trace
   return std::make_unique<ecu::TracedKLineWire>(std::move(wire), log, device);
 }
 
-std::string PortOfChosenInterface(host::SettingsStore& settings) {
+std::string PortOfChosenInterface(host::SettingsStore& settings, const std::string& client_line) {
   const std::string chosen = host::HostSettings(settings).RegGetValue("Hardware", "InstanceName", "");
-  for (const platform::PluggedInterface& plugged : platform::ScanInterfaces()) {
+  const auto free = platform::WithoutDevice(platform::ScanInterfaces(), client_line);
+  for (const platform::PluggedInterface& plugged : free) {
     if (!chosen.empty() && plugged.serial_number == chosen) return plugged.port;
   }
   return "";
@@ -47,9 +48,12 @@ Log OpenLog(const std::optional<std::string>& path, const Trace& trace) {
 
 }  // namespace
 
-VehicleLinks::VehicleLinks(std::shared_ptr<host::SettingsStore> settings,
+VehicleLinks::VehicleLinks(std::shared_ptr<host::SettingsStore> settings, ClientLine client_line,
                            const std::optional<std::string>& bus_trace, Trace trace)
-    : settings_(std::move(settings)), trace_(std::move(trace)), log_(OpenLog(bus_trace, trace_)) {}
+    : settings_(std::move(settings)),
+      client_line_(std::move(client_line)),
+      trace_(std::move(trace)),
+      log_(OpenLog(bus_trace, trace_)) {}
 
 void VehicleLinks::AddTo(ecu::SessionEnvironment& environment) const {
   environment.open_can_bus = [log = log_](const std::string& plugin, const std::string& interface,
@@ -61,7 +65,9 @@ void VehicleLinks::AddTo(ecu::SessionEnvironment& environment) const {
   };
   environment.kline_ports = kline_ports_;
   environment.on_note = trace_;
-  environment.find_usb_port = [settings = settings_] { return PortOfChosenInterface(*settings); };
+  environment.find_usb_port = [settings = settings_, line = client_line_] {
+    return PortOfChosenInterface(*settings, line());
+  };
 }
 
 }  // namespace korval::apps

@@ -15,16 +15,19 @@ namespace korval::apps {
 /// The adapters on vehicles' wires, as sessions of this computer open them.
 class VehicleLinks {
  public:
-  /// The chosen USB interface is read from `settings`. What goes over the wires is recorded in `bus_trace`,
-  /// if any; `trace` is told what the person at the console has to know. Raises Failure when that file cannot
-  /// be written.
-  VehicleLinks(std::shared_ptr<host::SettingsStore> settings, const std::optional<std::string>& bus_trace,
-               std::function<void(const std::string&)> trace);
+  using ClientLine = std::function<std::string()>;
+
+  /// The chosen USB interface is read from `settings`; it is never the device of the client's RS232 line.
+  /// What goes over the wires is recorded in `bus_trace`, if any; `trace` is told what the person at the
+  /// console has to know. Raises Failure when that file cannot be written.
+  VehicleLinks(std::shared_ptr<host::SettingsStore> settings, ClientLine client_line,
+               const std::optional<std::string>& bus_trace, std::function<void(const std::string&)> trace);
 
   void AddTo(ecu::SessionEnvironment& environment) const;
 
  private:
   std::shared_ptr<host::SettingsStore> settings_;
+  ClientLine client_line_;
   std::function<void(const std::string&)> trace_;
   std::shared_ptr<ecu::BusLog> log_;  // null: nothing is recorded
   std::shared_ptr<ecu::KLinePorts> kline_ports_ = std::make_shared<ecu::KLinePorts>();

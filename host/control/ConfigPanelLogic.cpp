@@ -35,27 +35,41 @@ ServerSettings ToSettings(const PanelValues& values) {
   settings.korv_folder = values.korv_folder;
   settings.open_serial_at_start = values.com_auto_open;
   settings.tcp_port = static_cast<std::uint16_t>(values.tcp_ip_port);
+  settings.listen = values.listen;
+  settings.allow = values.allow;
   return settings;
 }
 
 }  // namespace
 
 ConfigPanelLogic::ConfigPanelLogic(PanelFields& fields, SettingsStore& store, MessageBox& message_box,
-                                   OnValueChanged on_value_changed)
+                                   CheckAccess check_access, OnValueChanged on_value_changed)
     : fields_(fields),
       store_(store),
       message_box_(message_box),
-      on_value_changed_(std::move(on_value_changed)) {}
+      check_access_(std::move(check_access)),
+      on_value_changed_(std::move(on_value_changed)) {
+  const ServerSettings stored = ReadServerSettings(store_, "");
+  values_.listen = stored.listen;
+  values_.allow = stored.allow;
+  ShowAccess();
+}
 
 void ConfigPanelLogic::SetValue(const PanelValues& values) {
   values_ = values;
   fields_.ShowAsapFolder(values.asap_folder);
   fields_.ShowKorvFolder(values.korv_folder);
   fields_.ShowTcpPort(std::to_string(values.tcp_ip_port));
+  ShowAccess();
   ShowSetting(values.setting);
   fields_.SelectPort(values.comm_port - 1);
   fields_.SelectFlow(values.handshaking);
   fields_.ShowOpenAtStart(values.com_auto_open);
+}
+
+void ConfigPanelLogic::ShowAccess() {
+  fields_.ShowListen(values_.listen);
+  fields_.ShowAllow(values_.allow);
 }
 
 void ConfigPanelLogic::ShowSetting(const std::string& setting) {
@@ -73,6 +87,7 @@ void ConfigPanelLogic::Ok() {
   try {
     PanelValues taken = TakeFields();
     base::ReadSerialSettings(taken.setting);
+    check_access_(taken.listen, taken.allow);
     values_ = std::move(taken);
   } catch (const base::Failure& failure) {
     message_box_.Show(failure.Description(), MessageStyle::kExclamation);
@@ -95,6 +110,8 @@ PanelValues ConfigPanelLogic::TakeFields() const {
   taken.comm_port = fields_.SelectedPort() + 1;
   taken.com_auto_open = fields_.OpenAtStart();
   taken.tcp_ip_port = TcpPortOf(fields_.TcpPort()).value_or(values_.tcp_ip_port);
+  taken.listen = Trimmed(fields_.Listen());
+  taken.allow = Trimmed(fields_.Allow());
   taken.setting = ComposeSetting();
   taken.handshaking = fields_.SelectedFlow();
   return taken;

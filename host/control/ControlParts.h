@@ -41,7 +41,7 @@ struct ControlParts {
   std::shared_ptr<protocol::TcpSocket> tcp_server;
   std::shared_ptr<protocol::SerialPort> serial_port;
   diag::DiagnosisObject::SessionFactory create_session;
-  /// Stands in for the folders that no setting names.
+  /// Absolute. Stands in for the folders that no setting names.
   std::string application_folder;
   /// Takes the place of the stored TCP port for this run; 0 takes any free one.
   std::optional<std::uint16_t> tcp_port;

@@ -20,6 +20,10 @@ class PanelFields {
 
   virtual void ShowTcpPort(const std::string& text) = 0;
   virtual std::string TcpPort() const = 0;
+  virtual void ShowListen(const std::string& text) = 0;
+  virtual std::string Listen() const = 0;
+  virtual void ShowAllow(const std::string& text) = 0;
+  virtual std::string Allow() const = 0;
 
   virtual void ShowSpeed(const std::string& text) = 0;
   virtual std::string Speed() const = 0;

@@ -19,6 +19,9 @@ struct PanelValues {
   std::int32_t tcp_ip_port = 0;
   std::string asap_folder;
   std::string korv_folder;
+  /// Where the TCP port listens and whom it lets in, as ServerSettings has them.
+  std::string listen;
+  std::string allow;
 
   friend bool operator==(const PanelValues&, const PanelValues&) = default;
 };

@@ -87,6 +87,8 @@ bool ServerControl::ApplySettings() {
   folders_ = {parts_.asap_folder.value_or(parts_.application_folder),
               parts_.korv_folder.value_or(parts_.application_folder)};
   tcp_path_.SetPort(tcp_port_ = parts_.tcp_port.value_or(ServerSettings::kDefaultTcpPort));
+  // Before anything may end the start: a port that is opened all the same lets nobody in by that.
+  SetAccess(stored.listen, stored.allow);
   protocol::SerialPort& port = *parts_.serial_port;
   try {
     if (!stored.serial_settings.empty()) port.SetSettings(stored.serial_settings);
@@ -172,8 +174,9 @@ void ServerControl::EditProperties() {
 
 PanelValues ServerControl::CurrentValues() const {
   const protocol::SerialPort& port = *parts_.serial_port;
-  return {port.Settings(), port.PortNumber(), port.Handshaking(), open_serial_at_start_,
-          tcp_port_,       folders_.asap,     folders_.korv};
+  return {port.Settings(),       port.PortNumber(), port.Handshaking(),
+          open_serial_at_start_, tcp_port_,         folders_.asap,
+          folders_.korv,         listen_,           allow_};
 }
 
 void ServerControl::TakePanelResult(bool cancelled) {
@@ -196,6 +199,11 @@ void ServerControl::TakeValues(const PanelValues& values) {
   folders_ = {values.asap_folder, values.korv_folder};
   open_serial_at_start_ = values.com_auto_open;
   tcp_path_.SetPort(tcp_port_ = static_cast<std::uint16_t>(values.tcp_ip_port));
+  SetAccess(values.listen, values.allow);
+}
+
+void ServerControl::SetAccess(const std::string& listen, const std::string& allow) {
+  parts_.tcp_server->SetAccess(listen_ = listen, allow_ = allow);
 }
 
 void ServerControl::CloseTransports() {
@@ -240,7 +248,7 @@ void ServerControl::LookAfterSerialPort() {
 
 void ServerControl::QORGetInstallationInformation() {
   installation_ = ReadInstallationInformation(*parts_.settings, installation_);
-  diagnosis_.SetServerFolder(installation_.install_location);
+  diagnosis_.SetServerFolder(installation_.install_location, parts_.application_folder);
 }
 
 void ServerControl::DropCollections() {

@@ -96,6 +96,7 @@ class ServerControl : private protocol::SessionServices {
   void WatchDevices();
   PanelValues CurrentValues() const;
   void TakeValues(const PanelValues& values);
+  void SetAccess(const std::string& listen, const std::string& allow);
   void CloseTransports();
   void OpenSerialPort();
   void LookAfterSerialPort();
@@ -111,6 +112,8 @@ class ServerControl : private protocol::SessionServices {
   ControlParts parts_;
   TraceConsole console_;
   std::uint16_t tcp_port_ = ServerSettings::kDefaultTcpPort;
+  std::string listen_;
+  std::string allow_;
   bool open_serial_at_start_ = false;
   // Closing a session may wait with the events running, and any of these may happen inside.
   bool editing_ = false;

@@ -20,6 +20,7 @@ class OverrideSettings : public SettingsStore {
   OverrideSettings(std::shared_ptr<SettingsStore> store, Overrides overrides)
       : store_(std::move(store)), overrides_(std::move(overrides)) {}
 
+  bool IsReadable() const override { return store_->IsReadable(); }
   std::optional<std::string> Read(const std::string& path) const override {
     const auto found = overrides_.find(path);
     return found == overrides_.end() ? store_->Read(path) : found->second;

@@ -11,6 +11,8 @@
 namespace korval::host {
 namespace {
 
+constexpr char kThisMachine[] = "127.0.0.0/8, ::1";
+
 std::optional<std::int32_t> ReadIntegerBetween(std::int32_t lowest, std::int32_t highest,
                                                const std::string& text) {
   const auto number = base::ReadInteger(text);
@@ -55,6 +57,8 @@ ServerSettings ReadServerSettings(const SettingsStore& store, const std::string&
   settings.tcp_port = TcpPortOf(read("tcpipPort", "1001"));
   // Every text but "0" opens the port, the word False included.
   settings.open_serial_at_start = read("comAutoStart", "0") != "0";
+  settings.listen = read("Listen", "");
+  settings.allow = read("Allow", store.IsReadable() ? "" : kThisMachine);
   return settings;
 }
 
@@ -74,6 +78,11 @@ void SaveServerSettings(SettingsStore& store, const ServerSettings& settings) {
   write("KorvFolder", settings.korv_folder);
   write("comAutoStart", settings.open_serial_at_start ? "-1" : "0");
   write("tcpipPort", std::to_string(settings.tcp_port));
+  const auto write_changed = [&](const char* key, const std::string& value) {
+    if (store.Read(PropertyPath(key)).value_or("") != value) write(key, value);
+  };
+  write_changed("Listen", settings.listen);
+  write_changed("Allow", settings.allow);
   if (last_failure) throw base::Failure(*last_failure);
 }
 

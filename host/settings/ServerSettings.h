@@ -27,6 +27,10 @@ struct ServerSettings {
   /// 1 to 65535.
   std::uint16_t tcp_port = kDefaultTcpPort;
   bool open_serial_at_start = false;
+  /// IP address to listen on, "" for all, and the clients to let in, "" for everybody, as the TCP socket
+  /// reads them.
+  std::string listen;
+  std::string allow;
 
   friend bool operator==(const ServerSettings&, const ServerSettings&) = default;
 };
@@ -35,11 +39,13 @@ struct ServerSettings {
 std::string PropertyPath(const std::string& key);
 
 /// Reads every setting. One that is absent or cannot be converted has its default; the default of both
-/// folders is `application_folder`.
+/// folders is `application_folder`. From a store that cannot be read, `allow` is this machine: nobody knows
+/// whom it kept out.
 ServerSettings ReadServerSettings(const SettingsStore& store, const std::string& application_folder);
 
 /// Saves what the settings panel edits: everything but the echo. Each value is written, whatever became of
-/// the one before; raises the last Failure there was. A `comm_port` of none is not written.
+/// the one before; raises the last Failure there was. A `comm_port` of none is not written, nor are `listen`
+/// and `allow` when they are stored so already.
 void SaveServerSettings(SettingsStore& store, const ServerSettings& settings);
 
 }  // namespace korval::host

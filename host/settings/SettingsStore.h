@@ -11,6 +11,8 @@ namespace korval::host {
 class SettingsStore {
  public:
   virtual ~SettingsStore() = default;
+  /// False when what was stored for this person cannot be read, so that nobody knows what it was.
+  virtual bool IsReadable() const { return true; }
   /// The per-user value; none when it is absent.
   virtual std::optional<std::string> Read(const std::string& path) const = 0;
   /// Raises Failure when the value cannot be stored.

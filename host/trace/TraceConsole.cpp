@@ -4,6 +4,8 @@
 #include <exception>
 #include <utility>
 
+#include "base/VisibleText.h"
+
 namespace korval::host {
 namespace {
 
@@ -64,6 +66,16 @@ void TraceAppend(Terminal& terminal, std::string& text) noexcept {
     // The console must never stop the server, and there is nowhere else to report.
     text.clear();
   }
+}
+
+void TraceConsole::Append(std::string_view text) {
+  std::string piece = base::VisibleText(text);
+  TraceAppend(terminal_, piece);
+}
+
+void TraceConsole::Line(std::string_view text) {
+  std::string line = base::VisibleText(text) + "\r\n";
+  TraceAppend(terminal_, line);
 }
 
 }  // namespace korval::host

@@ -28,9 +28,11 @@ class TraceConsole {
  public:
   explicit TraceConsole(Terminal& terminal) : terminal_(terminal) {}
 
-  void Append(std::string text) noexcept { TraceAppend(terminal_, text); }
-  /// Appends the text and a line end.
-  void Line(std::string_view text) { Append(std::string(text) + "\r\n"); }
+  /// Appends the beginning of a line. Texts of clients and files are part of what is traced, so its control
+  /// characters are written as base::VisibleText has them.
+  void Append(std::string_view text);
+  /// The same, and a line end.
+  void Line(std::string_view text);
 
   /// Whether "Check & debug" is ticked: gates frame dumps and the traces of error records.
   bool DebugTrace() const noexcept { return debug_trace_; }

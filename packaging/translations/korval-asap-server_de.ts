@@ -105,6 +105,30 @@
       <translation>Portnummer</translation>
     </message>
     <message>
+      <source>Listen on</source>
+      <translation>Lauscht auf</translation>
+    </message>
+    <message>
+      <source>An IP address of this computer; empty: all of them</source>
+      <translation>Eine IP-Adresse dieses Rechners; leer: alle</translation>
+    </message>
+    <message>
+      <source>all addresses</source>
+      <translation>allen Adressen</translation>
+    </message>
+    <message>
+      <source>Allowed clients</source>
+      <translation>Zugelassene Clients</translation>
+    </message>
+    <message>
+      <source>IP addresses and networks with commas between them, as in 192.168.4.0/24, 127.0.0.1; empty: every client</source>
+      <translation>IP-Adressen und Netze, mit Kommas getrennt, etwa 192.168.4.0/24, 127.0.0.1; leer: jeder Client</translation>
+    </message>
+    <message>
+      <source>every client</source>
+      <translation>jeder Client</translation>
+    </message>
+    <message>
       <source>OK</source>
       <translation>OK</translation>
     </message>

@@ -16,7 +16,7 @@ using tests::FakeSession;
 
 class DiagnosisObjectTest : public testing::Test {
  protected:
-  DiagnosisObjectTest() { diagnosis_.SetServerFolder("/opt/server"); }
+  DiagnosisObjectTest() { diagnosis_.SetServerFolder("/opt/server", "/opt/application"); }
 
   bool Create() {
     reply_.Clear();

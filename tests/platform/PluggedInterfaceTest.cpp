@@ -71,6 +71,17 @@ TEST_F(PluggedInterfaceTest, AComputerWithoutANetworkFolderHasNoCanInterface) {
               Not(Contains(Field(&PluggedInterface::port, StartsWith("CAN:")))));
 }
 
+TEST_F(PluggedInterfaceTest, ADeviceIsLeftOutUnderEveryNameItGoesBy) {
+  const std::vector<PluggedInterface> plugged{
+      {"/dev/null", "", "KD-1"}, {"/dev/zero", "", "KD-2"}, {"CAN:socketcan:can0", "", "KD-3"}};
+  const std::vector<PluggedInterface> others{plugged[1], plugged[2]};
+  std::filesystem::create_symlink("/dev/null", folder_.Path("bench"));
+  EXPECT_EQ(WithoutDevice(plugged, "/dev/null"), others);
+  EXPECT_EQ(WithoutDevice(plugged, folder_.Path("bench")), others);
+  EXPECT_EQ(WithoutDevice(plugged, folder_.Path("absent")), plugged);
+  EXPECT_EQ(WithoutDevice(plugged, ""), plugged);
+}
+
 TEST_F(PluggedInterfaceTest, TheNamesChangeWithEveryInterface) {
   const auto names = [this] { return InterfaceNames(QString::fromStdString(folder_.Path())); };
   const QStringList before = names();

@@ -119,7 +119,19 @@ TEST_F(QSettingsStoreTest, ReportsADamagedMachineWideRecord) {
   folder_.Write("machine.ini", "DoNotUseWeb\n");
   EXPECT_EQ(Open()->ReadMachineWide("QOR/DoNotUseWeb"), std::nullopt);
   ASSERT_EQ(reports_.size(), 1U);
-  EXPECT_THAT(reports_[0], HasSubstr(folder_.Path("machine.ini") + " is damaged"));
+  EXPECT_THAT(reports_[0], HasSubstr("Installation record " + folder_.Path("machine.ini") + " is damaged"));
+  EXPECT_THAT(reports_[0], ::testing::Not(HasSubstr("saves nothing"))) << "the settings are saved";
+}
+
+TEST_F(QSettingsStoreTest, SaysWhetherWhatWasStoredCanBeRead) {
+  EXPECT_TRUE(Open()->IsReadable()) << "there is no file";
+  folder_.Write("user.ini", "[QOR]\nGeneral\\CommPort=COM3\n");
+  EXPECT_TRUE(Open()->IsReadable());
+  folder_.Write("user.ini", "[KorvalAsapServer]\nProperties\\Allow 192.168.4.0/24\n");
+  EXPECT_FALSE(Open()->IsReadable());
+  std::filesystem::remove(folder_.Path("user.ini"));
+  std::filesystem::create_directory(folder_.Path("user.ini"));
+  EXPECT_FALSE(Open()->IsReadable());
 }
 
 TEST_F(QSettingsStoreTest, TakesAnyBytesForASettingsFile) {

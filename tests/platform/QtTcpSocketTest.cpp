@@ -35,10 +35,10 @@ class QtTcpSocketTest : public QtTest {
   }
 
   /// Listens on a free port of the loopback address.
-  void Listen(QtTcpSocket::Subnets allowed = {}, const QHostAddress& address = QHostAddress::LocalHost) {
-    socket_ = std::make_unique<QtTcpSocket>(address, std::move(allowed),
-                                            [this](const std::string& text) { reports_.push_back(text); });
+  void Listen(const std::string& allow = "", const std::string& address = "127.0.0.1") {
+    socket_ = std::make_unique<QtTcpSocket>([this](const std::string& text) { reports_.push_back(text); });
     socket_->SetEvents(events_);
+    socket_->SetAccess(address, allow);
     socket_->SetLocalPort(0);
     socket_->Listen();
   }
@@ -73,7 +73,7 @@ TEST_F(QtTcpSocketTest, AnnouncesAClientAndAcceptsIt) {
 }
 
 TEST_F(QtTcpSocketTest, ShowsAnIpv4ClientOfBothFamiliesInItsUsualForm) {
-  Listen({}, QHostAddress::Any);
+  Listen("", "");
   const auto client = ConnectAccepted();
   EXPECT_EQ(socket_->RemoteHostIp(), "127.0.0.1");
 }
@@ -359,7 +359,8 @@ TEST_F(QtTcpSocketTest, KeepsTheClientWhenItListensAlready) {
 
 TEST_F(QtTcpSocketTest, SaysWhichPortIsInUseAndWhatToDo) {
   Listen();
-  QtTcpSocket other(QHostAddress::LocalHost);
+  QtTcpSocket other;
+  other.SetAccess("127.0.0.1", "");
   other.SetLocalPort(socket_->LocalPort());
   try {
     other.Listen();
@@ -373,7 +374,8 @@ TEST_F(QtTcpSocketTest, SaysWhichPortIsInUseAndWhatToDo) {
 }
 
 TEST_F(QtTcpSocketTest, SaysThatAnAddressIsNotOfThisMachine) {
-  QtTcpSocket other(QHostAddress("192.0.2.1"));
+  QtTcpSocket other;
+  other.SetAccess("192.0.2.1", "");
   other.SetLocalPort(0);
   try {
     other.Listen();
@@ -385,19 +387,47 @@ TEST_F(QtTcpSocketTest, SaysThatAnAddressIsNotOfThisMachine) {
 }
 
 TEST_F(QtTcpSocketTest, TurnsAwayClientsThatAreNotAllowed) {
-  Listen({QHostAddress::parseSubnet("10.0.0.0/8")});
+  Listen("10.0.0.0/8");
   const auto client = Connect();
   EXPECT_TRUE(RunUntil([&] { return client->IsDropped(); }));
   EXPECT_EQ(accepted_, std::nullopt);
-  EXPECT_THAT(reports_, ElementsAre("Client 127.0.0.1 refused, it is not allowed (--allow)"));
+  EXPECT_THAT(reports_,
+              ElementsAre("Client 127.0.0.1 refused, it is not allowed (--allow, or Allowed clients "
+                          "in the settings)"));
 }
 
 TEST_F(QtTcpSocketTest, LetsAllowedClientsInOnASocketOfBothFamilies) {
-  Listen({QHostAddress::parseSubnet("10.0.0.0/8"), QHostAddress::parseSubnet("127.0.0.1")},
-         QHostAddress::Any);
+  Listen("10.0.0.0/8, 127.0.0.1", "");
   const auto client = ConnectAccepted();
   EXPECT_EQ(accepted_, true);
   EXPECT_THAT(reports_, IsEmpty());
+}
+
+TEST_F(QtTcpSocketTest, StaysClosedWhileNobodyKnowsWhomToLetIn) {
+  Listen();
+  const std::uint16_t port = socket_->LocalPort();
+  socket_->SetAccess("127.0.0.1", "127.0.0.1, 10.0.0.0/88");
+  EXPECT_EQ(socket_->CurrentState(), State::kClosed);
+  try {
+    socket_->Listen();
+    FAIL() << "listens";
+  } catch (const base::Failure& failure) {
+    EXPECT_THAT(failure.Description(), HasSubstr("TCP port " + std::to_string(port) + " stays closed"));
+    EXPECT_THAT(failure.Description(), HasSubstr("'10.0.0.0/88'"));
+  }
+  EXPECT_EQ(socket_->CurrentState(), State::kClosed);
+  socket_->SetAccess("127.0.0.1", "127.0.0.1");
+  socket_->Listen();
+  EXPECT_EQ(socket_->LocalPort(), port);
+  const auto client = ConnectAccepted();
+  EXPECT_EQ(accepted_, true);
+}
+
+TEST_F(QtTcpSocketTest, TrustsAClientOnThisMachine) {
+  Listen();
+  EXPECT_FALSE(socket_->IsClientTrusted()) << "there is none";
+  const auto client = ConnectAccepted();
+  EXPECT_TRUE(socket_->IsClientTrusted());
 }
 
 TEST_F(QtTcpSocketTest, DropsAClientWhoseBytesNobodyReads) {

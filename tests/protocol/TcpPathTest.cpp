@@ -68,6 +68,32 @@ class TcpPathTest : public ::testing::Test {
 std::string WaitingRequest() { return Request(14).ToHex(); }
 constexpr const char* kWaitingReply = "000A000E000000010019";
 
+TEST_F(TcpPathTest, APowerRequestOfAClientThatIsNotTrustedIsAnsweredAndRefused) {
+  const std::vector<std::pair<PowerRequest, std::string>> requests = {{PowerRequest::kReboot, "reboot"},
+                                                                      {PowerRequest::kShutdown, "shutdown"}};
+  for (const auto& [request, name] : requests) {
+    bench_.services.has_diagnosis_object = true;
+    bench_.socket.is_client_trusted = false;
+    AttachWaiting(CommandCode::kGetParameter, [&] { bench_.server->runner.PendingPowerRequest() = request; });
+    Arrive(WaitingRequest());
+    EXPECT_EQ(bench_.socket.TakeSent(), Replies{kWaitingReply});
+    EXPECT_EQ(bench_.TakeTrace(),
+              "Remote " + name +
+                  " refused: 127.0.0.2 is neither this machine nor an allowed client; name it "
+                  "(--allow 127.0.0.2, or Allowed clients in the settings)\r\n");
+    EXPECT_TRUE(bench_.services.has_diagnosis_object) << "the session goes on";
+    EXPECT_TRUE(bench_.socket.HasClient());
+    for (const std::string& entry : bench_.log)
+      EXPECT_EQ(entry.find("ExitWindows"), std::string::npos) << entry;
+
+    bench_.socket.is_client_trusted = true;
+    AttachWaiting(CommandCode::kGetParameter, [] {});
+    Arrive(WaitingRequest());
+    EXPECT_EQ(bench_.TakeTrace(), "") << "nor is it carried out later";
+    bench_.socket.TakeSent();
+  }
+}
+
 TEST_F(TcpPathTest, ListeningTracesTheRequestedPortAndTheSocketsOwnValues) {
   tests::ProtocolBench bench;
   bench.server->tcp.StartListening();
@@ -175,10 +201,9 @@ TEST_F(TcpPathTest, UnknownCommandsAndRefusalsAreAnsweredByTheirStatus) {
 TEST_F(TcpPathTest, AFrameSplitOverTwoArrivalsIsRefusedAndNeverCompleted) {
   Arrive("0006");
   Pause();
-  EXPECT_EQ(bench_.TakeTrace(), std::string("Error : Invalid asap frame (\0\6)\r\n", 33));
+  EXPECT_EQ(bench_.TakeTrace(), "Error : Invalid asap frame (\\x00\\x06)\r\n");
   Arrive("00020008");
-  // 08 is a backspace, so the terminal also loses the 00 before it.
-  EXPECT_EQ(bench_.TakeTrace(), std::string("Error : Invalid asap frame (\0\2)\r\n", 33));
+  EXPECT_EQ(bench_.TakeTrace(), "Error : Invalid asap frame (\\x00\\x02\\x00\\x08)\r\n");
   EXPECT_EQ(bench_.socket.TakeSent(), Replies{});
   Arrive(kInitRequest);
   EXPECT_EQ(bench_.socket.TakeSent(), Replies{kInitReply});
@@ -339,8 +364,7 @@ TEST_F(TcpPathTest, AnIncompleteFrameIsRefusedWithAllOfItsPieces) {
   bench_.loop.Advance(std::chrono::milliseconds(19));
   EXPECT_EQ(bench_.trace, "");
   Pause();
-  // 08 is a backspace.
-  EXPECT_EQ(bench_.trace, "Error : Invalid asap frame (ABCD)\r\n");
+  EXPECT_EQ(bench_.trace, "Error : Invalid asap frame (\\x00\\x08ABCD)\r\n");
 }
 
 TEST_F(TcpPathTest, TheRestOfARefusedFrameIsNotGluedToTheNextFrame) {
@@ -448,7 +472,7 @@ TEST_F(TcpPathTest, AnIncompleteFrameOfAClientThatLeavesOrIsReplacedIsRefusedAtO
   Arrive("00084344");
   bench_.socket.Leave();
   EXPECT_EQ(bench_.TakeTrace(),
-            std::string("Error : Invalid asap frame (CD)\r\nclose WinSock\r\n") + kListenTrace);
+            std::string("Error : Invalid asap frame (\\x00\\x08CD)\r\nclose WinSock\r\n") + kListenTrace);
 }
 
 TEST_F(TcpPathTest, AnArrivalThatWaitsForMoreGoesWithItsClient) {

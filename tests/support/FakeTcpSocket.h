@@ -54,8 +54,16 @@ class FakeTcpSocket : public protocol::TcpSocket {
   std::string listen_failure;
   /// When set, Close raises Failure with this text.
   std::string close_failure;
+  /// What SetAccess was given last.
+  std::string listen_address;
+  std::string allowed_clients;
+  bool is_client_trusted = true;
 
   void SetEvents(Events events) override { events_ = std::move(events); }
+  void SetAccess(const std::string& listen, const std::string& allow) override {
+    listen_address = listen;
+    allowed_clients = allow;
+  }
   void SetLocalPort(std::uint16_t port) override { port_ = port; }
   void Listen() override {
     if (!listen_failure.empty()) throw base::Failure(listen_failure);
@@ -84,6 +92,7 @@ class FakeTcpSocket : public protocol::TcpSocket {
     if (client_) return State::kConnected;
     return listening_ ? State::kListening : State::kClosed;
   }
+  bool IsClientTrusted() const override { return is_client_trusted; }
   base::ByteView Received() const override { return queue_.View(); }
   base::ByteBuffer Receive() override { return std::exchange(queue_, {}); }
   void Send(base::ByteView bytes) override {

@@ -21,6 +21,7 @@ class MemorySettings : public host::SettingsStore {
   explicit MemorySettings(Values user_values = {}, Values machine_values = {})
       : user(std::move(user_values)), machine(std::move(machine_values)) {}
 
+  bool IsReadable() const override { return readable; }
   std::optional<std::string> Read(const std::string& path) const override { return Find(user, path); }
   void Write(const std::string& path, const std::string& value) override {
     if (read_only || refused.contains(path)) throw base::Failure("the settings cannot be written");
@@ -33,6 +34,7 @@ class MemorySettings : public host::SettingsStore {
 
   Values user;
   Values machine;
+  bool readable = true;
   bool read_only = false;
   /// Paths that cannot be written.
   std::set<std::string> refused;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The server's options, its stored settings, and how it ends.
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -243,6 +244,52 @@ TEST_F(CommandLineTest, AnInstallationThatIsNotLocalIsTheServersName) {
   const RawClient client = Connect();
   Succeed(client, Request(kInit));
   EXPECT_EQ(server_->WaitFor("  Server = "), "  Server = /srv/host");
+}
+
+TEST_F(CommandLineTest, OnlyStoredClientsAreServed) {
+  folder_.Write("settings.ini", "[KorvalAsapServer]\nProperties\\Allow=192.0.2.0/24, 127.0.0.1\n");
+  Start();
+  {
+    ExpectGoodSession(Connect());
+    const RawClient stranger("127.0.0.2", port_);
+    EXPECT_TRUE(stranger.EndedByServer());
+  }
+  server_->WaitFor("Client 127.0.0.2 refused");
+  StopInOrder();
+
+  Start({"--allow", "127.0.0.2"});
+  ExpectGoodSession(RawClient("127.0.0.2", port_));
+  const RawClient stranger("127.0.0.1", port_);
+  EXPECT_TRUE(stranger.EndedByServer());
+}
+
+TEST_F(CommandLineTest, TheStoredAddressIsListenedOn) {
+  std::vector<std::string> options = With({"--tcp-port", "0"});
+  const auto listen = std::find(options.begin(), options.end(), "--listen");
+  options.erase(listen, listen + 2);
+  folder_.Write("settings.ini", "[KorvalAsapServer]\nProperties\\Listen=127.0.0.3\n");
+  server_.emplace(options, folder_.Path("home"));
+  EXPECT_EQ(server_->WaitFor("          > LocalIP="), "          > LocalIP=127.0.0.3");
+}
+
+TEST_F(CommandLineTest, AMistypedListOfClientsLetsNobodyIn) {
+  for (const std::string allow : {"192.168.4", "127.0.0.1, 10.0.0.0/88", "127.0.0.1; 10.0.0.1", ","}) {
+    SCOPED_TRACE(allow);
+    folder_.Write("settings.ini", "[KorvalAsapServer]\nProperties\\Allow=\"" + allow + "\"\n");
+    EXPECT_EQ(Run(With({"--tcp-port", "0"})), 1);
+    EXPECT_THAT(server_->StandardError(),
+                AllOf(HasSubstr("stays closed: '"), HasSubstr("is no IP address of allowed clients")));
+  }
+}
+
+TEST_F(CommandLineTest, ADamagedSettingsFileLetsInThisMachineOnlyAndSimulatesNothing) {
+  folder_.Write("settings.ini", "[KorvalAsapServer]\nProperties\\Allow 192.0.2.0/24\n");
+  server_.emplace(With({"--tcp-port", "0"}), folder_.Path("home"));
+  server_->WaitFor("Which diagnostic interface was chosen cannot be read");
+  port_ = server_->WaitForPort();
+  const RawClient client = Connect();
+  EXPECT_EQ(ErrorNumberOf(client.Ask(Request(kInit))), 1001U);
+  EXPECT_THAT(server_->StandardError(), HasSubstr("lets in clients on this computer only"));
 }
 
 TEST_F(CommandLineTest, OnlyAllowedClientsAreServed) {

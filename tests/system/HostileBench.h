@@ -52,7 +52,7 @@ class HostileBench : public ServerBench {
   }
 };
 
-/// Bytes of every kind. Never the backspace, which the trace terminal takes as a command.
+/// Bytes of every kind.
 class ByteSource {
  public:
   explicit ByteSource(unsigned seed) : random_(seed) {}
@@ -81,10 +81,7 @@ class ByteSource {
   std::size_t Below(std::size_t bound) { return random_() % bound; }
 
  private:
-  char Byte() {
-    const char byte = static_cast<char>(static_cast<unsigned char>(Below(256)));
-    return byte == '\b' ? 'b' : byte;
-  }
+  char Byte() { return static_cast<char>(static_cast<unsigned char>(Below(256))); }
   std::string Field() {
     switch (Below(4)) {
       case 0:

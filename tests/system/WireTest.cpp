@@ -22,12 +22,12 @@ class WireTest : public ServerBench {
     return names;
   }
 
-  void StartAtItsEnd() {
+  void StartAtItsEnd(const std::vector<std::string>& more_options = {}) {
     DataNames data;
     for (const std::string& name : ManyNames(250)) data.emplace_back("EngineSpeed", name);
     WritePair("many", EcuFile("Name=\"MANY\"", kEngineRequests, kEngineAnswers), data);
     std::vector<std::string> command = {"netns", "exec", wire_.Server(), KORVAL_ASAP_SERVER};
-    for (const std::string& option : StartOptions({}))
+    for (const std::string& option : StartOptions(more_options))
       command.push_back(option == "127.0.0.1" ? NetworkNamespaces::kServerAddress : option);
     server_.emplace(command, folder_.Path("home"), KORVAL_IP);
     port_ = server_->WaitForPort();
@@ -75,6 +75,26 @@ TEST_F(WireTest, TheClientProgramWatches250Values) {
   for (const std::string& name : ManyNames(250)) command.push_back(name);
   ServerProcess client(command, folder_.Path("client-home"), KORVAL_IP);
   EXPECT_EQ(client.WaitForExit(), 0) << client.StandardError();
+}
+
+TEST_F(WireTest, OnlyANamedClientOnAnotherComputerSwitchesThisOneOff) {
+  StartAtItsEnd();
+  {
+    const auto client = ConnectOverTheWire();
+    OpenEngine(*client);
+    EXPECT_EQ(Hex(client->Ask(ExtendedSetRequest(1, "pcreboot", "1"))), Hex(Reply(kExtendedSet, kSuccess)));
+    EXPECT_THAT(
+        server_->WaitFor("Remote "),
+        ::testing::StartsWith("Remote reboot refused: 10.77.0.2 is neither this machine nor an allowed"));
+    EXPECT_EQ(StatusOf(client->Ask(GetRequest(1, "N"))), kSuccess) << "the session goes on";
+  }
+  StopInOrder();
+
+  StartAtItsEnd({"--allow", NetworkNamespaces::kClientAddress});
+  const auto client = ConnectOverTheWire();
+  OpenEngine(*client);
+  EXPECT_EQ(Hex(client->Ask(ExtendedSetRequest(1, "pcshutdown", "1"))), Hex(Reply(kExtendedSet, kSuccess)));
+  EXPECT_EQ(server_->WaitFor("Remote "), "Remote Shutdown asked ...");
 }
 
 TEST_F(WireTest, ACutWireIsADisconnect) {

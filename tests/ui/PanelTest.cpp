@@ -98,6 +98,41 @@ TEST_F(PanelTest, OffersEveryChoiceInItsOrder) {
   EXPECT_EQ(TcpPort().text(), "1001");
 }
 
+TEST_F(PanelTest, WhereToListenAndWhomToLetInIsEditedAndSaved) {
+  auto& listen = Find<QLineEdit>(panel_, "txlisten");
+  auto& allow = Find<QLineEdit>(panel_, "txallow");
+  EXPECT_EQ(listen.placeholderText(), "all addresses");
+  EXPECT_EQ(allow.placeholderText(), "every client");
+  Load("9600,n,8,1");
+  listen.setText("127.0.0.1");
+  allow.setText("192.168.4.0/24, 127.0.0.1");
+  Ok();
+  EXPECT_THAT(ended_, ElementsAre(false));
+  EXPECT_EQ(panel_.Values().listen, "127.0.0.1");
+  EXPECT_EQ(panel_.Values().allow, "192.168.4.0/24, 127.0.0.1");
+  EXPECT_EQ(Stored("Listen"), "127.0.0.1");
+  EXPECT_EQ(Stored("Allow"), "192.168.4.0/24, 127.0.0.1");
+}
+
+TEST_F(PanelTest, MistypedClientsAreRefusedWithTheirBadPart) {
+  Load("9600,n,8,1");
+  Find<QLineEdit>(panel_, "txallow").setText("127.0.0.1, 192.168.4/24");
+  Ok();
+  EXPECT_THAT(ended_, IsEmpty());
+  EXPECT_THAT(log_, ElementsAre(::testing::HasSubstr("'192.168.4/24' is no IP address of allowed clients")));
+  EXPECT_THAT(store_->written, IsEmpty());
+}
+
+TEST_F(PanelTest, ShowsTheStoredClientsAndLeavesThemAtAnOkWithoutAnEdit) {
+  store_->user = {{"KorvalAsapServer/Properties/Allow", "192.168.4.0/24"}};
+  ui::ConfigComPort panel(store_, std::make_shared<FakeMessageBox>(log_), nullptr);
+  EXPECT_EQ(Find<QLineEdit>(panel, "txallow").text(), "192.168.4.0/24");
+  panel.SetValue("9600,n,8,1", 2, 0, 0, 1001, Folder("asap"), Folder("ecu"));
+  EXPECT_EQ(Find<QLineEdit>(panel, "txallow").text(), "192.168.4.0/24");
+  Find<QPushButton>(panel, "cmdOK").click();
+  EXPECT_EQ(Stored("Allow"), "192.168.4.0/24");
+}
+
 TEST_F(PanelTest, LoadingTheListsAgainDoesNotDoubleThem) {
   EXPECT_TRUE(QMetaObject::invokeMethod(&panel_, "LoadPropertySettings"));
   EXPECT_EQ(List("cboPort").count(), 16);

@@ -50,6 +50,11 @@ TEST_F(RowListTest, ShowsACellThatChanges) {
                                                       "C")}));
 }
 
+TEST_F(RowListTest, ShowsTheControlCharactersOfANameVisibly) {
+  view_.AddRow({std::string("a\0b\r\nc", 6), "1"});
+  EXPECT_EQ(Column(0), QStringList({R"(a\x00b\x0D\x0Ac)"}));
+}
+
 TEST_F(RowListTest, IgnoresACellThatDoesNotExist) {
   view_.AddRow({"N", "1"});
   view_.SetCell(1, 0, "x");

@@ -50,7 +50,8 @@ class SessionWindowTest : public WidgetTest {
   SessionWindowTest(const std::string& description, Complete complete) : complete_(std::move(complete)) {
     folder_.Write("engine.xml", description);
     settings_->user = {{"KorvalAsapServer/Properties/AsapFolder", folder_.Path()},
-                       {"KorvalAsapServer/Properties/KorvFolder", folder_.Path()}};
+                       {"KorvalAsapServer/Properties/KorvFolder", folder_.Path()},
+                       {"KorvalAsapServer/Properties/Listen", "127.0.0.1"}};
     control_ = std::make_unique<ui::KorvAsapServer>(
         [this](host::ControlParts views) { return WithParts(std::move(views)); });
     control_->resize(1000, 700);
@@ -66,8 +67,7 @@ class SessionWindowTest : public WidgetTest {
   CallLog log_;
   std::shared_ptr<WatchedLoop> loop_ = std::make_shared<WatchedLoop>();
   std::shared_ptr<MemorySettings> settings_ = std::make_shared<MemorySettings>();
-  std::shared_ptr<platform::QtTcpSocket> tcp_ = std::make_shared<platform::QtTcpSocket>(
-      QHostAddress(QHostAddress::LocalHost), platform::QtTcpSocket::Subnets(), [](const std::string&) {});
+  std::shared_ptr<platform::QtTcpSocket> tcp_ = std::make_shared<platform::QtTcpSocket>();
   std::unique_ptr<ui::KorvAsapServer> control_;
 
  private:

@@ -76,14 +76,15 @@ TEST_F(TerminalTest, ACharacterOfSeveralBytesCountsAsOne) {
                                        "C"));
 }
 
-TEST_F(TerminalTest, BackspacesAndLineEndsAreShownAsTheyWereTraced) {
-  console_.Append("abc\bd");
+TEST_F(TerminalTest, BackspacesAndLineEndsAreShownAsTheyWereAppended) {
+  const auto append = [this](std::string text) { host::TraceAppend(view_, text); };
+  append("abc\bd");
   EXPECT_EQ(Shown(), "abd");
-  console_.Append("\b\bX");
+  append("\b\bX");
   EXPECT_EQ(Shown(), "abX");
-  console_.Append("x\ny");
+  append("x\ny");
   EXPECT_EQ(Shown(), "abXxy");
-  console_.Append("\rz");
+  append("\rz");
   EXPECT_EQ(Shown(), "abXxy\nz");
 }
 
@@ -170,7 +171,9 @@ TEST_F(TerminalTest, ASelectionSurvivesNewTextAndTheDroppingOfOldText) {
 }
 
 TEST_F(TerminalTest, ASelectionSurvivesACutThroughALineEndAndACharacterOutsideTheBasicPlane) {
-  console_.Append("a\r\xF0\x9F\x94\xA7\rKEEP");
+  console_.Line("a");
+  console_.Line("\xF0\x9F\x94\xA7");
+  console_.Append("KEEP");
   view_.ShowNow();
   EXPECT_EQ(box_.toPlainText(), QString::fromUtf8("a\n\xF0\x9F\x94\xA7\nKEEP"));
   Select(5, 9);

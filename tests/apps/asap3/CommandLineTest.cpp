@@ -120,6 +120,19 @@ TEST(CommandLineTest, GetSelectsTheFileAndShowsEachValue) {
             "{\"name\":\"Speed\",\"value\":812.25,\"minimum\":812.25,\"maximum\":812.25,\"increment\":0}\n");
 }
 
+TEST(CommandLineTest, WhatAServerWritesDoesNotSteerTheTerminal) {
+  const std::string answer = "0016000EFFFF0001000A610D0A1B5B324A009D62ADEA";  // a CR LF ESC [2J NUL 9D b
+  const Outcome error = RunOnFile({"get", "Speed"}, {answer});
+  EXPECT_EQ(error.status, 1);
+  EXPECT_EQ(error.errors, "asap3: error 1: a\\x0D\\x0A\\x1B[2J\\x00\\x9Db\n");
+
+  const std::string value = "0016007200000002000A610D0A1B5B324A009D62AE50";
+  EXPECT_EQ(RunOnFile({"xget", "Vin"}, {value}).output, "Vin = a\\x0D\\x0A\\x1B[2J\\x00\\x9Db\n");
+  EXPECT_EQ(
+      RunOnFile({"--json", "xget", "Vin"}, {value}).output,
+      "{\"name\":\"Vin\",\"type\":\"string\",\"value\":\"a\\u000D\\u000A\\u001B[2J\\u0000\\u009Db\"}\n");
+}
+
 TEST(CommandLineTest, TheAddressTravelsWithTheSelection) {
   const Outcome outcome = RunOnFile({"get", "--address", "16", "Speed"}, {kSpeed});
   EXPECT_EQ(outcome.requests.at(2), "001C0003000A656E67696E652E786D6C0006454E47494E450010B23B");

@@ -35,6 +35,11 @@ TEST(JsonLineTest, TextIsEscaped) {
             "{\"a\\\"b\":\"c\\\\d\\u000A\\u001F\u00B0/\"}");
 }
 
+TEST(JsonLineTest, NoControlCharacterReachesATerminal) {
+  EXPECT_EQ(JsonLine().Add("a", std::string("\x7F\u0080\u009B\u00A0")).Text(),
+            "{\"a\":\"\\u007F\\u0080\\u009B\u00A0\"}");
+}
+
 TEST(JsonLineTest, BytesThatAreNoUtf8AreReplaced) {
   EXPECT_EQ(JsonLine().Add("a", std::string("x\xFFy")).Text(), "{\"a\":\"x\uFFFDy\"}");
 }

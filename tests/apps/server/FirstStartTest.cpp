@@ -23,7 +23,7 @@ using ::testing::Not;
 class FirstStartTest : public tests::WidgetTest {
  protected:
   FirstStartTest() {
-    options_.listen_address = QHostAddress(QHostAddress::LocalHost);
+    options_.listen = "127.0.0.1";
     options_.tcp_port = 0;
     options_.dry_run_power = true;
     options_.settings_file = folder_.Path("settings.ini");

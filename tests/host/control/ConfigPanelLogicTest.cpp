@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/Failure.h"
 #include "host/control/ConfigPanelLogic.h"
 #include "tests/host/control/FakePanelFields.h"
 #include "tests/support/FakePower.h"
@@ -15,7 +16,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Pair;
 
-const PanelValues kLoaded{"9600,n,8,1", 2, 0, false, 1001, "/srv/asap", "/srv/ecu"};
+const PanelValues kLoaded{"9600,n,8,1", 2, 0, false, 1001, "/srv/asap", "/srv/ecu", "", ""};
 
 class ConfigPanelLogicTest : public testing::Test {
  protected:
@@ -30,13 +31,17 @@ class ConfigPanelLogicTest : public testing::Test {
   tests::MemorySettings store_;
   tests::CallLog log_;
   tests::FakeMessageBox box_{log_};
-  ConfigPanelLogic logic_{fields_, store_, box_, [this](bool cancelled) {
-                            log_.emplace_back(cancelled ? "cancelled" : "accepted");
-                          }};
+  std::string refused_access_;
+  ConfigPanelLogic logic_{
+      fields_, store_, box_,
+      [this](const std::string&, const std::string& allow) {
+        if (!allow.empty() && allow == refused_access_) throw base::Failure("bad " + allow);
+      },
+      [this](bool cancelled) { log_.emplace_back(cancelled ? "cancelled" : "accepted"); }};
 };
 
 TEST_F(ConfigPanelLogicTest, SetValueShowsEveryField) {
-  logic_.SetValue({"9600,e,7,2", 4, 3, true, 2345, "/srv/asap", "/srv/ecu"});
+  logic_.SetValue({"9600,e,7,2", 4, 3, true, 2345, "/srv/asap", "/srv/ecu", "", ""});
   EXPECT_EQ(fields_.asap_folder, "/srv/asap");
   EXPECT_EQ(fields_.korv_folder, "/srv/ecu");
   EXPECT_EQ(fields_.tcp_port, "2345");
@@ -47,6 +52,48 @@ TEST_F(ConfigPanelLogicTest, SetValueShowsEveryField) {
   EXPECT_EQ(fields_.port, 3);
   EXPECT_EQ(fields_.flow, 3);
   EXPECT_TRUE(fields_.open_at_start);
+}
+
+TEST_F(ConfigPanelLogicTest, OkTakesWhereToListenAndWhomToLetIn) {
+  PanelValues values = kLoaded;
+  values.listen = "192.168.4.10";
+  values.allow = "192.168.4.0/24";
+  logic_.SetValue(values);
+  EXPECT_EQ(fields_.listen, "192.168.4.10");
+  EXPECT_EQ(fields_.allow, "192.168.4.0/24");
+  fields_.listen = " 127.0.0.1 ";
+  fields_.allow = "127.0.0.1, 192.168.4.0/24 ";
+  logic_.Ok();
+  EXPECT_EQ(logic_.Values().listen, "127.0.0.1");
+  EXPECT_EQ(logic_.Values().allow, "127.0.0.1, 192.168.4.0/24");
+  EXPECT_EQ(Saved("Listen"), "127.0.0.1");
+  EXPECT_EQ(Saved("Allow"), "127.0.0.1, 192.168.4.0/24");
+}
+
+TEST_F(ConfigPanelLogicTest, OkRefusesClientsThatNobodyUnderstandsAndKeepsEverything) {
+  logic_.SetValue(kLoaded);
+  refused_access_ = "192.168.4";
+  fields_.allow = refused_access_;
+  logic_.Ok();
+  EXPECT_THAT(log_, ElementsAre("box bad 192.168.4"));
+  EXPECT_EQ(logic_.Values(), kLoaded);
+  EXPECT_THAT(store_.written, IsEmpty());
+}
+
+TEST_F(ConfigPanelLogicTest, AnOkWithoutSetValueLeavesTheStoredClientsAsTheyAre) {
+  store_.user = {{"KorvalAsapServer/Properties/Listen", "127.0.0.1"},
+                 {"KorvalAsapServer/Properties/Allow", "192.168.4.0/24"}};
+  tests::FakePanelFields fields;
+  ConfigPanelLogic logic(
+      fields, store_, box_, [](const std::string&, const std::string&) {}, [](bool) {});
+  EXPECT_EQ(fields.allow, "192.168.4.0/24");
+  fields.speed = "9600";
+  fields.parity = "None";
+  fields.data_bits = "8";
+  fields.stop_bits = "1";
+  logic.Ok();
+  EXPECT_EQ(Saved("Listen"), "127.0.0.1");
+  EXPECT_EQ(Saved("Allow"), "192.168.4.0/24");
 }
 
 TEST_F(ConfigPanelLogicTest, SetValueTakesOneAndAHalfStopBitsApart) {
@@ -128,7 +175,7 @@ TEST_F(ConfigPanelLogicTest, OkTrimsTheTextsOfTheLists) {
 }
 
 TEST_F(ConfigPanelLogicTest, OkSavesTheValuesInTheirOrderAndTextForms) {
-  logic_.SetValue({"9600,n,8,1.5", 16, 2, true, 65535, "/srv/asap", "/srv/ecu"});
+  logic_.SetValue({"9600,n,8,1.5", 16, 2, true, 65535, "/srv/asap", "/srv/ecu", "", ""});
   logic_.Ok();
   EXPECT_THAT(store_.written, ElementsAre(Pair("KorvalAsapServer/Properties/Settings", "9600,N,8,1.5"),
                                           Pair("KorvalAsapServer/Properties/CommPort", "16"),
@@ -155,12 +202,13 @@ TEST_F(ConfigPanelLogicTest, OkTakesTheFieldsAsTheyWereEdited) {
   fields_.asap_folder = "/other/asap";
   fields_.korv_folder = "/other/ecu";
   logic_.Ok();
-  EXPECT_EQ(logic_.Values(), (PanelValues{"9600,N,8,1", 9, 1, true, 4711, "/other/asap", "/other/ecu"}));
+  EXPECT_EQ(logic_.Values(),
+            (PanelValues{"9600,N,8,1", 9, 1, true, 4711, "/other/asap", "/other/ecu", "", ""}));
 }
 
 TEST_F(ConfigPanelLogicTest, ATcpPortTextThatIsNoPortKeepsThePreviousOneAndEverythingIsSaved) {
   for (const std::string text : {"abc", "", "12x", "0", "-1", "65536", "99999999999"}) {
-    logic_.SetValue({"9600,n,8,1", 2, 0, false, 2345, "/srv/asap", "/srv/ecu"});
+    logic_.SetValue({"9600,n,8,1", 2, 0, false, 2345, "/srv/asap", "/srv/ecu", "", ""});
     store_.written.clear();
     log_.clear();
     fields_.tcp_port = text;

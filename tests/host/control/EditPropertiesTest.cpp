@@ -77,19 +77,20 @@ TEST_F(EditPropertiesTest, LoadsThePanelWithTheCurrentValues) {
   Store("tcpipPort", "2345");
   const auto control = Started();
   control->EditProperties();
-  EXPECT_EQ(panel->values, (PanelValues{"19200,e,7,2", 4, 2, false, 2345, "/srv/asap", "/srv/ecu"}));
+  EXPECT_EQ(panel->values, (PanelValues{"19200,e,7,2", 4, 2, false, 2345, "/srv/asap", "/srv/ecu", "", ""}));
 }
 
 TEST_F(EditPropertiesTest, LoadsThePanelWithTheDefaultsWhenNothingIsStored) {
   const auto control = Started();
   control->EditProperties();
-  EXPECT_EQ(panel->values, (PanelValues{"9600,n,8,1", 2, 0, false, 1001, "/opt/korval", "/opt/korval"}));
+  EXPECT_EQ(panel->values,
+            (PanelValues{"9600,n,8,1", 2, 0, false, 1001, "/opt/korval", "/opt/korval", "", ""}));
 }
 
 TEST_F(EditPropertiesTest, ACancelledEditHidesThePanelAndResetsAll) {
   const auto control = Started();
   control->EditProperties();
-  panel->values = {"300,n,8,1", 9, 1, true, 4711, "/other", "/other"};
+  panel->values = {"300,n,8,1", 9, 1, true, 4711, "/other", "/other", "", ""};
   log.clear();
   ForgetTrace();
   control->TakePanelResult(true);
@@ -105,7 +106,7 @@ TEST_F(EditPropertiesTest, ACancelledEditHidesThePanelAndResetsAll) {
 TEST_F(EditPropertiesTest, AnAcceptedEditIsTakenOverBeforeEverythingIsReset) {
   const auto control = Started();
   control->EditProperties();
-  panel->values = {"19200,E,8,1", 5, 1, true, 4711, "/other/asap", "/other/ecu"};
+  panel->values = {"19200,E,8,1", 5, 1, true, 4711, "/other/asap", "/other/ecu", "", ""};
   ForgetTrace();
   control->TakePanelResult(false);
   EXPECT_EQ(serial->Settings(), "19200,E,8,1");
@@ -118,10 +119,25 @@ TEST_F(EditPropertiesTest, AnAcceptedEditIsTakenOverBeforeEverythingIsReset) {
   EXPECT_EQ(status->panels["Settings"], "COM5 Settings: 19200,E,8,1");
 }
 
+TEST_F(EditPropertiesTest, TheClientsThatAreLetInChangeWithTheReset) {
+  Store("Listen", "192.168.4.10");
+  Store("Allow", "192.168.4.0/24");
+  const auto control = Started();
+  control->EditProperties();
+  EXPECT_EQ(panel->values.listen, "192.168.4.10");
+  EXPECT_EQ(panel->values.allow, "192.168.4.0/24");
+  panel->values.listen = "127.0.0.1";
+  panel->values.allow = "127.0.0.1";
+  control->TakePanelResult(false);
+  EXPECT_EQ(tcp->listen_address, "127.0.0.1");
+  EXPECT_EQ(tcp->allowed_clients, "127.0.0.1");
+  EXPECT_TRUE(tcp->IsListening());
+}
+
 TEST_F(EditPropertiesTest, TheValuesTakenOverAreThoseOfTheNextEdit) {
   const auto control = Started();
   control->EditProperties();
-  const PanelValues edited{"19200,E,8,1", 5, 1, false, 4711, "/other/asap", "/other/ecu"};
+  const PanelValues edited{"19200,E,8,1", 5, 1, false, 4711, "/other/asap", "/other/ecu", "", ""};
   panel->values = edited;
   control->TakePanelResult(false);
   panel->values = {};

@@ -17,6 +17,10 @@ class FakePanelFields : public host::PanelFields {
   std::string KorvDirPath() const override { return korv_folder; }
   void ShowTcpPort(const std::string& text) override { tcp_port = text; }
   std::string TcpPort() const override { return tcp_port; }
+  void ShowListen(const std::string& text) override { listen = text; }
+  std::string Listen() const override { return listen; }
+  void ShowAllow(const std::string& text) override { allow = text; }
+  std::string Allow() const override { return allow; }
   void ShowSpeed(const std::string& text) override { speed = text; }
   std::string Speed() const override { return speed; }
   void SelectParity(int position) override { parity = kParities.at(static_cast<std::size_t>(position)); }
@@ -35,6 +39,8 @@ class FakePanelFields : public host::PanelFields {
   std::string asap_folder;
   std::string korv_folder;
   std::string tcp_port = "1001";
+  std::string listen;
+  std::string allow;
   std::string speed;
   std::string parity;
   std::string data_bits;

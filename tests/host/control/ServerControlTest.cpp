@@ -86,7 +86,20 @@ TEST_F(ServerControlTest, WhatARefusedStartDidNotReadKeepsItsDefault) {
   EXPECT_THAT(Trace(), HasSubstr("Init WinSock : port=1001\r\n"));
   EXPECT_FALSE(refusing->IsOpen());
   control->EditProperties();
-  EXPECT_EQ(panel->values, (PanelValues{"9600,n,8,1", 1, 0, false, 1001, "/opt/korval", "/opt/korval"}));
+  EXPECT_EQ(panel->values,
+            (PanelValues{"9600,n,8,1", 1, 0, false, 1001, "/opt/korval", "/opt/korval", "", ""}));
+}
+
+TEST_F(ServerControlTest, ARefusedStartLetsInNobodyWhomTheSettingsKeepOut) {
+  Store("Settings", "nonsense");
+  Store("Listen", "127.0.0.1");
+  Store("Allow", "192.168.4.0/24");
+  parts.serial_port = std::make_shared<RefusingSerialPort>(log);
+  const auto control = ServerControl::Create(parts);
+  control->Initialise();
+  control->Show();
+  EXPECT_EQ(tcp->listen_address, "127.0.0.1");
+  EXPECT_EQ(tcp->allowed_clients, "192.168.4.0/24");
 }
 
 TEST_F(ServerControlTest, ARefusedStartLeavesInForceWhatWasGivenForThisRun) {
@@ -192,6 +205,19 @@ TEST_F(ServerControlTest, TheServerFolderIsTheInstallLocation) {
   tcp->Arrive(kInit);
   EXPECT_THAT(Trace(), HasSubstr("Create diagnosis object\r\n  Server = /opt/host\r\n"));
   EXPECT_THAT(session->log, ::testing::Contains("ErrorsFile=/opt/host/errors.xml"));
+}
+
+TEST_F(ServerControlTest, TheErrorTextsAreNeverLookedForInTheWorkingDirectory) {
+  const auto errors_file = [this] {
+    session->log.clear();
+    const auto control = Started();
+    tcp->Connect();
+    tcp->Arrive(kInit);
+    return session->log.at(1);
+  };
+  EXPECT_EQ(errors_file(), "ErrorsFile=/opt/korval/errors.xml") << "nothing is installed";
+  settings->user["QOR/General/ServerName"] = "data";
+  EXPECT_EQ(errors_file(), "ErrorsFile=/opt/korval/data/errors.xml");
 }
 
 TEST_F(ServerControlTest, ResetAllTracesItsStepsAndReopensBothTransports) {

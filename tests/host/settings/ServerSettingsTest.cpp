@@ -31,6 +31,8 @@ TEST(ServerSettings, StandOnDefaultsWhenNothingIsStored) {
   EXPECT_FALSE(settings.echo);
   EXPECT_EQ(settings.tcp_port, 1001);
   EXPECT_FALSE(settings.open_serial_at_start);
+  EXPECT_EQ(settings.listen, "");
+  EXPECT_EQ(settings.allow, "");
 }
 
 TEST(ServerSettings, AreReadFromTheSectionProperties) {
@@ -42,8 +44,11 @@ TEST(ServerSettings, AreReadFromTheSectionProperties) {
                 {"KorvalAsapServer/Properties/KorvFolder", "/srv/ecu"},
                 {"KorvalAsapServer/Properties/Echo", "-1"},
                 {"KorvalAsapServer/Properties/tcpipPort", "1002"},
-                {"KorvalAsapServer/Properties/comAutoStart", "-1"}};
-  const ServerSettings expected{"19200,e,7,2", 5, "3", "/srv/asap", "/srv/ecu", true, 1002, true};
+                {"KorvalAsapServer/Properties/comAutoStart", "-1"},
+                {"KorvalAsapServer/Properties/Listen", "192.168.4.10"},
+                {"KorvalAsapServer/Properties/Allow", "192.168.4.0/24,127.0.0.1"}};
+  const ServerSettings expected{"19200,e,7,2", 5,    "3",  "/srv/asap",    "/srv/ecu",
+                                true,          1002, true, "192.168.4.10", "192.168.4.0/24,127.0.0.1"};
   EXPECT_EQ(ReadServerSettings(store, kOwnFolder), expected);
 }
 
@@ -85,7 +90,7 @@ TEST(ServerSettings, TakeAnEchoThatIsNoBooleanForFalse) {
 
 TEST(ServerSettings, AreSavedAsTextInThePanelsOrder) {
   tests::MemorySettings store;
-  SaveServerSettings(store, {"9600,E,8,1", 3, "2", "/srv/asap", "/srv/ecu", true, 1003, true});
+  SaveServerSettings(store, {"9600,E,8,1", 3, "2", "/srv/asap", "/srv/ecu", true, 1003, true, "", ""});
   const std::vector<std::pair<std::string, std::string>> expected = {
       {"KorvalAsapServer/Properties/Settings", "9600,E,8,1"},
       {"KorvalAsapServer/Properties/CommPort", "3"},
@@ -97,6 +102,28 @@ TEST(ServerSettings, AreSavedAsTextInThePanelsOrder) {
   EXPECT_EQ(store.written, expected);
 }
 
+TEST(ServerSettings, LetOnlyThisMachineInWhenNobodyKnowsWhomTheyKeepOut) {
+  tests::MemorySettings store;
+  store.readable = false;
+  EXPECT_EQ(ReadServerSettings(store, kOwnFolder).allow, "127.0.0.0/8, ::1");
+}
+
+TEST(ServerSettings, SaveWhereToListenAndWhomToLetInWhenTheyChange) {
+  tests::MemorySettings store;
+  store.user = {{"KorvalAsapServer/Properties/Listen", "127.0.0.1"},
+                {"KorvalAsapServer/Properties/Allow", "192.168.4.0/24"}};
+  ServerSettings settings = ReadServerSettings(store, kOwnFolder);
+  settings.allow = "192.168.4.0/24, 127.0.0.1";
+  SaveServerSettings(store, settings);
+  EXPECT_EQ(store.written.back().first, "KorvalAsapServer/Properties/Allow");
+  EXPECT_EQ(ReadServerSettings(store, kOwnFolder).allow, "192.168.4.0/24, 127.0.0.1");
+  settings.listen.clear();
+  settings.allow.clear();
+  SaveServerSettings(store, settings);
+  EXPECT_EQ(store.user.at("KorvalAsapServer/Properties/Listen"), "");
+  EXPECT_EQ(store.user.at("KorvalAsapServer/Properties/Allow"), "");
+}
+
 TEST(ServerSettings, SaveNoAutoOpenAsZero) {
   tests::MemorySettings store;
   SaveServerSettings(store, {});
@@ -106,7 +133,8 @@ TEST(ServerSettings, SaveNoAutoOpenAsZero) {
 TEST(ServerSettings, AreSavedAsFarAsTheyCanBe) {
   tests::MemorySettings store;
   store.refused = {"KorvalAsapServer/Properties/CommPort"};
-  EXPECT_THROW(SaveServerSettings(store, {"9600,E,8,1", 3, "2", "", "", false, 1003, false}), base::Failure);
+  EXPECT_THROW(SaveServerSettings(store, {"9600,E,8,1", 3, "2", "", "", false, 1003, false, "", ""}),
+               base::Failure);
   EXPECT_EQ(store.user.at("KorvalAsapServer/Properties/Settings"), "9600,E,8,1");
   EXPECT_EQ(store.user.at("KorvalAsapServer/Properties/tcpipPort"), "1003");
 }

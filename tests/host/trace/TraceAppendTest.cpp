@@ -202,6 +202,18 @@ TEST(TraceConsole, ALineEndsWithCrLf) {
   EXPECT_EQ(terminal.Text(), "init()\r\nexit()");
 }
 
+TEST(TraceConsole, WhatIsTracedIsNeverMoreThanOneLineAndTakesNothingBack) {
+  TextTerminal terminal;
+  TraceConsole console(terminal);
+  console.Line("init()");
+  console.Append(std::string("\b\ba\0b", 5));
+  console.Line("\r\nexit()");
+  EXPECT_EQ(terminal.Text(),
+            "init()\r\n"
+            R"(\x08\x08a\x00b\x0D\x0Aexit())"
+            "\r\n");
+}
+
 TEST(TraceConsole, DebugTraceIsOffAtTheStartAndNeverGatesAnAppend) {
   TextTerminal terminal;
   TraceConsole console(terminal);

@@ -65,7 +65,7 @@ class Scene {
     file.close();
     apps::Options options;
     options.serial_device = line_.Device();
-    options.listen_address = QHostAddress(QHostAddress::LocalHost);
+    options.listen = "127.0.0.1";
     options.tcp_port = FreePort();
     options.dry_run_power = true;
     options.settings_file = settings_file.toStdString();
