@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/Errand.h"
 #include "base/Failure.h"
 #include "diag/EcuIdentification.h"
 #include "diag/LinkErrors.h"
@@ -88,6 +89,7 @@ std::shared_ptr<KorvAsapFile> SelectFile::Select(const Session& session, const s
   session->OfferEcuFile(file->KorvFileName(), file->TakeEcuDocument());
   console_.Line(file->KorvFileName() + " load in Korval session");
   if (!messaging.empty()) LoadMessaging(*session, messaging);
+  base::Errand::RequireWanted();
   if (diagnosis_.Session() != session) {
     throw base::Failure(diag::kSessionLost, "The session was closed while the file was selected");
   }
@@ -117,8 +119,10 @@ bool SelectFile::IdentifyEcus(const Session& session) {
     if (!file->Identification().empty()) continue;
     const auto ecu = EcuOf(*session, *file);
     if (!ecu || !HasIdentification(*ecu)) continue;
-    file->SetIdentification(diag::ReadEcuIdentification(*session, *ecu));
+    const std::string identification = diag::ReadEcuIdentification(*session, *ecu);
     if (diagnosis_.Session() != session) return false;
+    if (!base::Errand::IsWanted()) break;  // who selects next asks again
+    file->SetIdentification(identification);
   }
   return true;
 }

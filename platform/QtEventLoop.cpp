@@ -8,6 +8,8 @@
 #include <QAbstractEventDispatcher>
 #include <QTimer>
 
+#include "base/Errand.h"
+
 namespace korval::platform {
 namespace {
 
@@ -118,11 +120,13 @@ std::unique_ptr<base::Deadline> QtEventLoop::CreateDeadline(std::function<void()
 }
 
 bool QtEventLoop::RunUntil(base::TimePoint deadline, const std::function<bool()>& done) {
+  const base::Errand::Wait wait;
   QAbstractEventDispatcher& dispatcher = *QAbstractEventDispatcher::instance();
   QTimer wake_up;  // ends the last wait for an event
   wake_up.setSingleShot(true);
   wake_up.setTimerType(Qt::PreciseTimer);
   while (!done()) {
+    wait.RequireWanted();
     const base::TimePoint left = deadline - Now();
     if (left <= base::TimePoint::zero()) return false;
     // Some dispatchers deliver posted events and then wait all the same, so these are delivered first.
