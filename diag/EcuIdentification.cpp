@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "diag/EcuIdentification.h"
 
+#include "base/Errand.h"
 #include "base/Failure.h"
 #include "diag/LinkErrors.h"
 
@@ -32,6 +33,7 @@ std::string ReadEcuIdentification(viator3::Session& session, viator3::Ecu& ecu) 
   const base::ByteBuffer request{0x21, 0x80};
   base::ByteBuffer response;
   try {
+    base::Errand::RequireWanted();
     ecu.Send(request, response);
   } catch (const base::Failure& failure) {
     return "Read ident error : " + failure.Description() + " s=" + request.ToHex() + " r=" + response.ToHex();

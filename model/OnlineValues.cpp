@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "base/Errand.h"
 #include "diag/LinkErrors.h"
 #include "protocol/FieldCodec.h"
 #include "protocol/Reply.h"
@@ -107,6 +108,7 @@ bool OnlineValues::Reinitialise(const Session& session, base::ByteBuffer& reply)
 
 // Without this, a command whose client is gone would go on working on a host's session.
 void OnlineValues::RequireCurrent(const Session& session) const {
+  base::Errand::RequireWanted();
   if (diagnosis_.Session() != session || !acquisition_.Items()) {
     throw base::Failure(diag::kSessionLost, "The session was closed while values were read");
   }

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/Errand.h"
 #include "base/Failure.h"
 #include "diag/EcuIdentification.h"
 #include "diag/LinkErrors.h"
@@ -80,6 +81,7 @@ std::shared_ptr<KorvAsapFile> SelectFile::Select(const Session& session, const s
   console_.Line(file->KorvFileName() + " load in Korval session");
   TraceServingFile(*file);
   if (!messaging.empty()) LoadMessaging(*session, messaging);
+  base::Errand::RequireWanted();
   if (!IsCurrent(session)) {
     throw base::Failure(diag::kSessionLost, "The session was closed while the file was selected");
   }
@@ -137,6 +139,7 @@ bool SelectFile::AskFunctions(const Session& session) {
   std::vector<std::string> names;
   for (const auto& [name, function] : functions_) names.push_back(name);
   for (const std::string& name : names) {
+    if (!base::Errand::IsWanted()) break;  // who selects next asks again
     const auto ecu = EcuOf(*session, name);
     functions_[name].protocol = ecu ? ecu->Protocol() : std::string();
     if (ecu && HasIdentification(*ecu) && !Identify(session, *ecu, name)) return false;
@@ -148,8 +151,11 @@ bool SelectFile::Identify(const Session& session, viator3::Ecu& ecu, const std::
   const auto files = Unidentified(function);
   if (files.empty()) return true;
   const std::string identification = diag::ReadEcuIdentification(*session, ecu);
-  for (const auto& file : files) file->SetIdentification(identification);
-  return IsCurrent(session);
+  if (!IsCurrent(session)) return false;
+  if (base::Errand::IsWanted()) {
+    for (const auto& file : files) file->SetIdentification(identification);
+  }
+  return true;
 }
 
 // False once an event inside a wait has ended the client's session.

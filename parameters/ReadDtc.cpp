@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "parameters/ReadDtc.h"
 
+#include "base/Errand.h"
 #include "base/Failure.h"
 #include "diag/LinkErrors.h"
 #include "parameters/EcuFunction.h"
@@ -57,6 +58,7 @@ void ReadDtc::Initialise(viator3::Ecu& ecu) {
 }
 
 base::ByteBuffer ReadDtc::Send(viator3::Ecu& ecu, const base::ByteBuffer& request) {
+  base::Errand::RequireWanted();
   base::ByteBuffer answer;
   const auto exchange = [&] { return " send:" + request.ToHex() + " receive:" + answer.ToHex(); };
   try {

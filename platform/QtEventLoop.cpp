@@ -8,6 +8,7 @@
 #include <QAbstractEventDispatcher>
 #include <QTimer>
 
+#include "base/Errand.h"
 #include "platform/process/EventBarrier.h"
 
 namespace korval::platform {
@@ -96,7 +97,7 @@ class QtDeadline : public base::Deadline {
     if (Left(now) > base::TimePoint::zero()) return Wait(now);
     if (rounds_++ < kRoundsToDeliver) return StartLook(now, std::chrono::milliseconds(0));
     const std::function<void()> held = passed_;  // it may destroy the deadline
-    held();
+    EventBarrier::Run("a deadline", held);
   }
 
   std::function<void()> passed_;
@@ -120,11 +121,13 @@ std::unique_ptr<base::Deadline> QtEventLoop::CreateDeadline(std::function<void()
 }
 
 bool QtEventLoop::RunUntil(base::TimePoint deadline, const std::function<bool()>& done) {
+  const base::Errand::Wait wait;
   QAbstractEventDispatcher& dispatcher = *QAbstractEventDispatcher::instance();
   QTimer wake_up;  // ends the last wait for an event
   wake_up.setSingleShot(true);
   wake_up.setTimerType(Qt::PreciseTimer);
   while (!done()) {
+    wait.RequireWanted();
     const base::TimePoint left = deadline - Now();
     if (left <= base::TimePoint::zero()) return false;
     // Some dispatchers deliver posted events and then wait all the same, so these are delivered first.

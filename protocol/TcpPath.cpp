@@ -18,7 +18,8 @@ TcpPath::TcpPath(TcpSocket& socket, CommandRunner& runner, SessionState& state, 
       state_(state),
       services_(services),
       console_(console),
-      gap_(loop.CreateTimer([this] {
+      loop_(loop),
+      gap_(loop.CreateDeadline([this] {
         if (const auto held = owner_.lock()) OnGap();
       })) {}
 
@@ -99,6 +100,7 @@ void TcpPath::OnClose() {
 void TcpPath::SetClient(Client client) {
   if (awaiting_ == Awaiting::kRestOfFrame) ServeArrival();  // the rest will not come any more
   Await(Awaiting::kNothing);
+  if (command_) command_->CallOff();
   client_ = client;
   rest_ = 0;
   refused_ = 0;
@@ -107,7 +109,7 @@ void TcpPath::SetClient(Client client) {
 void TcpPath::OnDataArrival() {
   if (awaiting_ == Awaiting::kRestOfRefused) {
     FollowRefused();
-  } else if (busy_) {
+  } else if (busy_ && client_ == served_) {
     RefuseWhileBusy();
   } else {
     TakeArrival();
@@ -117,9 +119,9 @@ void TcpPath::OnDataArrival() {
 void TcpPath::Await(Awaiting rest) {
   awaiting_ = rest;
   if (rest == Awaiting::kNothing) {
-    gap_->Stop();
+    gap_->Clear();
   } else {
-    gap_->Start(kArrivalGap);
+    gap_->Set(loop_.Now() + kArrivalGap);
   }
 }
 
@@ -127,14 +129,19 @@ void TcpPath::OnGap() {
   if (std::exchange(awaiting_, Awaiting::kNothing) == Awaiting::kRestOfFrame) ServeArrival();
 }
 
-// The rest of a frame that was refused is not waited with: what comes behind it begins a frame again.
 void TcpPath::TakeArrival() {
-  const base::ByteView received = socket_.Received();
-  if (IsIncomplete(received) && received.size() != rest_) {
-    Await(Awaiting::kRestOfFrame);
-  } else {
+  if (busy_) return;  // with a client that is gone; this is looked at again below
+  Client served;
+  do {
+    const base::ByteView received = socket_.Received();
+    // The rest of a frame that was refused is not waited with: what comes behind it begins a frame again.
+    if (IsIncomplete(received) && received.size() != rest_) {
+      Await(Awaiting::kRestOfFrame);
+      return;
+    }
+    served = client_;
     ServeArrival();
-  }
+  } while (client_ != served && !socket_.Received().empty());
 }
 
 void TcpPath::RefuseWhileBusy() {
@@ -157,6 +164,7 @@ void TcpPath::ServeArrival() {
   Await(Awaiting::kNothing);
   refused_ = 0;
   busy_ = true;
+  served_ = client_;
   reply_suppressed_ = false;
   runner_.FrameBuffer() = socket_.Receive();
   Serve();
@@ -175,9 +183,8 @@ void TcpPath::Serve() {
   rest_ = 0;
   if (console_.DebugTrace()) console_.Line("Byte received : " + frame.ToHex());
   if (!runner_.VerifyChecksum()) return;
-  const Client client = client_;
-  const CommandRunner::Outcome outcome = runner_.Run();
-  if (reply_suppressed_ || !client_ || client_ != client) {
+  const CommandRunner::Outcome outcome = RunCommand();
+  if (reply_suppressed_ || !client_ || client_ != served_) {
     runner_.DropPowerRequest();
     return;
   }
@@ -185,6 +192,14 @@ void TcpPath::Serve() {
     runner_.RefusePowerRequest(socket_.RemoteHostIp());
   Answer(outcome);
   ServePowerRequest(false);
+}
+
+CommandRunner::Outcome TcpPath::RunCommand() {
+  base::Errand command;
+  command_ = &command;
+  CommandRunner::Outcome outcome = runner_.Run();
+  command_ = nullptr;
+  return outcome;
 }
 
 void TcpPath::Answer(const CommandRunner::Outcome& outcome) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "base/Errand.h"
 #include "base/EventLoop.h"
 #include "host/trace/TraceConsole.h"
 #include "protocol/CommandRunner.h"
@@ -16,7 +17,8 @@ namespace korval::protocol {
 
 /// The TCP transport: listens, serves one client at a time, and answers each frame that arrives whole in
 /// one arrival. While a command waits its events keep coming: a further frame gets the canned "Global
-/// error" frame and silences the command's own reply, a client that leaves or is replaced gets none.
+/// error" frame and silences the command's own reply. The command of a client that leaves or is replaced is
+/// called off; its successor is served when it has ended, and not before.
 ///
 /// A network cuts a long frame into pieces. Those that come within kArrivalGap of one another are one
 /// arrival; a frame that is whole is served in the event that completes it.
@@ -58,6 +60,7 @@ class TcpPath {
   void Await(Awaiting rest);
   void ServeArrival();
   void Serve();
+  CommandRunner::Outcome RunCommand();
   void Answer(const CommandRunner::Outcome& outcome);
 
   TcpSocket& socket_;
@@ -69,11 +72,14 @@ class TcpPath {
   bool busy_ = false;
   bool reply_suppressed_ = false;
   Client client_;
+  Client served_;                    // whose frame it is busy with
+  base::Errand* command_ = nullptr;  // that is in progress
   unsigned openings_ = 0;
   std::weak_ptr<void> owner_;
   Awaiting awaiting_ = Awaiting::kNothing;
-  std::unique_ptr<base::Timer> gap_;  // ends an arrival that lacks bytes
-  std::size_t rest_ = 0;              // what a frame lacked when it was refused for that
+  base::EventLoop& loop_;
+  std::unique_ptr<base::Deadline> gap_;  // ends an arrival that lacks bytes
+  std::size_t rest_ = 0;                 // what a frame lacked when it was refused for that
   // Of the receive queue, while a command was in progress: what was refused, and where its last frame begins.
   std::size_t refused_ = 0;
   std::size_t refused_frame_ = 0;

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <utility>
 
+#include "base/Errand.h"
 #include "ecu/description/ErrorNumbers.h"
 #include "ecu/kwp2000/ExchangeFailure.h"
 #include "ecu/kwp2000/Services.h"
@@ -316,6 +317,7 @@ void Channel::WaitUntil(const std::function<bool()>& done) {
 
 void Channel::RequireOpen() const {
   if (closed_) throw errors_->MakeFailure(kLinkLost, "communication with " + function_.ecu + " was ended");
+  base::Errand::RequireWanted();
 }
 
 }  // namespace korval::ecu

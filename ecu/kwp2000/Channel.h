@@ -19,7 +19,9 @@
 
 namespace korval::ecu {
 
-/// Waits of its operations run the event loop. Every operation keeps the channel alive until it returns.
+/// Waits of its operations run the event loop. Every operation keeps the channel alive until it returns. One
+/// whose errand is called off raises Failure at once; the exchange that is under way goes on to its end, and
+/// whoever asks next waits for that.
 class Channel : public std::enable_shared_from_this<Channel> {
  public:
   /// Whose times, diagnostic session and name hold for an operation; null: of whoever came last.

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "base/Errand.h"
 #include "base/Failure.h"
 #include "ecu/description/ErrorNumbers.h"
 #include "ecu/kline/KLineLink.h"
@@ -37,6 +38,7 @@ void KLineInterface::SendFrames(const std::vector<FrameToSend>& /*frames*/) {
 }
 
 void KLineInterface::Leave() {
+  const base::Errand farewell;  // which nobody calls off
   loop_->RunUntil(loop_->Now() + kLongestFarewell, [line = line_] { return line->IsFree(); });
 }
 

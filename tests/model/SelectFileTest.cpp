@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/Errand.h"
 #include "base/Failure.h"
 #include "model/SelectFile.h"
 #include "tests/support/CommandBench.h"
@@ -235,6 +236,30 @@ TEST_F(SelectFileTest, ClientLeavingWhileTheMessagingIsLoadedEndsTheSelection) {
   DescribeMessaging("messaging.dbc");
   EXPECT_EQ(Select("can.xml", "ENGINE").status, 65535);
   EXPECT_EQ(bench_.state.Current(), State::kIdle);
+}
+
+TEST_F(SelectFileTest, SelectionThatIsCalledOffSetsNoState) {
+  const auto can = bench_.session->AddEcu("CAN", "CAN", "CAN");
+  base::Errand errand;
+  can->on_load_messaging = [&] { errand.CallOff(); };
+  DescribeMessaging("messaging.dbc");
+  EXPECT_EQ(Select("can.xml", "ENGINE").status, 65535);
+  EXPECT_EQ(bench_.state.Current(), State::kIdentify);
+  EXPECT_TRUE(bench_.engine->sent.empty());
+}
+
+TEST_F(SelectFileTest, IdentificationThatIsCalledOffIsReadWithTheNextSelection) {
+  {
+    base::Errand errand;
+    bench_.engine->on_initialise = [&] { errand.CallOff(); };
+    Select("engine.xml", "ENGINE");
+  }
+  EXPECT_TRUE(bench_.engine->sent.empty());
+  ASSERT_EQ(bench_.file_view.rows.size(), 1U);
+  EXPECT_EQ(bench_.file_view.rows[0].back(), "");
+  bench_.engine->on_initialise = nullptr;
+  Select("engine.xml", "ENGINE");
+  EXPECT_FALSE(bench_.engine->sent.empty());
 }
 
 TEST_F(SelectFileTest, SessionTakenAwayByTheHostIsASelectFileError) {

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/Errand.h"
 #include "parameters/ReadDtc.h"
 #include "tests/support/CommandBench.h"
 #include "tests/support/ErrorRecord.h"
@@ -111,6 +112,18 @@ TEST_F(ReadDtcTest, ContinuationThatBringsNothingEndsTheWalk) {
   answers_ = {{0x57, 0x02, 0x12, 0x34, 0x20}, {0x57, 0x02}};
   EXPECT_EQ(Read(), "2002 the answer of service 17 ends before DTC record 2");
   EXPECT_EQ(bench_.engine->sent.size(), 2U);
+}
+
+TEST_F(ReadDtcTest, CommandThatIsCalledOffAsksForNoContinuation) {
+  answers_ = {{0x57, 0x02, 0x12, 0x34, 0x20}, {0x57, 0x02, 0x56, 0x78, 0x20}};
+  base::Errand errand;
+  const auto send = bench_.engine->on_send;
+  bench_.engine->on_send = [&](const base::ByteBuffer& request, base::ByteBuffer& answer) {
+    send(request, answer);
+    errand.CallOff();
+  };
+  Read();
+  EXPECT_THAT(bench_.engine->sent, ElementsAre("17FF00"));
 }
 
 TEST_F(ReadDtcTest, FailedContinuationEndsTheWalkAndKeepsWhatCame) {

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/Errand.h"
 #include "base/Failure.h"
 #include "protocol/FieldCodec.h"
 #include "protocol/Frame.h"
@@ -568,13 +569,76 @@ TEST_F(TcpPathTest, TheReplyOfACommandWhoseClientLeftAndWasSucceededReachesNobod
   EXPECT_EQ(bench_.socket.TakeSent(), Replies{kInitReply});
 }
 
-TEST_F(TcpPathTest, ASuccessorsFrameDuringItsPredecessorsCommandGetsTheCannedFrame) {
+TEST_F(TcpPathTest, ASuccessorsFrameDuringItsPredecessorsCommandIsAnsweredWhenThatHasEnded) {
   AttachWaiting(CommandCode::kGetParameter, [&] {
     bench_.socket.Connect();
-    Arrive(kInitRequest);
+    bench_.Forget();
+    Arrive(kSwitchRequest);
+    EXPECT_EQ(bench_.trace, "") << "never two commands at a time";
   });
   Arrive(WaitingRequest());
-  EXPECT_EQ(bench_.socket.TakeSent(), Replies{kCanned});
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{kSwitchReply});
+  EXPECT_EQ(bench_.trace, "switching offline/online(1)\r\n");
+}
+
+TEST_F(TcpPathTest, ASuccessorsLongFrameMayBeginDuringItsPredecessorsCommand) {
+  const ByteBuffer frame = Request(4, std::string(4000, '7'));
+  AttachWaiting(CommandCode::kGetParameter, [&] {
+    bench_.socket.Connect();
+    bench_.socket.Arrive(ByteBuffer(frame.View(0, 1448)));
+  });
+  Arrive(WaitingRequest());
+  bench_.socket.Arrive(ByteBuffer(frame.View(1448, frame.Length() - 1448)));
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{"0008000456565662"});
+}
+
+TEST_F(TcpPathTest, ManyClientsThatReplaceOneAnotherDoNotNest) {
+  int depth = 0;
+  int deepest = 0;
+  int commands = 0;
+  AttachWaiting(CommandCode::kGetParameter, [&] {
+    deepest = std::max(deepest, ++depth);
+    if (++commands < 1000) {
+      bench_.socket.Connect();
+      Arrive(WaitingRequest());
+    }
+    --depth;
+  });
+  Arrive(WaitingRequest());
+  EXPECT_EQ(commands, 1000);
+  EXPECT_EQ(deepest, 1);
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{kWaitingReply});
+}
+
+TEST_F(TcpPathTest, TheCommandOfAClientThatIsReplacedOrLeavesIsCalledOff) {
+  const std::function<void()> departures[] = {
+      [&] { bench_.socket.Connect(); }, [&] { bench_.socket.Leave(); }, [&] { bench_.server->tcp.Close(); }};
+  for (const auto& depart : departures) {
+    std::vector<bool> wanted;
+    AttachWaiting(CommandCode::kGetParameter, [&] {
+      wanted.push_back(base::Errand::IsWanted());
+      bench_.loop.At(std::chrono::milliseconds(1), [&] {
+        depart();
+        wanted.push_back(base::Errand::IsWanted());  // another event
+      });
+      EXPECT_THROW(bench_.loop.RunUntil(base::TimePoint::max(), [] { return false; }), base::Failure);
+      wanted.push_back(base::Errand::IsWanted());
+    });
+    bench_.socket.Connect();
+    Arrive(WaitingRequest());
+    EXPECT_EQ(wanted, (std::vector<bool>{true, true, false}));
+    EXPECT_TRUE(base::Errand::IsWanted());
+  }
+}
+
+TEST_F(TcpPathTest, ASecondFrameOfTheSameClientCallsNothingOff) {
+  bool is_wanted = false;
+  AttachWaiting(CommandCode::kGetParameter, [&] {
+    Arrive(kSwitchRequest);
+    is_wanted = base::Errand::IsWanted();
+  });
+  Arrive(WaitingRequest());
+  EXPECT_TRUE(is_wanted);
 }
 
 TEST_F(TcpPathTest, ASessionThatEndedWhileItsInitWaitedIsIdle) {

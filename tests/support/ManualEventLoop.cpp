@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "base/Errand.h"
+
 namespace korval::tests {
 
 class ManualTimer : public base::Timer {
@@ -91,7 +93,9 @@ bool ManualEventLoop::FireNext(base::TimePoint until) {
 }
 
 bool ManualEventLoop::RunUntil(base::TimePoint deadline, const std::function<bool()>& done) {
+  const base::Errand::Wait wait;
   while (!done()) {
+    wait.RequireWanted();
     if (!FireNext(deadline)) {
       now_ = std::max(now_, deadline);
       return done();

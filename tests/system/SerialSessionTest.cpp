@@ -152,7 +152,8 @@ TEST_F(SerialSessionTest, BothTransportsWorkOnOneSession) {
   StopInOrder();
 }
 
-TEST_F(SerialSessionTest, AFrameDuringAWaitingTcpCommandRunsWhatTheSharedBufferHoldsAndBothRepliesCarryTheirCode) {
+TEST_F(SerialSessionTest,
+       AFrameDuringAWaitingTcpCommandRunsWhatTheSharedBufferHoldsAndBothRepliesCarryTheirCode) {
   WritePair(
       "slow",
       EcuFile("Name=\"SLOW\" Protocol=\"DiagOnCAN\" P2Ms=\"60000\"", kEngineRequests, kEngineAnswers, 300),

@@ -70,7 +70,7 @@ TEST_P(WaitingCommandTest, ADisconnectEndsTheWaitAndTheNextClientIsServed) {
   server_->WaitFor("close WinSock");
   EXPECT_EQ(server_->WaitForPort(), port_);
   const RawClient next = Connect();
-  EXPECT_EQ(Hex(next.AskUntilFree(HarmlessRequest())), Hex(Reply(kSwitching, kSuccess)));
+  EXPECT_EQ(Hex(next.Ask(HarmlessRequest())), Hex(Reply(kSwitching, kSuccess)));
   EXPECT_EQ(StatusOf(next.Ask(GetRequest(1, "N"))), kNotProcessed);
   ExpectGoodSession(next);
   StopInOrder();
@@ -82,7 +82,7 @@ TEST_P(WaitingCommandTest, AReplacedClientsReplyGoesNowhere) {
   Wait(first, GetParam());
   const RawClient second = Connect();
   EXPECT_TRUE(first.EndedByServer());
-  EXPECT_EQ(Hex(second.AskUntilFree(HarmlessRequest())), Hex(Reply(kSwitching, kSuccess)));
+  EXPECT_EQ(Hex(second.Ask(HarmlessRequest())), Hex(Reply(kSwitching, kSuccess)));
   EXPECT_EQ(StatusOf(second.Ask(GetRequest(1, "TMOT"))), kSuccess);
   ExpectGoodSession(second);
   StopInOrder();
@@ -103,21 +103,33 @@ TEST_F(SlowEcuTest, AReplacementThatSendsNothingGetsNothingOfTheOldCommand) {
   const RawClient first = Connect();
   Wait(first, kGet);
   const RawClient second = Connect();
-  EXPECT_THAT(server_->TraceUntil("get parameter(1,N) ok   value = 800"), Not(Contains("close WinSock")));
+  EXPECT_THAT(server_->TraceUntil("Get parameter(1,N) : Error = "), Not(Contains("close WinSock")));
   EXPECT_EQ(Hex(second.Ask(HarmlessRequest())), Hex(Reply(kSwitching, kSuccess)));
   EXPECT_THAT(server_->TraceUntil("switching"), Not(Contains(::testing::StartsWith("Byte send : "))));
 }
 
-TEST_F(SlowEcuTest, EachOfManyClientsDuringOneWaitGetsTheGlobalError) {
+TEST_F(SlowEcuTest, EachOfManyClientsThatReplaceOneAnotherIsServedAtOnce) {
   StartSlow(kForever);
-  const RawClient first = Connect();
-  Wait(first, kGet);
-  std::vector<std::unique_ptr<RawClient>> others;
-  for (int count = 0; count < 5; ++count) {
-    others.push_back(std::make_unique<RawClient>(port_));
-    EXPECT_EQ(Hex(others.back()->Ask(HarmlessRequest())), Hex(kGlobalError));
+  std::vector<std::unique_ptr<RawClient>> clients;
+  clients.push_back(std::make_unique<RawClient>(port_));
+  Wait(*clients.back(), kGet);
+  for (int count = 0; count < 20; ++count) {
+    clients.push_back(std::make_unique<RawClient>(port_));
+    EXPECT_EQ(Hex(clients.back()->Ask(HarmlessRequest())), Hex(Reply(kSwitching, kSuccess)));
+    clients.back()->Send(GetRequest(1, "N"));
+    server_->WaitFor("Byte received : " + Hex(GetRequest(1, "N")));
   }
   StopInOrder();
+}
+
+TEST_F(SlowEcuTest, AReplacedClientsCommandEndsWithTheExchangeThatIsUnderWay) {
+  StartSlow(300);
+  const RawClient first = Connect();
+  Wait(first, {"online", {AcquisitionRequest(1, {"N", "CUT", "SW"})}, Request(kGetOnlineValue)});
+  const RawClient second = Connect();
+  EXPECT_EQ(Hex(second.Ask(GetRequest(1, "TMOT"))), Hex(Reply(kGetParameter, kSuccess, FourReals(90))));
+  EXPECT_THAT(server_->TraceUntil("get parameter(1,TMOT) ok"),
+              Not(Contains(::testing::StartsWith("GetOnlineValue : Reinit"))));
 }
 
 TEST_F(SlowEcuTest, AnInterruptEndsTheServerInOrder) {

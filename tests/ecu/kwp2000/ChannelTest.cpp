@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/Errand.h"
 #include "base/Failure.h"
 #include "ecu/description/ErrorNumbers.h"
 #include "ecu/kwp2000/Channel.h"
@@ -563,6 +564,53 @@ TEST_F(ChannelTest, RequestInsideTheStartOfTheCommunicationWaitsForIt) {
   channel->Connect();
   EXPECT_EQ(inner.ToHex(), "6101AB");
   EXPECT_THAT(log, ElementsAre("connect", "1081", "2101"));
+}
+
+TEST_F(ChannelTest, RequestThatIsCalledOffEndsAtOnceAndTheNextOneWaitsForItsExchangeOnly) {
+  Open();
+  link->on_send = [this](const std::string& message) {
+    loop->At(milliseconds(40), [this, message] { link->Arrive(message == "2101" ? "610111" : "610222"); });
+  };
+  {
+    base::Errand errand;
+    loop->At(milliseconds(10), [&] { errand.CallOff(); });
+    EXPECT_EQ(Request("2101"), base::kOwnFailure);
+    EXPECT_EQ(loop->Now(), milliseconds(10));
+    EXPECT_EQ(Request("2103"), base::kOwnFailure) << "nothing more is sent for it";
+    EXPECT_EQ(NumberOf([&] { channel->Reconnect(); }), base::kOwnFailure);
+  }
+  EXPECT_EQ(Request("2102"), 0);
+  EXPECT_EQ(answer.ToHex(), "610222");
+  EXPECT_EQ(loop->Now(), milliseconds(80));
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "2102"));
+}
+
+TEST_F(ChannelTest, StartThatIsCalledOffGoesOnForWhoeverAsksNext) {
+  Open();
+  link->on_connect = [this] { loop->At(seconds(3), [this] { link->Connected(); }); };
+  {
+    base::Errand errand;
+    loop->At(seconds(1), [&] { errand.CallOff(); });
+    EXPECT_EQ(Request(), base::kOwnFailure);
+  }
+  EXPECT_EQ(Request(), 0);
+  EXPECT_EQ(loop->Now(), seconds(3));
+  EXPECT_THAT(log, ElementsAre("connect", "2101"));
+}
+
+TEST_F(ChannelTest, WhatAnEventAsksInsideTheWaitOfAnErrandIsNoPartOfIt) {
+  Open();
+  link->on_send = [this](const std::string& message) {
+    loop->At(milliseconds(40), [this, message] { link->Arrive(message == "2101" ? "610111" : "610222"); });
+  };
+  ByteBuffer inner;
+  base::Errand errand;
+  loop->At(milliseconds(10), [&] {
+    errand.CallOff();
+    channel->Request(ByteBuffer{0x21, 0x02}.View(), inner);
+  });
+  EXPECT_EQ(Request("2101"), base::kOwnFailure);
+  EXPECT_EQ(inner.ToHex(), "610222");
 }
 
 TEST_F(ChannelTest, CloseInsideAWaitEndsItWith1000) {
