@@ -135,7 +135,8 @@ TEST_F(SetAcquisitionTest, NamesSentAgainAndAgainAreNeverRefused) {
 TEST_F(SetAcquisitionTest, ListWithoutRepeatsHoldsAsManyAsTheCountOfAnAnswerTells) {
   Choose({"T"});
   const auto item = bench_.engine->FindAnswerItem("EngineSpeed");
-  for (int i = 1; i < 65535; ++i) ASSERT_TRUE(bench_.acquisition.Add("I" + std::to_string(i), item));
+  for (int i = 1; i < 65535; ++i)
+    ASSERT_TRUE(bench_.acquisition.Add("I" + std::to_string(i), *bench_.engine, item));
   EXPECT_THAT(Error(Choose({"N"})), testing::StartsWith("1 Too many values chosen, at most 65535 different"));
   EXPECT_EQ(bench_.values.Count(), 1);
   EXPECT_EQ(Choose({"T"}).status, 0);
