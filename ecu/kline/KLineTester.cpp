@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <utility>
 
 #include "ecu/description/ErrorNumbers.h"
 #include "ecu/kwp2000/Exchange.h"
@@ -15,10 +16,15 @@ namespace {
 constexpr std::uint8_t kStartCommunication = 0x81;
 constexpr std::uint8_t kStopCommunication = 0x82;
 constexpr HeaderForm kStartForm{true, false};
-// Of one request or initialisation.
-constexpr int kMostHoldUps = 5;
+// After so many interrupted attempts the bytes go without gaps: that is one order to the adapter, and most
+// ECUs bear it.
+constexpr int kPacedAttempts = 3;
+// Wake-ups of one initialisation.
+constexpr int kMostHoldUps = 20;
+// By then an ECU has forgotten what it has of a request: it waits for 20 ms (P4max).
+constexpr Milliseconds kForgotten{100};
 constexpr char kHeldUp[] =
-    "the computer is too busy to send it without gaps: relieve it, or start the server with --realtime";
+    "the computer is too busy to wake the ECU up in time: relieve it, or start the server with --realtime";
 constexpr char kNoEcho[] = "no echo: check cable and ignition";
 
 template <typename Item>
@@ -85,6 +91,7 @@ void KLineTester::Begin(Purpose purpose, base::TimePoint silence, base::TimePoin
                         base::TimePoint quiet_since) {
   purpose_ = purpose;
   hold_ups_ = 0;
+  broke_off_ = false;
   quiet_since_ = std::max(quiet_since_, quiet_since);
   silence_ = silence;
   AwaitSilence(now);
@@ -101,6 +108,7 @@ void KLineTester::AwaitSilence(base::TimePoint now) {
 // What the computer held up so long that the ECU has given it up is sent anew.
 void KLineTester::Redo(base::TimePoint now) {
   if (++hold_ups_ > kMostHoldUps) return Fail(kNoAnswer, kHeldUp);
+  silence_ = std::max<base::TimePoint>(silence_, kForgotten);
   AwaitSilence(now);
 }
 
@@ -214,7 +222,10 @@ void KLineTester::ShakeHands(base::TimePoint now) {
     Write(std::array{*byte}, now + agreement_.ByteTime());
   }
   if (handshake_->CurrentState() == SlowHandshake::State::kFailed) {
-    Fail(kNoAnswer, echo_.IsMissing() ? kNoEcho : "no " + handshake_->MissingStep());
+    if (echo_.IsMissing()) return Fail(kNoAnswer, kNoEcho);
+    // The ECU is there: a late byte of ours, or a damaged one of its own, is no reason to give up.
+    if (handshake_->HasBegun() && !std::exchange(broke_off_, true)) return AwaitSilence(now);
+    Fail(kNoAnswer, "no " + handshake_->MissingStep());
   } else if (handshake_->CurrentState() == SlowHandshake::State::kDone) {
     Started(handshake_->FirstKeyByte(), handshake_->SecondKeyByte());
   }
@@ -226,9 +237,10 @@ void KLineTester::StartExchange(base::TimePoint now) {
   if (start && function_.kline.functional) {
     exchange_.SetAddresses({function_.init_address, function_.tester, true, true});
   }
+  KLineTiming times = agreement_.Times();
+  if (hold_ups_ >= kPacedAttempts) times.p4_min = base::TimePoint::zero();
   exchange_.SetByteTime(agreement_.ByteTime());
-  exchange_.Start(message_.View(), start ? kStartForm : *agreement_.FormFor(message_.Length()),
-                  agreement_.Times(), now);
+  exchange_.Start(message_.View(), start ? kStartForm : *agreement_.FormFor(message_.Length()), times, now);
   phase_ = Phase::kExchange;
 }
 

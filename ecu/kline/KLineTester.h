@@ -124,6 +124,7 @@ class KLineTester {
   base::TimePoint quiet_since_{};
   base::TimePoint silence_{};
   base::TimePoint silence_end_{};  // the line has to be silent by then
+  bool broke_off_ = false;         // the handshake has, and is done anew
   int hold_ups_ = 0;               // how often the computer spoilt what was being sent
   std::optional<WakeUp> wake_up_;
   std::optional<SlowHandshake> handshake_;

@@ -26,6 +26,8 @@ class SlowHandshake {
   std::optional<std::uint8_t> TakeByte(base::TimePoint now);
 
   State CurrentState() const { return state_; }
+  /// The ECU has sent its sync byte.
+  bool HasBegun() const { return step_ != Step::kSync; }
   /// When TakeByte is due; none while the ECU is waited for.
   std::optional<base::TimePoint> Due() const;
   /// When TimeElapsed is due; none while nothing is waited for.

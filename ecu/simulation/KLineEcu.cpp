@@ -93,6 +93,10 @@ void KLineEcu::BytesArrived(base::ByteView bytes) {
 // What is waited for is judged by its deadline, and not by when a byte is looked at.
 void KLineEcu::AwaitMore() {
   if (reader_.IsInside()) return silence_->Set(last_byte_ + kLongestGap);
+  if (state_ == State::kAwaitsKeyByte) {
+    const base::TimePoint w4_max = function_.timing.Value(&Timing::w4_max);
+    return outgoing_.empty() ? silence_->Set(last_talk_ + w4_max) : silence_->Clear();
+  }
   const bool endless = state_ == State::kAsleep || agreement_.Times().p3_max == base::TimePoint::max();
   if (endless) return silence_->Clear();
   silence_->Set(last_talk_ + agreement_.Times().p3_max);

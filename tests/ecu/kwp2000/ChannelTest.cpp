@@ -70,6 +70,7 @@ class ChannelTest : public testing::Test {
     function.name = "ENGINE";
     function.ecu = "Engine control";
     function.keep_alive = Milliseconds(0);
+    function.timing.p2 = 50;
   }
 
   std::shared_ptr<Channel> Open() {
