@@ -87,7 +87,7 @@ diag::DiagnosisObject::SessionFactory SessionFactory(const Options& options, con
                                                      const VehicleLinks::ClientLine& client_line) {
   const auto trace = TraceTo(parts.terminal);
   return [loop = parts.loop, store = parts.settings, folder = parts.application_folder, trace,
-          links = VehicleLinks(parts.settings, client_line, options.bus_trace, trace)] {
+          links = VehicleLinks(parts.settings, client_line, options, trace)] {
     ecu::SessionEnvironment environment;
     links.AddTo(environment);
     environment.loop = loop;

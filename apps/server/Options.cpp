@@ -43,6 +43,8 @@ void AddOptions(QCommandLineParser& parser) {
       WithValue("diag-port", "PORT", "Diagnostic port: SIM, COM3, /dev/ttyUSB0, CAN:socketcan:can0, NONE."),
       WithValue("bus-trace", "FILE",
                 "Records all traffic with vehicles: candump's log format, or K-line bytes."),
+      Flag("realtime",
+           "Real-time scheduling while a K-line is open, where the system allows it (see docs/links.md)."),
       WithValue("settings", "FILE", "Store of the per-user settings."),
       WithValue("install-record", "FILE", "The machine-wide installation record."),
       Flag("debug", "Starts with \"Check & debug\" ticked."),
@@ -128,6 +130,7 @@ Options ParseOptions(const QStringList& arguments) {
   options.version = parser.isSet("version");
   options.debug = parser.isSet("debug");
   options.open_serial = parser.isSet("open-serial");
+  options.real_time = parser.isSet("realtime");
   if (parser.isSet("power")) options.dry_run_power = IsDryRun(parser.value("power"));
   if (parser.isSet("listen")) options.listen = ListenAddress(parser.value("listen"));
   if (parser.isSet("allow")) options.allow = AllowedClients(parser.values("allow"));

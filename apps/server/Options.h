@@ -19,6 +19,7 @@ struct Options {
   bool debug = false;
   bool open_serial = false;
   bool dry_run_power = false;
+  bool real_time = false;
   std::optional<std::string> listen;
   /// As the settings have them, with commas between them.
   std::optional<std::string> allow;

@@ -8,6 +8,7 @@
 #include "host/settings/HostSettings.h"
 #include "platform/PluggedInterface.h"
 #include "platform/QtCanBus.h"
+#include "platform/RealTimeKLineWire.h"
 #include "platform/SerialKLineWire.h"
 
 namespace korval::apps {
@@ -23,10 +24,13 @@ std::unique_ptr<ecu::CanBus> OpenCanBus(const Log& log, const std::string& plugi
   return std::make_unique<ecu::TracedCanBus>(std::move(bus), log, interface);
 }
 
-std::unique_ptr<ecu::KLineWire> OpenKLineWire(const Log& log, const Trace& trace, const std::string& device) {
-  auto wire = std::make_unique<platform::SerialKLineWire>(device, trace);
-  if (!log) return wire;
-  return std::make_unique<ecu::TracedKLineWire>(std::move(wire), log, device);
+std::unique_ptr<ecu::KLineWire> OpenKLineWire(const Log& log,
+                                              const std::shared_ptr<platform::RealTime>& real_time,
+                                              const Trace& trace, const std::string& device) {
+  std::unique_ptr<ecu::KLineWire> wire = std::make_unique<platform::SerialKLineWire>(device, trace);
+  if (real_time) wire = std::make_unique<platform::RealTimeKLineWire>(std::move(wire), real_time);
+  if (log) wire = std::make_unique<ecu::TracedKLineWire>(std::move(wire), log, device);
+  return wire;
 }
 
 std::string PortOfChosenInterface(host::SettingsStore& settings, const std::string& client_line) {
@@ -49,19 +53,21 @@ Log OpenLog(const std::optional<std::string>& path, const Trace& trace) {
 }  // namespace
 
 VehicleLinks::VehicleLinks(std::shared_ptr<host::SettingsStore> settings, ClientLine client_line,
-                           const std::optional<std::string>& bus_trace, Trace trace)
+                           const Options& options, Trace trace)
     : settings_(std::move(settings)),
       client_line_(std::move(client_line)),
       trace_(std::move(trace)),
-      log_(OpenLog(bus_trace, trace_)) {}
+      log_(OpenLog(options.bus_trace, trace_)),
+      real_time_(options.real_time ? std::make_shared<platform::RealTime>(trace_) : nullptr) {}
 
 void VehicleLinks::AddTo(ecu::SessionEnvironment& environment) const {
   environment.open_can_bus = [log = log_](const std::string& plugin, const std::string& interface,
                                           std::int32_t bitrate) {
     return OpenCanBus(log, plugin, interface, bitrate);
   };
-  environment.open_kline_wire = [log = log_, trace = trace_](const std::string& device) {
-    return OpenKLineWire(log, trace, device);
+  environment.open_kline_wire = [log = log_, real_time = real_time_,
+                                 trace = trace_](const std::string& device) {
+    return OpenKLineWire(log, real_time, trace, device);
   };
   environment.kline_ports = kline_ports_;
   environment.on_note = trace_;

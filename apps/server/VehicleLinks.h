@@ -3,12 +3,13 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
+#include "Options.h"
 #include "ecu/buslog/BusLog.h"
 #include "ecu/session/SessionFactory.h"
 #include "host/settings/SettingsStore.h"
+#include "platform/RealTime.h"
 
 namespace korval::apps {
 
@@ -18,10 +19,10 @@ class VehicleLinks {
   using ClientLine = std::function<std::string()>;
 
   /// The chosen USB interface is read from `settings`; it is never the device of the client's RS232 line.
-  /// What goes over the wires is recorded in `bus_trace`, if any; `trace` is told what the person at the
-  /// console has to know. Raises Failure when that file cannot be written.
-  VehicleLinks(std::shared_ptr<host::SettingsStore> settings, ClientLine client_line,
-               const std::optional<std::string>& bus_trace, std::function<void(const std::string&)> trace);
+  /// What goes over the wires is recorded in the file that the options name, if any; `trace` is told what the
+  /// person at the console has to know. Raises Failure when that file cannot be written.
+  VehicleLinks(std::shared_ptr<host::SettingsStore> settings, ClientLine client_line, const Options& options,
+               std::function<void(const std::string&)> trace);
 
   void AddTo(ecu::SessionEnvironment& environment) const;
 
@@ -29,7 +30,8 @@ class VehicleLinks {
   std::shared_ptr<host::SettingsStore> settings_;
   ClientLine client_line_;
   std::function<void(const std::string&)> trace_;
-  std::shared_ptr<ecu::BusLog> log_;  // null: nothing is recorded
+  std::shared_ptr<ecu::BusLog> log_;               // null: nothing is recorded
+  std::shared_ptr<platform::RealTime> real_time_;  // null: it is not wanted
   std::shared_ptr<ecu::KLinePorts> kline_ports_ = std::make_shared<ecu::KLinePorts>();
 };
 

@@ -19,6 +19,7 @@ TEST(OptionsTest, NothingGivenLeavesTheStoredSettingsInForce) {
   EXPECT_FALSE(options.headless);
   EXPECT_FALSE(options.debug);
   EXPECT_FALSE(options.dry_run_power);
+  EXPECT_FALSE(options.real_time);
   EXPECT_FALSE(options.tcp_port.has_value());
   EXPECT_FALSE(options.serial_settings.has_value());
   EXPECT_FALSE(options.diag_port.has_value());
@@ -52,6 +53,7 @@ TEST(OptionsTest, EveryOptionIsRead) {
                                  "--install-record",
                                  "i.ini",
                                  "--debug",
+                                 "--realtime",
                                  "--power",
                                  "dry-run",
                                  "--allow",
@@ -73,6 +75,7 @@ TEST(OptionsTest, EveryOptionIsRead) {
   EXPECT_EQ(options.install_record_file, "i.ini");
   EXPECT_TRUE(options.debug);
   EXPECT_TRUE(options.dry_run_power);
+  EXPECT_TRUE(options.real_time);
   EXPECT_EQ(options.allow, "127.0.0.1, 10.0.0.0/8");
 }
 
@@ -113,7 +116,7 @@ TEST(OptionsTest, TheHelpNamesEveryOption) {
   for (const char* option :
        {"--headless", "--tcp-port", "--listen", "--serial-port", "--serial-device", "--serial-settings",
         "--handshaking", "--open-serial", "--asap-folder", "--korv-folder", "--diag-port", "--settings",
-        "--install-record", "--debug", "--power", "--allow", "--version", "--help"}) {
+        "--install-record", "--debug", "--realtime", "--power", "--allow", "--version", "--help"}) {
     EXPECT_THAT(help, HasSubstr(option));
   }
 }
