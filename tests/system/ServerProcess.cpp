@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sched.h>
 #include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -206,6 +207,8 @@ void ServerProcess::Pause() const {
 }
 
 void ServerProcess::Resume() const { kill(process_, SIGCONT); }
+
+int ServerProcess::Scheduling() const { return sched_getscheduler(process_) & ~SCHED_RESET_ON_FORK; }
 
 long ServerProcess::ResidentKilobytes() const {
   std::ifstream status("/proc/" + std::to_string(process_) + "/status");

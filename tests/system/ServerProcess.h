@@ -52,6 +52,8 @@ class ServerProcess {
   /// From now on nobody reads what the process writes, as with a paused pager; and again somebody does.
   void PauseReading();
   void ResumeReading();
+  /// The scheduling policy of its main thread.
+  int Scheduling() const;
   /// Resident memory in KiB.
   long ResidentKilobytes() const;
 
