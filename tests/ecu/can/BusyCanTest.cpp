@@ -70,14 +70,16 @@ TEST_P(BusyCanTest, AStopAtAnyMomentLosesNothing) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, BusyCanTest,
-                         testing::Values(Row{"single", "2101", "6101", "", microseconds(900)},
-                                         Row{"long_answer", "2102", "6102", "", microseconds(3000)},
-                                         Row{"long_answer_in_blocks", "2102", "6102",
-                                             "BlockSize='2' StMinMs='5'", microseconds(40000)},
-                                         Row{"long_request", "3B03414243444546474849", "7B03", "",
-                                             microseconds(2500)}),
-                         [](const auto& info) { return info.param.what; });
+INSTANTIATE_TEST_SUITE_P(
+    Rows, BusyCanTest,
+    testing::Values(Row{"single", "2101", "6101", "", microseconds(900)},
+                    Row{"long_answer", "2102", "6102", "", microseconds(3000)},
+                    Row{"long_answer_in_blocks", "2102", "6102", "BlockSize='2' StMinMs='5'",
+                        microseconds(40000)},
+                    Row{"long_request",
+                        "3B034142434445464748494A4142434445464748494A4142434445464748494A4142434445464748",
+                        "7B03", "", microseconds(2500)}),
+    [](const auto& info) { return info.param.what; });
 
 }  // namespace
 }  // namespace korval::ecu

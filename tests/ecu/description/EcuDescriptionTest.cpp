@@ -72,7 +72,7 @@ TEST(EcuDescriptionTest, FunctionByDefaultAndWithUnusableAttributes) {
     EXPECT_FALSE(function.transport.request_id) << element;
     EXPECT_FALSE(function.session) << element;
     EXPECT_EQ(function.keep_alive, Milliseconds(2000)) << element;
-    EXPECT_EQ(function.timing.Value(&Timing::p2), Milliseconds(50)) << element;
+    EXPECT_EQ(function.timing.Value(&Timing::p2), Milliseconds(150)) << element;
     EXPECT_EQ(function.timing.Value(&Timing::p3), Milliseconds(55)) << element;
     EXPECT_EQ(function.timing.Value(&Timing::p4), Milliseconds(5)) << element;
     EXPECT_FALSE(function.transport.st_min_ms) << element;
