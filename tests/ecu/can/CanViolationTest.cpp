@@ -204,7 +204,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, CanViolationTest, testing::ValuesIn(kViolations),
 
 TEST(CanViolationTest, LateAnswerIsNotTakenForTheNextOnes) {
   ScriptedEcu ecu({});
-  ecu.bench.loop->At(std::chrono::milliseconds(60), [&] { ecu.bench.bus.InjectHex(0x7E8, "0461010BAD"); });
+  ecu.bench.loop->At(std::chrono::milliseconds(160), [&] { ecu.bench.bus.InjectHex(0x7E8, "0461010BAD"); });
   EXPECT_EQ(ecu.bench.Send("2101"), "2000");
   ecu.bench.loop->Advance(std::chrono::milliseconds(20));
   ecu.Script() = {{"7E0#0221025555555555", {"7E8#0461020019"}}};
