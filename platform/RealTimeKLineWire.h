@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -30,6 +31,10 @@ class RealTimeKLineWire : public ecu::KLineWire {
     held_ = real_time_->Hold();
   }
   bool SetBreak(bool low) override { return wire_->SetBreak(low); }
+  bool HoldsBreak() const override { return wire_->HoldsBreak(); }
+  bool SetModemLines(std::optional<bool> rts, std::optional<bool> dtr) override {
+    return wire_->SetModemLines(rts, dtr);
+  }
   void Write(base::ByteView bytes) override { wire_->Write(bytes); }
   void Close() override {
     wire_->Close();

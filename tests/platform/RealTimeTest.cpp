@@ -65,6 +65,7 @@ struct Wire : ecu::KLineWire {
   void SetEvents(Events taken) override { events = std::move(taken); }
   void Open(std::int32_t) override {}
   bool SetBreak(bool) override { return true; }
+  bool SetModemLines(std::optional<bool>, std::optional<bool>) override { return true; }
   void Write(base::ByteView) override {}
   void Close() override {}
   Events& events;

@@ -31,6 +31,10 @@ class StoppableWire : public KLineWire {
   }
   void Open(std::int32_t baud) override { wire_->Open(baud); }
   bool SetBreak(bool low) override { return wire_->SetBreak(low); }
+  bool HoldsBreak() const override { return wire_->HoldsBreak(); }
+  bool SetModemLines(std::optional<bool> rts, std::optional<bool> dtr) override {
+    return wire_->SetModemLines(rts, dtr);
+  }
   void Write(base::ByteView bytes) override { wire_->Write(bytes); }
   void Close() override { wire_->Close(); }
 
