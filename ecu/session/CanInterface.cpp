@@ -13,6 +13,18 @@ namespace {
 // As it also stands in DBC files.
 constexpr std::uint32_t kExtendedFlag = 0x80000000;
 
+// However the wait for frames ends, by a failure too: those that are left are not sent any more.
+struct Withdrawal {
+  SharedCanBus& bus;
+  const std::shared_ptr<const SharedCanBus::Listener>& sender;
+
+  Withdrawal(SharedCanBus& on, const std::shared_ptr<const SharedCanBus::Listener>& of)
+      : bus(on), sender(of) {}
+  ~Withdrawal() { bus.Withdraw(sender); }
+  Withdrawal(const Withdrawal&) = delete;
+  Withdrawal& operator=(const Withdrawal&) = delete;
+};
+
 }  // namespace
 
 CanInterface::CanInterface(std::shared_ptr<base::EventLoop> loop, OpenBus open,
@@ -80,12 +92,12 @@ void CanInterface::SendFrames(const std::vector<FrameToSend>& frames) {
   const auto bus = bus_;  // this may be destroyed inside the wait
   const auto errors = errors_;
   bus->Listen(sender);
+  const Withdrawal withdrawal{*bus, sender};
   for (const CanFrame& frame : to_send) {
     if (!trouble) bus->Send(frame, sender);
   }
   // Every frame that waits is taken or dropped in the end.
   loop_->RunUntil(base::TimePoint::max(), [&] { return trouble || !bus->IsWaiting(sender); });
-  bus->Withdraw(sender);
   if (!trouble) trouble = bus->Loss();
   if (trouble) throw errors->MakeFailure(NumberOf(trouble->error), trouble->text);
 }
