@@ -29,7 +29,7 @@ class StoppableBus : public CanBus {
     events.on_sent = [loop = loop_, on_sent = std::move(on_sent)] { loop->Deliver(on_sent); };
     bus_->SetEvents(std::move(events));
   }
-  void Send(const CanFrame& frame) override { bus_->Send(frame); }
+  bool Send(const CanFrame& frame) override { return bus_->Send(frame); }
   bool IsReady() const override { return bus_->IsReady(); }
 
  private:

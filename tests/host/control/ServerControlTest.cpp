@@ -113,7 +113,7 @@ TEST_F(ServerControlTest, ARefusedStartLeavesInForceWhatWasGivenForThisRun) {
   control->Show();
   EXPECT_THAT(Trace(), HasSubstr("Init WinSock : port=11001\r\n"));
   control->EditProperties();
-  EXPECT_EQ(panel->values, (PanelValues{"9600,n,8,1", 1, 0, false, 11001, "/srv/asap", "/srv/ecu"}));
+  EXPECT_EQ(panel->values, (PanelValues{"9600,n,8,1", 1, 0, false, 11001, "/srv/asap", "/srv/ecu", "", ""}));
 }
 
 TEST_F(ServerControlTest, AHandshakingThatIsNoNumberEndsTheStart) {
