@@ -13,7 +13,8 @@ namespace korval::platform {
 namespace {
 
 #ifdef __linux__
-// Above every usual program, and well below the kernel's interrupt threads, which have 50 and bring the bytes.
+// Above every usual program, and well below the kernel's interrupt threads, which have 50 and bring the
+// bytes.
 constexpr int kPriority = 10;
 
 std::error_code SetScheduling(int policy, int priority) {
@@ -47,7 +48,7 @@ std::shared_ptr<void> RealTime::Hold() {
     }
     return nullptr;
   }
-  std::shared_ptr<void> token(nullptr, [](void*) { Leave(); });
+  std::shared_ptr<void> token(this, [](void*) { Leave(); });  // an address that is not null
   held_ = token;
   return token;
 }

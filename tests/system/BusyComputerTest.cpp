@@ -129,8 +129,8 @@ TEST_F(BusyComputerTest, TheServerIsHeldUpOnAKLine) {
   StopInOrder();
 }
 
-// The bytes of a request have gaps here, which must not become too long: what else the computer does shall not
-// disturb the test.
+// The bytes of a request have gaps here, which must not become too long: what else the computer does shall
+// not disturb the test.
 TEST_F(BusyComputerTest, TheServerIsHeldUpBetweenTheBytesOfItsRequests) {
   StartOnKLine(R"(Repeats="0")", {"--realtime"});
   ExpectAllValues(60, *server_, milliseconds(100));
@@ -157,9 +157,9 @@ TEST_F(BusyComputerTest, RealTimeSchedulingLastsAsLongAsTheKLineIsOpen) {
   StopInOrder();
 }
 
-// An ECU that is held up answers late; it is given the time for that.
+// An ECU that is held up answers late, and with gaps between its bytes; it is given the time for that.
 TEST_F(BusyComputerTest, TheSimulatorIsHeldUpOnAKLine) {
-  StartOnKLine(R"(P4Ms="0" Repeats="0" P2Ms="2000")");
+  StartOnKLine(R"(P4Ms="0" Repeats="0" P1Ms="1000" P2Ms="2000")");
   ExpectAllValues(60, *ecu_, milliseconds(40));
   StopInOrder();
 }
