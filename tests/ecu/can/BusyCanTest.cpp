@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"long_request",
                         "3B034142434445464748494A4142434445464748494A4142434445464748494A4142434445464748",
                         "7B03", "", microseconds(2500)}),
-    [](const auto& info) { return info.param.what; });
+    [](const auto& row) { return row.param.what; });
 
 }  // namespace
 }  // namespace korval::ecu
