@@ -44,8 +44,8 @@ class EventLoop {
   /// For what is to be given up at a time. `passed` runs from the event loop, never from inside Set.
   virtual std::unique_ptr<Deadline> CreateDeadline(std::function<void()> passed) = 0;
   /// Runs events until `done` holds or `deadline` has come, and says whether `done` holds. `done` is
-  /// asked before the first event and after each. Waits may nest; an outer one ends after an inner one. Raises
-  /// Failure as soon as the errand (Errand.h) that waits is called off.
+  /// asked before the first event and after each. Waits may nest; an outer one ends after an inner one.
+  /// Raises Failure as soon as the errand (Errand.h) that waits is called off.
   virtual bool RunUntil(TimePoint deadline, const std::function<bool()>& done) = 0;
 };
 

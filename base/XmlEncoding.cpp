@@ -47,14 +47,14 @@ constexpr std::array<Name, 21> kNames{{{"utf-8", XmlEncoding::kUtf8},
                                        {"utf-32", XmlEncoding::kUtf8},
                                        {"utf-32le", XmlEncoding::kUtf8},
                                        {"utf-32be", XmlEncoding::kUtf8},
-                                       {"iso-8859-1", XmlEncoding::kIso8859_1},
-                                       {"iso_8859-1", XmlEncoding::kIso8859_1},
-                                       {"iso8859-1", XmlEncoding::kIso8859_1},
-                                       {"latin1", XmlEncoding::kIso8859_1},
-                                       {"iso-8859-15", XmlEncoding::kIso8859_15},
-                                       {"iso_8859-15", XmlEncoding::kIso8859_15},
-                                       {"iso8859-15", XmlEncoding::kIso8859_15},
-                                       {"latin-9", XmlEncoding::kIso8859_15},
+                                       {"iso-8859-1", XmlEncoding::kLatin1},
+                                       {"iso_8859-1", XmlEncoding::kLatin1},
+                                       {"iso8859-1", XmlEncoding::kLatin1},
+                                       {"latin1", XmlEncoding::kLatin1},
+                                       {"iso-8859-15", XmlEncoding::kLatin9},
+                                       {"iso_8859-15", XmlEncoding::kLatin9},
+                                       {"iso8859-15", XmlEncoding::kLatin9},
+                                       {"latin-9", XmlEncoding::kLatin9},
                                        {"windows-1252", XmlEncoding::kWindows1252},
                                        {"cp1252", XmlEncoding::kWindows1252},
                                        {"x-cp1252", XmlEncoding::kWindows1252}}};
@@ -177,7 +177,7 @@ std::optional<XmlEncoding> EncodingOf(std::string_view bytes) {
 }
 
 bool IsSingleByte(XmlEncoding encoding) {
-  return encoding == XmlEncoding::kIso8859_1 || encoding == XmlEncoding::kIso8859_15 ||
+  return encoding == XmlEncoding::kLatin1 || encoding == XmlEncoding::kLatin9 ||
          encoding == XmlEncoding::kWindows1252;
 }
 
@@ -199,9 +199,9 @@ std::string Utf8Text(std::string_view bytes, XmlEncoding encoding) {
     case XmlEncoding::kUtf32LittleEndian:
     case XmlEncoding::kUtf32BigEndian:
       return FromUtf32(text, encoding == XmlEncoding::kUtf32LittleEndian);
-    case XmlEncoding::kIso8859_1:
+    case XmlEncoding::kLatin1:
       return FromSingleBytes(text, [](std::uint8_t byte) { return char32_t{byte}; });
-    case XmlEncoding::kIso8859_15:
+    case XmlEncoding::kLatin9:
       return FromSingleBytes(text, Iso8859_15);
     case XmlEncoding::kWindows1252:
       return Utf8FromAnsi({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});

@@ -14,8 +14,8 @@ enum class XmlEncoding {
   kUtf16BigEndian,
   kUtf32LittleEndian,
   kUtf32BigEndian,
-  kIso8859_1,
-  kIso8859_15,
+  kLatin1,
+  kLatin9,
   kWindows1252
 };
 

@@ -135,8 +135,13 @@ void DescriptionCheck::CheckData(const pugi::xml_node& section, const EcuFile& e
       file_.Report(data,
                    ecu_file.path.filename().string() + " " + WhyNotOffered(*ecu_file.document, name) + ".");
     } else if (short_name != name && items.contains(short_name)) {
-      file_.Report(data, ecu_file.path.filename().string() + " has another data item of the name " +
-                             short_name + "; a client that asks for " + short_name + " gets " + name + ".");
+      std::string text = ecu_file.path.filename().string();
+      text.append(" has another data item of the name ").append(short_name);
+      file_.Report(data, text.append("; a client that asks for ")
+                             .append(short_name)
+                             .append(" gets ")
+                             .append(name)
+                             .append("."));
     }
   }
 }

@@ -36,7 +36,9 @@ HeadlessConsole::HeadlessConsole(std::function<void(std::error_code)> on_output_
 
 void HeadlessConsole::Trace(std::string_view text) { repeated_.Append(text); }
 
-void HeadlessConsole::Error(const std::string& sentence) { errors_.Append(base::VisibleText(sentence) + "\n"); }
+void HeadlessConsole::Error(const std::string& sentence) {
+  errors_.Append(base::VisibleText(sentence) + "\n");
+}
 
 void HeadlessConsole::FinishTrace() {
   repeated_.Finish();

@@ -53,8 +53,8 @@ struct TimingParameter {
 };
 
 /// The table that reading, defaults and docs/ecu-file.md stand on. How long an ECU may take is what a tester
-/// bears, and not the limit that the standard has for the ECU: P1 of 20 ms and P2 of 50 ms would leave nothing
-/// for an adapter on USB, which brings bytes up to 16 ms late and now and then misses a turn.
+/// bears, and not the limit that the standard has for the ECU: P1 of 20 ms and P2 of 50 ms would leave
+/// nothing for an adapter on USB, which brings bytes up to 16 ms late and now and then misses a turn.
 inline constexpr std::array<TimingParameter, 19> kTimingParameters{{
     {"P1Ms", "P1max", 50, 1, 1000, &Timing::p1},
     {"P2MinMs", "P2min", 25, 0, 60000, &Timing::p2_min},

@@ -185,7 +185,7 @@ TEST_F(ExamplesTest, AnIdleSpeedOutOfRangeIsRefused) {
 TEST_F(ExamplesTest, IdentificationAnswersHoldTheirTexts) {
   const auto instance = ByName(Select("engine.xml", "ENGINE"));
   EXPECT_EQ(instance->Get("PartNumber"), base::Variant("04E906023A"));
-  EXPECT_EQ(instance->Get("SoftwareDate"), base::Variant(std::int32_t{20251107}));
+  EXPECT_EQ(instance->Get("SoftwareDate"), base::Variant(20251107.0));
   EXPECT_EQ(instance->Get("Calibration"), base::Variant("A517C042"));
   EXPECT_EQ(instance->Get("Vin"), base::Variant("ZZZKORV0000000001"));
 }
