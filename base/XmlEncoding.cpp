@@ -12,7 +12,7 @@
 namespace korval::base {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 struct Mark {
   std::string_view bytes;

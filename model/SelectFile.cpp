@@ -170,6 +170,7 @@ std::vector<std::shared_ptr<KorvAsapFile>> SelectFile::Unidentified(const std::s
     return position > files_.Count() || !files_.Item(position)->Identification().empty();
   });
   std::vector<std::shared_ptr<KorvAsapFile>> files;
+  files.reserve(positions.size());
   for (const std::int32_t position : positions) files.push_back(files_.Item(position));
   return files;
 }
