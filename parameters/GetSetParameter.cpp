@@ -68,7 +68,8 @@ std::int32_t GetSetParameter::Get(base::ByteView parameters, base::ByteBuffer& r
     // This one message has always begun with a capital, and test benches compare it.
     throw base::Failure("G" + arguments + " : Error = " + failure.Description());
   }
-  const std::optional<float> single = value.IsNumeric() ? value.ToSingle() : std::nullopt;
+  std::optional<float> single;
+  if (value.IsNumeric()) single = value.ToSingle();
   if (value.TypeOf() == base::Variant::Type::kString && console_.DebugTrace()) {
     console_.Line(name + " is a text: extended get parameter reads it");
   }
