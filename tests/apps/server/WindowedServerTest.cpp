@@ -3,7 +3,10 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <iomanip>
 #include <iterator>
+#include <sstream>
+#include <thread>
 
 #include "tests/system/FreePort.h"
 #include "tests/system/ServerBench.h"
@@ -41,6 +44,26 @@ class WindowedServerTest : public ServerBench {
     StartWindow({"--diag-port", "SIM", "--asap-folder", folder_.Path("asap"), "--korv-folder",
                  folder_.Path("korv"), "--debug"});
   }
+  // What was sent is either in the queue of the server's end of the connection, or the server has read it.
+  void WaitUntilRead() const {
+    std::ostringstream port;
+    port << ':' << std::uppercase << std::hex << std::setw(4) << std::setfill('0') << port_;
+    for (bool unread = true; unread; std::this_thread::yield()) {
+      unread = false;
+      std::ifstream connections("/proc/net/tcp");
+      for (std::string line; std::getline(connections, line);) {
+        std::istringstream fields(line);
+        std::string number;
+        std::string local;
+        std::string remote;
+        std::string state;
+        std::string queues;
+        fields >> number >> local >> remote >> state >> queues;
+        const bool is_ours = local.ends_with(port.str()) && state == "01";
+        unread = unread || (is_ours && !queues.ends_with(":00000000"));
+      }
+    }
+  }
   std::string Settings() const {
     std::ifstream file(folder_.Path("settings.ini"));
     return {std::istreambuf_iterator<char>(file), {}};
@@ -66,6 +89,7 @@ TEST_F(WindowedServerTest, ClosingTheWindowInsideAWaitEndsTheServerInOrder) {
   const RawClient client = Connect();
   OpenPair(client, "slow");
   client.Send(GetRequest(1, "N"));
+  WaitUntilRead();
   EXPECT_EQ(Hex(client.Ask(HarmlessRequest())), Hex(kGlobalError)) << "the command waits";
   StopInOrder();
 }
