@@ -16,7 +16,7 @@
 namespace korval::bench {
 namespace {
 
-int Serve(const apps::Options& options) {
+int Serve(const apps::ServerOptions& options) {
   ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
   int argument_count = 1;
   char name[] = "windowtrip";
@@ -33,7 +33,7 @@ WindowProcess::WindowProcess(const std::string& asap_folder, const std::string& 
     : port_(tests::FreePort()), process_(::fork()) {
   if (process_ < 0) throw std::runtime_error("no process");
   if (process_ == 0) {
-    apps::Options options;
+    apps::ServerOptions options;
     options.listen = "127.0.0.1";
     options.tcp_port = static_cast<std::uint16_t>(port_);
     options.dry_run_power = true;

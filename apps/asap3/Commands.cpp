@@ -46,7 +46,7 @@ std::string ValueText(const client::ExtendedValue& value) {
 
 class Runner {
  public:
-  Runner(client::Asap3Client& client, const Options& options) : client_(client), options_(options) {}
+  Runner(client::Asap3Client& client, const ClientOptions& options) : client_(client), options_(options) {}
 
   void Run() {
     if (options_.command == Command::kSend) return Send();
@@ -205,12 +205,12 @@ class Runner {
   }
 
   client::Asap3Client& client_;
-  const Options& options_;
+  const ClientOptions& options_;
   std::uint16_t lun_ = 0;
 };
 
 }  // namespace
 
-void RunCommand(client::Asap3Client& client, const Options& options) { Runner(client, options).Run(); }
+void RunCommand(client::Asap3Client& client, const ClientOptions& options) { Runner(client, options).Run(); }
 
 }  // namespace korval::apps

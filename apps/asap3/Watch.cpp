@@ -78,7 +78,7 @@ ValueTable::Values Read(client::Asap3Client& client, std::size_t count) {
 
 }  // namespace
 
-void Watch(client::Asap3Client& client, std::uint16_t lun, const Options& options) {
+void Watch(client::Asap3Client& client, std::uint16_t lun, const ClientOptions& options) {
   Pause pause;
   const platform::StopSignals stop_signals([&pause] { pause.Stop(); });
   const ValueTable table(options.names);

@@ -7,9 +7,9 @@
 
 #include <QCoreApplication>
 
+#include "apps/asap3/ClientOptions.h"
 #include "apps/asap3/Commands.h"
 #include "apps/asap3/JsonLine.h"
-#include "apps/asap3/Options.h"
 #include "base/VisibleText.h"
 #include "client/ClientErrors.h"
 #include "client/DeviceChannel.h"
@@ -18,29 +18,29 @@
 
 namespace {
 
+using korval::apps::ClientOptions;
 using korval::apps::JsonLine;
-using korval::apps::Options;
 
 constexpr int kSuccess = 0;
 constexpr int kErrorReply = 1;
 constexpr int kWrongUsage = 2;
 constexpr int kNoAnswer = 3;
 
-std::unique_ptr<korval::client::Channel> Connect(const Options& options) {
+std::unique_ptr<korval::client::Channel> Connect(const ClientOptions& options) {
   if (options.serial_device.empty())
     return korval::client::ConnectTcp(options.host, options.port, options.timeout);
   return korval::client::OpenSerial(options.serial_device, options.serial_settings);
 }
 
 /// Scripts that asked for JSON find every outcome on standard output.
-void Report(const Options& options, const std::string& text, const JsonLine& json) {
+void Report(const ClientOptions& options, const std::string& text, const JsonLine& json) {
   if (options.json)
     std::cout << json.Text() << std::endl;
   else
     std::cerr << "asap3: " << korval::base::VisibleText(text) << std::endl;
 }
 
-int Run(const Options& options) {
+int Run(const ClientOptions& options) {
   try {
     korval::client::Asap3Client client(Connect(options), options.timeout);
     korval::apps::RunCommand(client, options);
@@ -69,9 +69,10 @@ int main(int argc, char** argv) {
   int qt_argc = 1;
   const korval::platform::GuardedApplication<QCoreApplication> application(qt_argc, argv);
   try {
-    const Options options = korval::apps::ParseOptions(std::vector<std::string>(argv + 1, argv + argc));
+    const ClientOptions options =
+        korval::apps::ReadClientOptions(std::vector<std::string>(argv + 1, argv + argc));
     if (options.help || options.version) {
-      std::cout << (options.help ? korval::apps::kHelpText : "asap3 " KORVAL_VERSION "\n");
+      std::cout << (options.help ? korval::apps::ClientHelp() : "asap3 " KORVAL_VERSION "\n");
       return kSuccess;
     }
     return Run(options);

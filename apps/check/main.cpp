@@ -5,21 +5,21 @@
 #include <string>
 #include <vector>
 
+#include "apps/check/CheckOptions.h"
 #include "apps/check/CheckedFile.h"
 #include "apps/check/FileCheck.h"
-#include "apps/check/Options.h"
 #include "base/Failure.h"
 
 namespace {
 
 using korval::apps::CheckedFile;
-using korval::apps::Options;
+using korval::apps::CheckOptions;
 
 constexpr int kClean = 0;
 constexpr int kFindings = 1;
 constexpr int kUnusable = 2;
 
-int Check(const std::string& path, const Options& options) {
+int Check(const std::string& path, const CheckOptions& options) {
   try {
     CheckedFile file(path);
     korval::apps::CheckFile(file, options.korv_folder);
@@ -37,9 +37,9 @@ int Check(const std::string& path, const Options& options) {
   }
 }
 
-int Run(const Options& options) {
+int Run(const CheckOptions& options) {
   if (options.help || options.version) {
-    std::cout << (options.help ? korval::apps::HelpText() : "korval-check " KORVAL_VERSION "\n");
+    std::cout << (options.help ? korval::apps::CheckHelp() : "korval-check " KORVAL_VERSION "\n");
     return kClean;
   }
   int status = kClean;
@@ -51,7 +51,7 @@ int Run(const Options& options) {
 
 int main(int argc, char** argv) {
   try {
-    return Run(korval::apps::ParseOptions(std::vector<std::string>(argv + 1, argv + argc)));
+    return Run(korval::apps::ReadCheckOptions(std::vector<std::string>(argv + 1, argv + argc)));
   } catch (const korval::apps::UsageError& error) {
     std::cerr << "korval-check: " << error.what() << " (see --help)\n";
   } catch (const std::exception& failure) {

@@ -4,13 +4,15 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <QCoreApplication>
 
 #include "apps/ecu-sim/CanStation.h"
 #include "apps/ecu-sim/KLineStation.h"
-#include "apps/ecu-sim/Options.h"
+#include "apps/ecu-sim/SimulatorOptions.h"
 #include "base/XmlFile.h"
 #include "ecu/buslog/BusLog.h"
 #include "ecu/buslog/TracedCanBus.h"
@@ -21,7 +23,7 @@
 
 namespace {
 
-using korval::apps::Options;
+using korval::apps::SimulatorOptions;
 namespace ecu = korval::ecu;
 
 constexpr int kFailed = 1;
@@ -30,7 +32,7 @@ constexpr int kWrongUsage = 2;
 using Ecu = std::shared_ptr<const ecu::EcuDescription>;
 using Loop = std::shared_ptr<korval::base::EventLoop>;
 
-std::shared_ptr<ecu::BusLog> OpenLog(const Options& options) {
+std::shared_ptr<ecu::BusLog> OpenLog(const SimulatorOptions& options) {
   if (!options.bus_trace) return nullptr;
   ecu::BusLog::Settings settings;
   settings.path = *options.bus_trace;
@@ -44,13 +46,13 @@ int Serve(const std::string& where) {
   return QCoreApplication::exec();
 }
 
-int ServeKLine(const Options& options, const Loop& loop, const Ecu& description) {
+int ServeKLine(const SimulatorOptions& options, const Loop& loop, const Ecu& description) {
   const korval::apps::KLineStation station(loop, description, options.kline_path, options.echo,
                                            OpenLog(options));
   return Serve(description->Function().ecu + " answers on the K-line " + options.kline_path);
 }
 
-int ServeCan(const Options& options, const Loop& loop, const Ecu& description) {
+int ServeCan(const SimulatorOptions& options, const Loop& loop, const Ecu& description) {
   ecu::MessagingFile messaging;
   if (options.messaging_file) messaging = ecu::LoadMessagingFile(*options.messaging_file);
   const auto open = [can = *options.can, bitrate = messaging.bitrate,
@@ -63,9 +65,9 @@ int ServeCan(const Options& options, const Loop& loop, const Ecu& description) {
   return Serve(description->Function().ecu + " answers on CAN interface " + options.can->interface);
 }
 
-int Run(const Options& options) {
+int Run(const SimulatorOptions& options) {
   if (options.help || options.version) {
-    std::cout << (options.help ? korval::apps::HelpText() : "korval-ecu-sim " KORVAL_VERSION "\n");
+    std::cout << (options.help ? korval::apps::SimulatorHelp() : "korval-ecu-sim " KORVAL_VERSION "\n");
     return 0;
   }
   const Ecu description = ecu::EcuDescription::Load(korval::base::LoadXmlFile(options.ecu_file));
@@ -80,7 +82,7 @@ int main(int argc, char** argv) {
   const korval::platform::GuardedApplication<QCoreApplication> application(argc, argv);
   QCoreApplication::setApplicationName("korval-ecu-sim");
   try {
-    return Run(korval::apps::ParseOptions(QCoreApplication::arguments()));
+    return Run(korval::apps::ReadSimulatorOptions(std::vector<std::string>(argv + 1, argv + argc)));
   } catch (const korval::apps::UsageError& error) {
     std::cerr << "korval-ecu-sim: " << error.what() << " (see --help)\n";
     return kWrongUsage;

@@ -29,7 +29,7 @@ std::function<void(const std::string&)> TraceTo(const std::shared_ptr<host::Term
   return [terminal](const std::string& text) { host::TraceConsole(*terminal).Line(text); };
 }
 
-host::OverrideSettings::Overrides OverridesOf(const Options& options) {
+host::OverrideSettings::Overrides OverridesOf(const ServerOptions& options) {
   host::OverrideSettings::Overrides overrides;
   const auto set = [&](const std::string& path, const std::optional<std::string>& value) {
     if (value) overrides[path] = *value;
@@ -47,7 +47,8 @@ host::OverrideSettings::Overrides OverridesOf(const Options& options) {
   return overrides;
 }
 
-std::shared_ptr<host::SettingsStore> OpenSettings(const Options& options, const host::ControlParts& parts,
+std::shared_ptr<host::SettingsStore> OpenSettings(const ServerOptions& options,
+                                                  const host::ControlParts& parts,
                                                   const host::OverrideSettings::Overrides& stand_ins) {
   const auto stored = std::make_shared<platform::QSettingsStore>(
       QString::fromStdString(options.settings_file.value_or("")),
@@ -62,12 +63,14 @@ std::shared_ptr<host::SettingsStore> OpenSettings(const Options& options, const 
   return std::make_shared<host::OverrideSettings>(stored, std::move(overrides));
 }
 
-std::shared_ptr<host::PowerPlatform> OpenPower(const Options& options, const host::ControlParts& parts) {
+std::shared_ptr<host::PowerPlatform> OpenPower(const ServerOptions& options,
+                                               const host::ControlParts& parts) {
   if (options.dry_run_power) return std::make_shared<platform::DryRunPower>(TraceTo(parts.terminal));
   return std::make_shared<platform::LogindPower>();
 }
 
-std::shared_ptr<platform::QtSerialPort> OpenSerial(const Options& options, const host::ControlParts& parts) {
+std::shared_ptr<platform::QtSerialPort> OpenSerial(const ServerOptions& options,
+                                                   const host::ControlParts& parts) {
   auto port = std::make_shared<platform::QtSerialPort>(TraceTo(parts.terminal));
   if (options.serial_device) {
     const auto settings = host::ReadServerSettings(*parts.settings, parts.application_folder);
@@ -83,7 +86,8 @@ std::string EightDigits(std::int32_t identifier) {
 }
 
 // A session on the port that is chosen when it is created.
-diag::DiagnosisObject::SessionFactory SessionFactory(const Options& options, const host::ControlParts& parts,
+diag::DiagnosisObject::SessionFactory SessionFactory(const ServerOptions& options,
+                                                     const host::ControlParts& parts,
                                                      const VehicleLinks::ClientLine& client_line) {
   const auto trace = TraceTo(parts.terminal);
   return [loop = parts.loop, store = parts.settings, folder = parts.application_folder, trace,
@@ -102,7 +106,7 @@ diag::DiagnosisObject::SessionFactory SessionFactory(const Options& options, con
 
 }  // namespace
 
-host::ControlParts CompleteParts(const Options& options, host::ControlParts views,
+host::ControlParts CompleteParts(const ServerOptions& options, host::ControlParts views,
                                  const host::OverrideSettings::Overrides& stand_ins) {
   host::ControlParts parts = std::move(views);
   platform::EventBarrier::SetReport([terminal = std::weak_ptr(parts.terminal)](const std::string& text) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Options.h"
+#include "ServerOptions.h"
 #include "host/control/ControlParts.h"
 #include "host/settings/OverrideSettings.h"
 
@@ -10,7 +10,7 @@ namespace korval::apps {
 /// Completes the views (terminal, status, lists, message box) with Qt's adapters and our own
 /// diagnostic-session library, as the options say. `stand_ins` hold where a setting is neither stored nor
 /// given as an option; they are never saved.
-host::ControlParts CompleteParts(const Options& options, host::ControlParts views,
+host::ControlParts CompleteParts(const ServerOptions& options, host::ControlParts views,
                                  const host::OverrideSettings::Overrides& stand_ins = {});
 
 /// Chooses the simulated ECU, and traces so, when no diagnostic port was ever chosen; not when nobody can

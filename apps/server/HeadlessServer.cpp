@@ -18,7 +18,7 @@ constexpr int kOutputLost = 4;
 
 }  // namespace
 
-HeadlessServer::HeadlessServer(const Options& options)
+HeadlessServer::HeadlessServer(const ServerOptions& options)
     : debug_(options.debug),
       console_(
           std::make_shared<HeadlessConsole>([this](std::error_code failure) { OnOutputLost(failure); })) {

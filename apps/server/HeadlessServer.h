@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "HeadlessConsole.h"
-#include "Options.h"
+#include "ServerOptions.h"
 #include "host/control/ControlParts.h"
 #include "host/control/ServerControl.h"
 
@@ -16,7 +16,7 @@ namespace korval::apps {
 class HeadlessServer {
  public:
   /// The application object exists while the server does.
-  explicit HeadlessServer(const Options& options);
+  explicit HeadlessServer(const ServerOptions& options);
 
   /// Serves until it is asked to stop and returns the exit status: 0, 1 when the start failed, or 4 when
   /// standard output could not be written, which ends the server too.

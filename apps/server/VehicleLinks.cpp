@@ -53,7 +53,7 @@ Log OpenLog(const std::optional<std::string>& path, const Trace& trace) {
 }  // namespace
 
 VehicleLinks::VehicleLinks(std::shared_ptr<host::SettingsStore> settings, ClientLine client_line,
-                           const Options& options, Trace trace)
+                           const ServerOptions& options, Trace trace)
     : settings_(std::move(settings)),
       client_line_(std::move(client_line)),
       trace_(std::move(trace)),

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "Options.h"
+#include "ServerOptions.h"
 #include "ecu/buslog/BusLog.h"
 #include "ecu/session/SessionFactory.h"
 #include "host/settings/SettingsStore.h"
@@ -21,8 +21,8 @@ class VehicleLinks {
   /// The chosen USB interface is read from `settings`; it is never the device of the client's RS232 line.
   /// What goes over the wires is recorded in the file that the options name, if any; `trace` is told what the
   /// person at the console has to know. Raises Failure when that file cannot be written.
-  VehicleLinks(std::shared_ptr<host::SettingsStore> settings, ClientLine client_line, const Options& options,
-               std::function<void(const std::string&)> trace);
+  VehicleLinks(std::shared_ptr<host::SettingsStore> settings, ClientLine client_line,
+               const ServerOptions& options, std::function<void(const std::string&)> trace);
 
   void AddTo(ecu::SessionEnvironment& environment) const;
 

@@ -5,28 +5,23 @@
 #include <cstring>
 #include <exception>
 #include <string>
+#include <vector>
 
 #include <QCoreApplication>
 
 #include "HeadlessServer.h"
-#include "Options.h"
+#include "ServerOptions.h"
 #include "platform/process/EventBarrier.h"
 #include "platform/process/StandardStreams.h"
 #include "window/RunWindow.h"
 
 namespace {
 
-using korval::apps::Options;
+using korval::apps::ServerOptions;
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 constexpr int kOutputLost = 4;
-
-QStringList Arguments(int argc, char** argv) {
-  QStringList arguments;
-  for (int i = 0; i < argc; ++i) arguments.append(QString::fromLocal8Bit(argv[i]));
-  return arguments;
-}
 
 int Print(const std::string& text) {
   if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0) return 0;
@@ -36,15 +31,16 @@ int Print(const std::string& text) {
   return kOutputLost;
 }
 
-int RunOnConsole(int argc, char** argv, const Options& options) {
+int RunOnConsole(int argc, char** argv, const ServerOptions& options) {
   const korval::platform::GuardedApplication<QCoreApplication> application(argc, argv);
-  if (options.help) return Print(korval::apps::HelpText());
+  if (options.help) return Print(korval::apps::ServerHelp());
   if (options.version) return Print("korval-asap-server " KORVAL_VERSION "\n");
   return korval::apps::HeadlessServer(options).Run();
 }
 
 int Run(int argc, char** argv) {
-  const Options options = korval::apps::ParseOptions(Arguments(argc, argv));
+  const ServerOptions options =
+      korval::apps::ReadServerOptions(std::vector<std::string>(argv + 1, argv + argc));
   const bool needs_window = !options.headless && !options.help && !options.version;
   return needs_window ? korval::apps::RunWindow(argc, argv, options) : RunOnConsole(argc, argv, options);
 }

@@ -14,7 +14,7 @@
 
 namespace korval::apps {
 
-int RunWindow(int argc, char** argv, const Options& options) {
+int RunWindow(int argc, char** argv, const ServerOptions& options) {
   std::optional<DisplayGuard> guard(std::in_place);
   const platform::GuardedApplication<QApplication> application(argc, argv);
   guard.reset();

@@ -28,7 +28,7 @@ StandIns ExampleSettings() {
 
 }  // namespace
 
-WindowedServer::WindowedServer(const Options& options) {
+WindowedServer::WindowedServer(const ServerOptions& options) {
   const StandIns examples = ExampleSettings();
   auto* control = new ui::KorvAsapServer(
       [&](host::ControlParts views) { return parts_ = CompleteParts(options, std::move(views), examples); });

@@ -5,7 +5,7 @@
 
 #include <QString>
 
-#include "Options.h"
+#include "ServerOptions.h"
 #include "host/control/ControlParts.h"
 #include "window/MainWindow.h"
 
@@ -15,7 +15,7 @@ namespace korval::apps {
 /// examples' files, and the trace says so. Needs a QApplication.
 class WindowedServer {
  public:
-  explicit WindowedServer(const Options& options);
+  explicit WindowedServer(const ServerOptions& options);
   WindowedServer(const WindowedServer&) = delete;
   WindowedServer& operator=(const WindowedServer&) = delete;
 

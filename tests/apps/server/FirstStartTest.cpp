@@ -45,7 +45,7 @@ class FirstStartTest : public tests::WidgetTest {
   }
 
   tests::TempFolder folder_;
-  Options options_;
+  ServerOptions options_;
   std::optional<WindowedServer> server_;
 };
 

@@ -63,7 +63,7 @@ class Scene {
     QFile file(settings_file);
     Require(file.open(QIODevice::WriteOnly) && file.write(settings) > 0, "the settings can be written");
     file.close();
-    apps::Options options;
+    apps::ServerOptions options;
     options.serial_device = line_.Device();
     options.listen = "127.0.0.1";
     options.tcp_port = FreePort();

@@ -3,15 +3,14 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
-#include <QStringList>
-
-#include "apps/UsageError.h"
+#include "apps/commandline/UsageError.h"
 
 namespace korval::apps {
 
 /// The simulator's command line: one ECU file, and one wire.
-struct Options {
+struct SimulatorOptions {
   struct Can {
     std::string plugin;
     std::string interface;
@@ -27,9 +26,9 @@ struct Options {
   std::optional<std::string> bus_trace;
 };
 
-/// Reads the command line (program name first). Raises UsageError.
-Options ParseOptions(const QStringList& arguments);
+/// Reads the arguments behind the program's name. Raises UsageError.
+SimulatorOptions ReadSimulatorOptions(const std::vector<std::string>& arguments);
 /// The text of --help.
-std::string HelpText();
+std::string SimulatorHelp();
 
 }  // namespace korval::apps

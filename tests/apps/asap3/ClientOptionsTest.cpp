@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "apps/asap3/Options.h"
+#include "apps/asap3/ClientOptions.h"
 
 namespace korval::apps {
 namespace {
@@ -18,8 +18,8 @@ Arguments OnFile(const Arguments& more) {
   return arguments;
 }
 
-TEST(OptionsTest, ACommandAloneLeavesTheDefaults) {
-  const Options options = ParseOptions({"identify"});
+TEST(ClientOptionsTest, ACommandAloneLeavesTheDefaults) {
+  const ClientOptions options = ReadClientOptions({"identify"});
   EXPECT_EQ(options.command, Command::kIdentify);
   EXPECT_EQ(options.host, "127.0.0.1");
   EXPECT_EQ(options.port, 1001);
@@ -29,33 +29,33 @@ TEST(OptionsTest, ACommandAloneLeavesTheDefaults) {
   EXPECT_FALSE(options.json || options.help || options.version);
 }
 
-TEST(OptionsTest, EveryOptionIsRead) {
-  const Options options = ParseOptions({"--host",
-                                        "rig",
-                                        "--port",
-                                        "65535",
-                                        "--timeout",
-                                        "250",
-                                        "--json",
-                                        "--serial",
-                                        "/dev/ttyUSB0",
-                                        "--serial-settings",
-                                        "19200,e,7,2",
-                                        "--file",
-                                        "a.xml",
-                                        "--section",
-                                        "S",
-                                        "--address",
-                                        "16",
-                                        "--count",
-                                        "3",
-                                        "--interval",
-                                        "0",
-                                        "--csv",
-                                        "out.csv",
-                                        "watch",
-                                        "Speed",
-                                        "Torque"});
+TEST(ClientOptionsTest, EveryOptionIsRead) {
+  const ClientOptions options = ReadClientOptions({"--host",
+                                                   "rig",
+                                                   "--port",
+                                                   "65535",
+                                                   "--timeout",
+                                                   "250",
+                                                   "--json",
+                                                   "--serial",
+                                                   "/dev/ttyUSB0",
+                                                   "--serial-settings",
+                                                   "19200,e,7,2",
+                                                   "--file",
+                                                   "a.xml",
+                                                   "--section",
+                                                   "S",
+                                                   "--address",
+                                                   "16",
+                                                   "--count",
+                                                   "3",
+                                                   "--interval",
+                                                   "0",
+                                                   "--csv",
+                                                   "out.csv",
+                                                   "watch",
+                                                   "Speed",
+                                                   "Torque"});
   EXPECT_EQ(options.host, "rig");
   EXPECT_EQ(options.port, 65535);
   EXPECT_EQ(options.timeout, std::chrono::milliseconds(250));
@@ -72,49 +72,52 @@ TEST(OptionsTest, EveryOptionIsRead) {
   EXPECT_THAT(options.names, ElementsAre("Speed", "Torque"));
 }
 
-TEST(OptionsTest, OptionsMayFollowTheCommandAndTakeAnEqualsSign) {
-  const Options options = ParseOptions({"get", "Speed", "--file=a=b.xml", "--section=S", "Oil", "--port=7"});
+TEST(ClientOptionsTest, OptionsMayFollowTheCommandAndTakeAnEqualsSign) {
+  const ClientOptions options =
+      ReadClientOptions({"get", "Speed", "--file=a=b.xml", "--section=S", "Oil", "--port=7"});
   EXPECT_EQ(options.description_file, "a=b.xml");
   EXPECT_EQ(options.port, 7);
   EXPECT_THAT(options.names, ElementsAre("Speed", "Oil"));
 }
 
-TEST(OptionsTest, ANegativeNumberIsNoOption) {
-  const Options options = ParseOptions(OnFile({"set", "Trim", "-1.5E-3"}));
+TEST(ClientOptionsTest, ANegativeNumberIsNoOption) {
+  const ClientOptions options = ReadClientOptions(OnFile({"set", "Trim", "-1.5E-3"}));
   EXPECT_EQ(options.value, client::ExtendedValue(-1.5E-3F));
 }
 
-TEST(OptionsTest, NothingIsAnOptionAfterTwoDashes) {
-  EXPECT_THAT(ParseOptions(OnFile({"get", "--", "--json", "-h"})).names, ElementsAre("--json", "-h"));
+TEST(ClientOptionsTest, NothingIsAnOptionAfterTwoDashes) {
+  EXPECT_THAT(ReadClientOptions(OnFile({"get", "--", "--json", "-h"})).names, ElementsAre("--json", "-h"));
 }
 
-TEST(OptionsTest, TheTypeDecidesHowTheValueIsRead) {
-  EXPECT_EQ(ParseOptions(OnFile({"xset", "N", "0.1"})).value, client::ExtendedValue(0.1F));
-  EXPECT_EQ(ParseOptions(OnFile({"xset", "N", "0.1", "--type", "real"})).value, client::ExtendedValue(0.1F));
-  EXPECT_EQ(ParseOptions(OnFile({"xset", "N", "0.1", "--type", "real8"})).value, client::ExtendedValue(0.1));
-  EXPECT_EQ(ParseOptions(OnFile({"xset", "N", "0.1", "--type", "string"})).value,
+TEST(ClientOptionsTest, TheTypeDecidesHowTheValueIsRead) {
+  EXPECT_EQ(ReadClientOptions(OnFile({"xset", "N", "0.1"})).value, client::ExtendedValue(0.1F));
+  EXPECT_EQ(ReadClientOptions(OnFile({"xset", "N", "0.1", "--type", "real"})).value,
+            client::ExtendedValue(0.1F));
+  EXPECT_EQ(ReadClientOptions(OnFile({"xset", "N", "0.1", "--type", "real8"})).value,
+            client::ExtendedValue(0.1));
+  EXPECT_EQ(ReadClientOptions(OnFile({"xset", "N", "0.1", "--type", "string"})).value,
             client::ExtendedValue("0.1"));
 }
 
-TEST(OptionsTest, HexIsReadInEitherCase) {
-  EXPECT_EQ(ParseOptions(OnFile({"raw", "1aF0"})).bytes.ToHex(), "1AF0");
-  EXPECT_EQ(ParseOptions({"send", "00"}).bytes.ToHex(), "00");
+TEST(ClientOptionsTest, HexIsReadInEitherCase) {
+  EXPECT_EQ(ReadClientOptions(OnFile({"raw", "1aF0"})).bytes.ToHex(), "1AF0");
+  EXPECT_EQ(ReadClientOptions({"send", "00"}).bytes.ToHex(), "00");
 }
 
-TEST(OptionsTest, HelpAndVersionNeedNoCommandAndEndTheReading) {
-  EXPECT_TRUE(ParseOptions({"--help", "--nonsense"}).help);
-  EXPECT_TRUE(ParseOptions({"get", "-h"}).help);
-  EXPECT_TRUE(ParseOptions({"--version"}).version);
+TEST(ClientOptionsTest, HelpAndVersionNeedNoCommandAndEndTheReading) {
+  EXPECT_TRUE(ReadClientOptions({"--help", "--nonsense"}).help);
+  EXPECT_TRUE(ReadClientOptions({"get", "-h"}).help);
+  EXPECT_TRUE(ReadClientOptions({"--version"}).version);
 }
 
-TEST(OptionsTest, HelpNamesEveryOptionAndCommand) {
+TEST(ClientOptionsTest, HelpNamesEveryOptionAndCommand) {
   for (const char* const word :
        {"--host",  "--port",    "--timeout", "--json",      "--serial ", "--serial-settings",
         "--file",  "--section", "--address", "--type",      "--count",   "--interval",
         "--csv",   "--help",    "--version", "  identify ", "  get ",    "  set ",
         "  xget ", "  xset ",   "  watch ",  "  dtc ",      "  raw ",    "  can ",
         "  send "}) {
-    EXPECT_THAT(kHelpText, HasSubstr(word));
+    EXPECT_THAT(ClientHelp(), HasSubstr(word));
   }
 }
 
@@ -127,7 +130,7 @@ class WrongUsageTest : public testing::TestWithParam<WrongUsage> {};
 
 TEST_P(WrongUsageTest, IsRefusedWithASentence) {
   try {
-    ParseOptions(GetParam().arguments);
+    ReadClientOptions(GetParam().arguments);
     FAIL() << "was taken";
   } catch (const UsageError& error) {
     EXPECT_EQ(error.what(), GetParam().said);

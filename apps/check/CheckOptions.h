@@ -5,11 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "apps/UsageError.h"
+#include "apps/commandline/UsageError.h"
 
 namespace korval::apps {
 
-struct Options {
+/// The command line of the check.
+struct CheckOptions {
   bool help = false;
   bool version = false;
   std::optional<std::string> korv_folder;
@@ -17,8 +18,8 @@ struct Options {
 };
 
 /// Reads the arguments behind the program's name. Raises UsageError.
-Options ParseOptions(const std::vector<std::string>& arguments);
+CheckOptions ReadCheckOptions(const std::vector<std::string>& arguments);
 /// The text of --help.
-std::string HelpText();
+std::string CheckHelp();
 
 }  // namespace korval::apps

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/UsageError.h"
+#include "apps/commandline/UsageError.h"
 #include "base/ByteBuffer.h"
 #include "base/SerialSettings.h"
 #include "client/Asap3Client.h"
@@ -16,7 +16,7 @@ namespace korval::apps {
 enum class Command { kIdentify, kGet, kSet, kXget, kXset, kWatch, kDtc, kRaw, kCan, kSend };
 
 /// The client's command line.
-struct Options {
+struct ClientOptions {
   bool help = false;
   bool version = false;
   bool json = false;
@@ -46,9 +46,9 @@ struct Options {
 /// Reads the arguments (without the program's name), options and words in any order. A word that is a
 /// negative number is no option, and nothing after "--" is one. Raises UsageError. After --help or --version
 /// the rest is not looked at.
-Options ParseOptions(const std::vector<std::string>& arguments);
+ClientOptions ReadClientOptions(const std::vector<std::string>& arguments);
 
 /// The text of --help.
-extern const char* const kHelpText;
+std::string ClientHelp();
 
 }  // namespace korval::apps

@@ -3,19 +3,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Options.h"
+#include "ServerOptions.h"
 
 namespace korval::apps {
 namespace {
 
 using ::testing::HasSubstr;
 
-Options Parse(const QStringList& arguments) {
-  return ParseOptions(QStringList{"korval-asap-server"} + arguments);
-}
+using Arguments = std::vector<std::string>;
 
-TEST(OptionsTest, NothingGivenLeavesTheStoredSettingsInForce) {
-  const Options options = Parse({});
+TEST(ServerOptionsTest, NothingGivenLeavesTheStoredSettingsInForce) {
+  const ServerOptions options = ReadServerOptions({});
   EXPECT_FALSE(options.headless);
   EXPECT_FALSE(options.debug);
   EXPECT_FALSE(options.dry_run_power);
@@ -27,39 +25,39 @@ TEST(OptionsTest, NothingGivenLeavesTheStoredSettingsInForce) {
   EXPECT_FALSE(options.allow.has_value());
 }
 
-TEST(OptionsTest, EveryOptionIsRead) {
-  const Options options = Parse({"--headless",
-                                 "--tcp-port",
-                                 "0",
-                                 "--listen",
-                                 "127.0.0.1",
-                                 "--serial-port",
-                                 "3",
-                                 "--serial-device",
-                                 "/dev/pts/7",
-                                 "--serial-settings",
-                                 "9600,n,8,1",
-                                 "--handshaking",
-                                 "2",
-                                 "--open-serial",
-                                 "--asap-folder",
-                                 "/srv//asap/",
-                                 "--korv-folder",
-                                 "ecu/../k",
-                                 "--diag-port",
-                                 "",
-                                 "--settings",
-                                 "s.ini",
-                                 "--install-record",
-                                 "i.ini",
-                                 "--debug",
-                                 "--realtime",
-                                 "--power",
-                                 "dry-run",
-                                 "--allow",
-                                 "127.0.0.1",
-                                 "--allow",
-                                 "10.0.0.0/8"});
+TEST(ServerOptionsTest, EveryOptionIsRead) {
+  const ServerOptions options = ReadServerOptions({"--headless",
+                                                   "--tcp-port",
+                                                   "0",
+                                                   "--listen",
+                                                   "127.0.0.1",
+                                                   "--serial-port",
+                                                   "3",
+                                                   "--serial-device",
+                                                   "/dev/pts/7",
+                                                   "--serial-settings",
+                                                   "9600,n,8,1",
+                                                   "--handshaking",
+                                                   "2",
+                                                   "--open-serial",
+                                                   "--asap-folder",
+                                                   "/srv//asap/",
+                                                   "--korv-folder",
+                                                   "ecu/../k",
+                                                   "--diag-port",
+                                                   "",
+                                                   "--settings",
+                                                   "s.ini",
+                                                   "--install-record",
+                                                   "i.ini",
+                                                   "--debug",
+                                                   "--realtime",
+                                                   "--power",
+                                                   "dry-run",
+                                                   "--allow",
+                                                   "127.0.0.1",
+                                                   "--allow",
+                                                   "10.0.0.0/8"});
   EXPECT_TRUE(options.headless);
   EXPECT_EQ(options.tcp_port, std::uint16_t{0});
   EXPECT_EQ(options.listen, "127.0.0.1");
@@ -80,7 +78,7 @@ TEST(OptionsTest, EveryOptionIsRead) {
 }
 
 struct WrongUsage {
-  QStringList arguments;
+  Arguments arguments;
   const char* said;
 };
 
@@ -88,7 +86,7 @@ class WrongUsageTest : public ::testing::TestWithParam<WrongUsage> {};
 
 TEST_P(WrongUsageTest, IsRefusedWithWhatTheOptionTakes) {
   try {
-    Parse(GetParam().arguments);
+    ReadServerOptions(GetParam().arguments);
     FAIL() << "accepted";
   } catch (const UsageError& error) {
     EXPECT_THAT(error.what(), HasSubstr(GetParam().said));
@@ -111,8 +109,8 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{{"--headles"}, "headles"},
         WrongUsage{{"engine.xml"}, "unexpected argument 'engine.xml'"}));
 
-TEST(OptionsTest, TheHelpNamesEveryOption) {
-  const std::string help = HelpText();
+TEST(ServerOptionsTest, TheHelpNamesEveryOption) {
+  const std::string help = ServerHelp();
   for (const char* option :
        {"--headless", "--tcp-port", "--listen", "--serial-port", "--serial-device", "--serial-settings",
         "--handshaking", "--open-serial", "--asap-folder", "--korv-folder", "--diag-port", "--settings",

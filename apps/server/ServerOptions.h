@@ -4,15 +4,14 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
-#include <QStringList>
-
-#include "apps/UsageError.h"
+#include "apps/commandline/UsageError.h"
 
 namespace korval::apps {
 
 /// The server's command line. What is not given leaves the stored setting in force.
-struct Options {
+struct ServerOptions {
   bool headless = false;
   bool help = false;
   bool version = false;
@@ -36,9 +35,9 @@ struct Options {
   std::optional<std::string> install_record_file;
 };
 
-/// Reads the command line (program name first). Raises UsageError.
-Options ParseOptions(const QStringList& arguments);
+/// Reads the arguments behind the program's name. Raises UsageError.
+ServerOptions ReadServerOptions(const std::vector<std::string>& arguments);
 /// The text of --help.
-std::string HelpText();
+std::string ServerHelp();
 
 }  // namespace korval::apps
