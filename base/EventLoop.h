@@ -7,10 +7,9 @@
 #include <functional>
 #include <memory>
 
-namespace korval::base {
+#include "Time.h"
 
-/// Monotonic time since an arbitrary origin.
-using TimePoint = std::chrono::nanoseconds;
+namespace korval::base {
 
 /// A one-shot timer. Destroying it stops it.
 class Timer {

@@ -148,7 +148,7 @@ class Tester {
   }
 
   unsigned flags_;
-  base::TimePoint now_ = std::chrono::seconds(1);
+  base::TimePoint now_{std::chrono::seconds(1)};
   ecu::KLineTester tester_;
   CheckedReader reader_;
   base::ByteBuffer written_;

@@ -23,13 +23,13 @@ constexpr std::chrono::milliseconds kPunctual{2};
 constexpr int kRoundsToDeliver = 8;
 
 // Qt counts whole milliseconds in an int; rounding up never fires early.
-std::chrono::milliseconds QtInterval(base::TimePoint span) {
+std::chrono::milliseconds QtInterval(base::Duration span) {
   using std::chrono::milliseconds;
   return std::clamp(std::chrono::ceil<milliseconds>(span), milliseconds(0),
                     milliseconds(std::numeric_limits<int>::max()));
 }
 
-base::TimePoint SteadyNow() { return std::chrono::steady_clock::now().time_since_epoch(); }
+base::TimePoint SteadyNow() { return base::TimePoint(std::chrono::steady_clock::now().time_since_epoch()); }
 
 // Gaps on a bus are as short as 100 us: a part of a millisecond is waited for by asking the clock in every
 // round of the loop.
@@ -71,18 +71,18 @@ class QtDeadline : public base::Deadline {
   void Set(base::TimePoint due) override {
     if (timer_.isActive() && due == due_) return;
     due_ = due;
-    held_up_ = base::TimePoint::zero();
+    held_up_ = base::Duration::zero();
     Wait(SteadyNow());
   }
   void Clear() override { timer_.stop(); }
 
  private:
   // Without overflow at the end of time.
-  base::TimePoint Left(base::TimePoint now) const { return due_ - now + held_up_; }
+  base::Duration Left(base::TimePoint now) const { return due_ - now + held_up_; }
 
   void Wait(base::TimePoint now) {
     rounds_ = 0;
-    StartLook(now, QtInterval(std::min<base::TimePoint>(Left(now), kLook)));
+    StartLook(now, QtInterval(std::min<base::Duration>(Left(now), kLook)));
   }
 
   void StartLook(base::TimePoint now, std::chrono::milliseconds span) {
@@ -92,9 +92,9 @@ class QtDeadline : public base::Deadline {
 
   void Look() {
     const base::TimePoint now = SteadyNow();
-    const base::TimePoint late = now - next_look_;
+    const base::Duration late = now - next_look_;
     if (late > kPunctual) held_up_ += late;
-    if (Left(now) > base::TimePoint::zero()) return Wait(now);
+    if (Left(now) > base::Duration::zero()) return Wait(now);
     if (rounds_++ < kRoundsToDeliver) return StartLook(now, std::chrono::milliseconds(0));
     const std::function<void()> held = passed_;  // it may destroy the deadline
     EventBarrier::Run("a deadline", held);
@@ -102,7 +102,7 @@ class QtDeadline : public base::Deadline {
 
   std::function<void()> passed_;
   base::TimePoint due_{};
-  base::TimePoint held_up_{};
+  base::Duration held_up_{};
   base::TimePoint next_look_{};
   int rounds_ = 0;
   QTimer timer_;
@@ -128,8 +128,8 @@ bool QtEventLoop::RunUntil(base::TimePoint deadline, const std::function<bool()>
   wake_up.setTimerType(Qt::PreciseTimer);
   while (!done()) {
     wait.RequireWanted();
-    const base::TimePoint left = deadline - Now();
-    if (left <= base::TimePoint::zero()) return false;
+    const base::Duration left = deadline - Now();
+    if (left <= base::Duration::zero()) return false;
     // Some dispatchers deliver posted events and then wait all the same, so these are delivered first.
     if (dispatcher.processEvents(QEventLoop::AllEvents) || done()) continue;
     if (!wake_up.isActive()) wake_up.start(QtInterval(left));

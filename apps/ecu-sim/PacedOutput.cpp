@@ -17,7 +17,7 @@ PacedOutput::PacedOutput(std::shared_ptr<base::EventLoop> loop, Write write)
 
 void PacedOutput::Send(base::ByteView bytes, std::int32_t baud) {
   if (pieces_.empty()) last_byte_ = std::max(last_byte_, loop_->Now());
-  pieces_.push_back({base::ByteBuffer(bytes), base::TimePoint(std::chrono::seconds(kBitsPerByte)) / baud});
+  pieces_.push_back({base::ByteBuffer(bytes), base::Duration(std::chrono::seconds(kBitsPerByte)) / baud});
   SendDue();
 }
 

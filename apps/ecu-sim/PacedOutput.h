@@ -25,7 +25,7 @@ class PacedOutput {
  private:
   struct Piece {
     base::ByteBuffer bytes;
-    base::TimePoint byte_time;
+    base::Duration byte_time;
     std::size_t sent = 0;
   };
 

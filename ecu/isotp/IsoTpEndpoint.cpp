@@ -59,7 +59,7 @@ void IsoTpEndpoint::SetTimers() {
   due_->Stop();
   if (const auto due = connection_.Due()) {
     due_->Start(
-        std::chrono::ceil<std::chrono::microseconds>(std::max(*due - loop_->Now(), base::TimePoint::zero())));
+        std::chrono::ceil<std::chrono::microseconds>(std::max(*due - loop_->Now(), base::Duration::zero())));
   }
   if (const auto deadline = connection_.Deadline()) {
     deadline_->Set(*deadline);

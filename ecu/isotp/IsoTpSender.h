@@ -57,7 +57,7 @@ class IsoTpSender {
   std::size_t sent_ = 0;
   std::uint8_t sequence_ = 0;
   std::size_t block_left_ = 0;  // consecutive frames until the next flow control
-  base::TimePoint separation_{};
+  base::Duration separation_{};
   std::int32_t waits_ = 0;
   base::TimePoint deadline_{};
   std::optional<IsoTpError> error_;

@@ -12,7 +12,7 @@ constexpr std::chrono::milliseconds kLongestHoldUp{10};
 
 }  // namespace
 
-FrameExchange::FrameExchange(Addresses addresses, base::TimePoint byte_time, EchoFilter& echo)
+FrameExchange::FrameExchange(Addresses addresses, base::Duration byte_time, EchoFilter& echo)
     : addresses_(addresses), byte_time_(byte_time), echo_(echo) {}
 
 void FrameExchange::Start(base::ByteView message, HeaderForm form, const KLineTiming& timing,

@@ -39,10 +39,10 @@ class FrameExchange {
   };
 
   /// Of nothing yet. The echo's state outlives it.
-  FrameExchange(Addresses addresses, base::TimePoint byte_time, EchoFilter& echo);
+  FrameExchange(Addresses addresses, base::Duration byte_time, EchoFilter& echo);
 
   void SetAddresses(Addresses addresses) { addresses_ = addresses; }
-  void SetByteTime(base::TimePoint byte_time) { byte_time_ = byte_time; }
+  void SetByteTime(base::Duration byte_time) { byte_time_ = byte_time; }
   void Start(base::ByteView message, HeaderForm form, const KLineTiming& timing, base::TimePoint now);
   /// What is to be written now; empty: nothing.
   base::ByteView TakeBytes(base::TimePoint now);
@@ -75,7 +75,7 @@ class FrameExchange {
   bool IsForUs() const;
 
   Addresses addresses_;
-  base::TimePoint byte_time_;
+  base::Duration byte_time_;
   EchoFilter& echo_;
   KLineTiming timing_{};
   PacedSender sender_;

@@ -39,9 +39,9 @@ void KLineDriver::Close() {
   line_->Release(this, tester_.QuietSince());
 }
 
-base::TimePoint KLineDriver::LongestSilence() const {
+base::Duration KLineDriver::LongestSilence() const {
   const bool has_start = function_.init != FunctionDescription::Init::kNone;
-  return has_start ? tester_.ActiveTiming().p3_max : base::TimePoint::max();
+  return has_start ? tester_.ActiveTiming().p3_max : base::Duration::max();
 }
 
 void KLineDriver::Claim(Task task) {
@@ -158,7 +158,7 @@ void KLineDriver::SetTimers() {
   due_->Stop();
   if (const auto due = tester_.Due()) {
     due_->Start(
-        std::chrono::ceil<std::chrono::microseconds>(std::max(*due - loop_->Now(), base::TimePoint::zero())));
+        std::chrono::ceil<std::chrono::microseconds>(std::max(*due - loop_->Now(), base::Duration::zero())));
   }
   if (const auto deadline = tester_.Deadline()) {
     deadline_->Set(*deadline);

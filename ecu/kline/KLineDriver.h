@@ -32,7 +32,7 @@ class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineD
   /// Whether the communication stands.
   bool Stands() const { return tester_.IsConnected(); }
   /// How long the ECU bears silence.
-  base::TimePoint LongestSilence() const;
+  base::Duration LongestSilence() const;
 
   void Granted() override;
   void BytesArrived(base::ByteView bytes) override;

@@ -25,6 +25,6 @@ void KLineLink::Close() { driver_->Close(); }
 
 bool KLineLink::Stands() const { return driver_->Stands(); }
 
-base::TimePoint KLineLink::LongestSilence() const { return driver_->LongestSilence(); }
+base::Duration KLineLink::LongestSilence() const { return driver_->LongestSilence(); }
 
 }  // namespace korval::ecu

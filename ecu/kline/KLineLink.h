@@ -36,7 +36,7 @@ class KLineLink : public MessageLink {
   bool Stands() const override;
   /// A wire among ignition leads: a damaged byte now and then is nothing unusual.
   int UsualRepeats() const override { return 2; }
-  base::TimePoint LongestSilence() const override;
+  base::Duration LongestSilence() const override;
 
  private:
   std::shared_ptr<KLineDriver> driver_;

@@ -63,7 +63,7 @@ void KLineTester::Connect(base::TimePoint now, base::TimePoint quiet_since, Wake
     return;
   }
   const bool soon = was_stopped && function_.init == FunctionDescription::Init::kFast;
-  const base::TimePoint silence = soon ? agreement_.Times().p3_min : Time(&Timing::t_idle);
+  const base::Duration silence = soon ? agreement_.Times().p3_min : Time(&Timing::t_idle);
   Begin(Purpose::kInitialisation, silence, now, quiet_since);
 }
 
@@ -87,7 +87,7 @@ void KLineTester::Stop(base::TimePoint now, base::TimePoint quiet_since) {
   Begin(Purpose::kStop, agreement_.Times().p3_min, now, quiet_since);
 }
 
-void KLineTester::Begin(Purpose purpose, base::TimePoint silence, base::TimePoint now,
+void KLineTester::Begin(Purpose purpose, base::Duration silence, base::TimePoint now,
                         base::TimePoint quiet_since) {
   purpose_ = purpose;
   hold_ups_ = 0;
@@ -108,7 +108,7 @@ void KLineTester::AwaitSilence(base::TimePoint now) {
 // What the computer held up so long that the ECU has given it up is sent anew.
 void KLineTester::Redo(base::TimePoint now) {
   if (++hold_ups_ > kMostHoldUps) return Fail(kNoAnswer, kHeldUp);
-  silence_ = std::max<base::TimePoint>(silence_, kForgotten);
+  silence_ = std::max<base::Duration>(silence_, kForgotten);
   AwaitSilence(now);
 }
 
@@ -238,7 +238,7 @@ void KLineTester::StartExchange(base::TimePoint now) {
     exchange_.SetAddresses({function_.init_address, function_.tester, true, true});
   }
   KLineTiming times = agreement_.Times();
-  if (hold_ups_ >= kPacedAttempts) times.p4_min = base::TimePoint::zero();
+  if (hold_ups_ >= kPacedAttempts) times.p4_min = base::Duration::zero();
   exchange_.SetByteTime(agreement_.ByteTime());
   exchange_.Start(message_.View(), start ? kStartForm : *agreement_.FormFor(message_.Length()), times, now);
   phase_ = Phase::kExchange;

@@ -86,7 +86,7 @@ class KLineTester {
   enum class Phase { kIdle, kSilence, kWakeUp, kHandshake, kExchange };
   enum class Purpose { kInitialisation, kRequest, kStop };
 
-  void Begin(Purpose purpose, base::TimePoint silence, base::TimePoint now, base::TimePoint quiet_since);
+  void Begin(Purpose purpose, base::Duration silence, base::TimePoint now, base::TimePoint quiet_since);
   void AwaitSilence(base::TimePoint now);
   void SilenceElapsed(base::TimePoint now);
   void Redo(base::TimePoint now);
@@ -110,7 +110,7 @@ class KLineTester {
   void Fail(std::int32_t number, const std::string& what);
   void Report(std::int32_t number, const std::string& what);
   std::string WhatFailed() const;
-  base::TimePoint Time(Timing::Number Timing::*number) const { return function_.timing.Value(number); }
+  base::Duration Time(Timing::Number Timing::*number) const { return function_.timing.Value(number); }
 
   FunctionDescription function_;
   LineAgreement agreement_;
@@ -122,7 +122,7 @@ class KLineTester {
   bool stopped_ = false;
   WakeUp::Means means_ = WakeUp::Means::kBreak;
   base::TimePoint quiet_since_{};
-  base::TimePoint silence_{};
+  base::Duration silence_{};
   base::TimePoint silence_end_{};  // the line has to be silent by then
   bool broke_off_ = false;         // the handshake has, and is done anew
   int hold_ups_ = 0;               // how often the computer spoilt what was being sent

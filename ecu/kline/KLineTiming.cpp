@@ -19,14 +19,14 @@ constexpr int kStepsInALongOne = 256;
 constexpr Milliseconds kExtendedP2Max{1000};
 constexpr Milliseconds kExtendedP3Min{0};
 
-base::TimePoint P2Max(unsigned byte, base::TimePoint no_limit) {
+base::Duration P2Max(unsigned byte, base::Duration no_limit) {
   if (byte == kNoLimit) return no_limit;
   if (byte > kLongSteps) return (byte - kLongSteps) * kStepsInALongOne * kP2Step;
   return std::max(byte, 1U) * kP2Step;
 }
 
-base::TimePoint P3Max(unsigned byte) {
-  return byte == kNoLimit ? base::TimePoint::max() : std::max(byte, 1U) * kP3Step;
+base::Duration P3Max(unsigned byte) {
+  return byte == kNoLimit ? base::Duration::max() : std::max(byte, 1U) * kP3Step;
 }
 
 }  // namespace

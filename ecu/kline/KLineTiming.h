@@ -18,14 +18,14 @@ struct KLineTiming {
   /// Anything but five bytes changes nothing.
   void Change(base::ByteView agreed);
 
-  base::TimePoint p1_max;
-  base::TimePoint p2_min;
-  base::TimePoint p2_max;
-  base::TimePoint p2_star;
-  base::TimePoint pending_cap;
-  base::TimePoint p3_min;
-  base::TimePoint p3_max;
-  base::TimePoint p4_min;
+  base::Duration p1_max;
+  base::Duration p2_min;
+  base::Duration p2_max;
+  base::Duration p2_star;
+  base::Duration pending_cap;
+  base::Duration p3_min;
+  base::Duration p3_max;
+  base::Duration p4_min;
 };
 
 }  // namespace korval::ecu

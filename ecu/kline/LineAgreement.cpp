@@ -36,7 +36,7 @@ std::optional<HeaderForm> LineAgreement::FormFor(std::size_t message_length) con
   return ChooseHeader(function_.kline.header, key_bytes_, message_length);
 }
 
-base::TimePoint LineAgreement::ByteTime() const {
+base::Duration LineAgreement::ByteTime() const {
   return std::chrono::ceil<std::chrono::microseconds>(
       std::chrono::duration<double>(static_cast<double>(kBitsPerByte) / baud_));
 }

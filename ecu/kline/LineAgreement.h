@@ -32,7 +32,7 @@ class LineAgreement {
   const KLineTiming& Times() const { return timing_; }
   std::int32_t Baud() const { return baud_; }
   /// How long a byte is on the line.
-  base::TimePoint ByteTime() const;
+  base::Duration ByteTime() const;
 
  private:
   FunctionDescription function_;

@@ -5,8 +5,8 @@
 
 namespace korval::ecu {
 
-void PacedSender::Start(base::ByteBuffer bytes, base::TimePoint now, base::TimePoint byte_time,
-                        base::TimePoint gap) {
+void PacedSender::Start(base::ByteBuffer bytes, base::TimePoint now, base::Duration byte_time,
+                        base::Duration gap) {
   bytes_ = std::move(bytes);
   sent_ = 0;
   byte_time_ = byte_time;

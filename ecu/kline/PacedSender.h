@@ -10,11 +10,11 @@ namespace korval::ecu {
 class PacedSender {
  public:
   /// `byte_time`: how long a byte is on the line.
-  void Start(base::ByteBuffer bytes, base::TimePoint now, base::TimePoint byte_time, base::TimePoint gap);
+  void Start(base::ByteBuffer bytes, base::TimePoint now, base::Duration byte_time, base::Duration gap);
   void Stop() { sent_ = bytes_.Length(); }
   /// The gap behind what was taken last has become so much longer than it was to be, and more bytes are to
   /// come.
-  bool IsLate(base::TimePoint now, base::TimePoint by) const {
+  bool IsLate(base::TimePoint now, base::Duration by) const {
     return sent_ != 0 && !IsDone() && now > due_ + by;
   }
   /// What is to be written now; empty: nothing yet. Valid until the next Start.
@@ -31,8 +31,8 @@ class PacedSender {
   base::ByteBuffer bytes_;
   std::size_t sent_ = 0;
   std::size_t last_count_ = 0;
-  base::TimePoint byte_time_{};
-  base::TimePoint gap_{};
+  base::Duration byte_time_{};
+  base::Duration gap_{};
   base::TimePoint due_{};
   base::TimePoint end_{};
 };

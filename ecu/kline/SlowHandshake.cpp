@@ -14,7 +14,7 @@ std::uint8_t Inverted(std::uint8_t byte) { return static_cast<std::uint8_t>(~byt
 
 }  // namespace
 
-SlowHandshake::SlowHandshake(const Timing& timing, std::uint8_t address, base::TimePoint byte_time,
+SlowHandshake::SlowHandshake(const Timing& timing, std::uint8_t address, base::Duration byte_time,
                              base::TimePoint now)
     : timing_(timing),
       address_(address),

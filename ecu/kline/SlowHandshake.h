@@ -18,7 +18,7 @@ class SlowHandshake {
   enum class State { kRunning, kDone, kFailed };
 
   /// The address ends at `now`; a byte is on the line for `byte_time`.
-  SlowHandshake(const Timing& timing, std::uint8_t address, base::TimePoint byte_time, base::TimePoint now);
+  SlowHandshake(const Timing& timing, std::uint8_t address, base::Duration byte_time, base::TimePoint now);
 
   void ByteArrived(std::uint8_t byte, base::TimePoint now);
   void TimeElapsed(base::TimePoint now);
@@ -44,7 +44,7 @@ class SlowHandshake {
 
   Timing timing_;
   std::uint8_t address_;
-  base::TimePoint byte_time_;
+  base::Duration byte_time_;
   State state_ = State::kRunning;
   Step step_ = Step::kSync;
   base::TimePoint deadline_;

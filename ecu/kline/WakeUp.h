@@ -36,14 +36,14 @@ class WakeUp {
  private:
   struct Level {
     bool low;
-    base::TimePoint duration;
+    base::Duration duration;
   };
 
-  WakeUp(std::vector<Level> levels, base::TimePoint tolerance, std::int32_t slow_baud)
+  WakeUp(std::vector<Level> levels, base::Duration tolerance, std::int32_t slow_baud)
       : levels_(std::move(levels)), tolerance_(tolerance), slow_baud_(slow_baud) {}
 
   std::vector<Level> levels_;
-  base::TimePoint tolerance_;
+  base::Duration tolerance_;
   std::int32_t slow_baud_;
   std::size_t next_ = 0;
   base::TimePoint due_{};

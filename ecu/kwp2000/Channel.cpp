@@ -47,7 +47,7 @@ Milliseconds ShorterSilence(Milliseconds one, Milliseconds other) {
 }
 
 std::chrono::microseconds DelayUntil(base::TimePoint due, base::TimePoint now) {
-  return std::chrono::ceil<std::chrono::microseconds>(std::max(due - now, base::TimePoint::zero()));
+  return std::chrono::ceil<std::chrono::microseconds>(std::max(due - now, base::Duration::zero()));
 }
 
 }  // namespace
@@ -263,21 +263,21 @@ void Channel::DeadlinePassed() {
 
 // P3max has gone by since the last exchange.
 bool Channel::HasLapsed() const {
-  const base::TimePoint longest = link_->LongestSilence();
-  if (current_ || longest == base::TimePoint::max()) return false;
+  const base::Duration longest = link_->LongestSilence();
+  if (current_ || longest == base::Duration::max()) return false;
   return loop_->Now() - last_exchange_ > longest;
 }
 
 // Well before the ECU has waited long enough.
-base::TimePoint Channel::KeepAliveSilence() const {
-  return std::min<base::TimePoint>(function_.keep_alive, link_->LongestSilence() / 2);
+base::Duration Channel::KeepAliveSilence() const {
+  return std::min<base::Duration>(function_.keep_alive, link_->LongestSilence() / 2);
 }
 
 void Channel::StartKeepAlive() {
   keep_alive_ = KeepAliveSilence();
   if (function_.keep_alive.count() == 0) return;
   if (!keep_alive_timer_) keep_alive_timer_ = loop_->CreateTimer([this] { KeepAlive(); });
-  keep_alive_timer_->Start(DelayUntil(keep_alive_, base::TimePoint::zero()));
+  keep_alive_timer_->Start(std::chrono::ceil<std::chrono::microseconds>(keep_alive_));
 }
 
 // The timer is not started anew by every exchange, which would cost more than the exchange: when it fires it

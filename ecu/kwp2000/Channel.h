@@ -82,7 +82,7 @@ class Channel : public std::enable_shared_from_this<Channel> {
 
   void LinkFailed(std::int32_t number, const std::string& detail);
   void DeadlinePassed();
-  base::TimePoint KeepAliveSilence() const;
+  base::Duration KeepAliveSilence() const;
   void StartKeepAlive();
   void KeepAlive();
   bool HasLapsed() const;
@@ -104,7 +104,7 @@ class Channel : public std::enable_shared_from_this<Channel> {
   std::optional<base::Failure> connect_failure_;
   bool tester_present_lost_ = false;
   base::TimePoint last_exchange_{};  // its end
-  base::TimePoint keep_alive_{};     // tester present after this much silence
+  base::Duration keep_alive_{};      // tester present after this much silence
   std::unique_ptr<base::Deadline> answer_deadline_;
   std::unique_ptr<base::Timer> keep_alive_timer_;
 };

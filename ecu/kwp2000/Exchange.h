@@ -16,14 +16,14 @@ namespace korval::ecu {
 
 /// How long an exchange may take, and how often its request goes out.
 struct ExchangeTiming {
-  base::TimePoint answer{};   ///< P2: until the answer
-  base::TimePoint pending{};  ///< P2*: until the answer, after each "response pending"
+  base::Duration answer{};   ///< P2: until the answer
+  base::Duration pending{};  ///< P2*: until the answer, after each "response pending"
   /// Cap on all of it, however often the ECU asks for time; a message that is still on its way then may end.
-  base::TimePoint overall{};
+  base::Duration overall{};
   /// After "busy, repeat request" (21): how long until the request is repeated, and how long after the first
   /// one it still is.
-  base::TimePoint busy_repeat{};
-  base::TimePoint busy_cap{};
+  base::Duration busy_repeat{};
+  base::Duration busy_cap{};
   /// How often the request is sent again because its answer is damaged or missing.
   int repeats = 0;
 };

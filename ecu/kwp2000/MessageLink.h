@@ -50,7 +50,7 @@ class MessageLink {
   /// How often a reading request whose answer is damaged or missing is sent again, unless the ECU file says.
   virtual int UsualRepeats() const { return 0; }
   /// The communication has ended by itself when there was no exchange for longer than this (P3max).
-  virtual base::TimePoint LongestSilence() const { return base::TimePoint::max(); }
+  virtual base::Duration LongestSilence() const { return base::Duration::max(); }
 };
 
 }  // namespace korval::ecu

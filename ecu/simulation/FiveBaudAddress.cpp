@@ -9,8 +9,8 @@ namespace korval::ecu {
 namespace {
 
 constexpr std::size_t kBits = 10;
-constexpr base::TimePoint kBitTime = base::TimePoint(kFiveBaudAddressTime) / kBits;
-constexpr base::TimePoint kTolerance = kBitTime / 4;
+constexpr base::Duration kBitTime = base::Duration(kFiveBaudAddressTime) / kBits;
+constexpr base::Duration kTolerance = kBitTime / 4;
 
 // Start bit, eight bits from the least significant, stop bit. True: low.
 std::array<bool, kBits> LowBits(std::uint8_t address) {
@@ -25,9 +25,9 @@ bool IsFiveBaudAddress(const std::vector<base::TimePoint>& lows, std::uint8_t ad
   const std::array<bool, kBits> low = LowBits(address);
   std::array<bool, kBits> seen{};
   for (const base::TimePoint time : lows) {
-    const base::TimePoint since = time - lows.front();
+    const base::Duration since = time - lows.front();
     const auto bit = static_cast<std::size_t>((since + kBitTime / 2) / kBitTime);
-    const base::TimePoint off = since - static_cast<std::int64_t>(bit) * kBitTime;
+    const base::Duration off = since - static_cast<std::int64_t>(bit) * kBitTime;
     if (bit >= kBits || !low.at(bit) || std::chrono::abs(off) > kTolerance) return false;
     seen.at(bit) = true;
   }

@@ -94,10 +94,10 @@ void KLineEcu::BytesArrived(base::ByteView bytes) {
 void KLineEcu::AwaitMore() {
   if (reader_.IsInside()) return silence_->Set(last_byte_ + kLongestGap);
   if (state_ == State::kAwaitsKeyByte) {
-    const base::TimePoint w4_max = function_.timing.Value(&Timing::w4_max);
+    const base::Duration w4_max = function_.timing.Value(&Timing::w4_max);
     return outgoing_.empty() ? silence_->Set(last_talk_ + w4_max) : silence_->Clear();
   }
-  const bool endless = state_ == State::kAsleep || agreement_.Times().p3_max == base::TimePoint::max();
+  const bool endless = state_ == State::kAsleep || agreement_.Times().p3_max == base::Duration::max();
   if (endless) return silence_->Clear();
   silence_->Set(last_talk_ + agreement_.Times().p3_max);
 }
@@ -185,7 +185,7 @@ void KLineEcu::AccessTiming(base::ByteView request, base::TimePoint now) {
 }
 
 void KLineEcu::Answer(base::ByteView request, base::TimePoint now) {
-  const base::TimePoint due = now + std::max<base::TimePoint>(agreement_.Times().p2_min, ecu_->Latency());
+  const base::TimePoint due = now + std::max<base::Duration>(agreement_.Times().p2_min, ecu_->Latency());
   const auto wire_fault = ecu_->TakeWireFault(request);
   const SimulatedEcu::Reaction reaction = ecu_->React(request, now);
   if (reaction.fault || reaction.answer.empty()) return;

@@ -23,8 +23,8 @@ double NoiseFraction(std::uint64_t period_count) {
 }
 
 // Where between Min (0) and Max (1) the signal stands.
-double Fraction(const SignalDescription& signal, base::TimePoint time) {
-  const base::TimePoint period = signal.period;
+double Fraction(const SignalDescription& signal, base::Duration time) {
+  const base::Duration period = signal.period;
   const double phase = static_cast<double>((time % period).count()) / static_cast<double>(period.count());
   switch (signal.wave) {
     case SignalDescription::Wave::kRamp:
@@ -43,7 +43,7 @@ double Fraction(const SignalDescription& signal, base::TimePoint time) {
 
 }  // namespace
 
-double SignalValue(const SignalDescription& signal, base::TimePoint time) {
+double SignalValue(const SignalDescription& signal, base::Duration time) {
   const double fraction = Fraction(signal, time);
   return signal.min * (1 - fraction) + signal.max * fraction;
 }

@@ -23,7 +23,7 @@ std::size_t LengthOf(const RequestDescription& request) {
 
 }  // namespace
 
-base::ByteView SimulatedAnswer::At(base::TimePoint time, const SimulatedValues& values) {
+base::ByteView SimulatedAnswer::At(base::Duration time, const SimulatedValues& values) {
   if (prepared_for_ != values.HoldCount()) Prepare(values);
   for (const MovingItem& moving : moving_) {
     EncodeClamped(*moving.item, SignalValue(*moving.signal, time), bytes_);

@@ -21,7 +21,7 @@ class SimulatedAnswer {
   explicit SimulatedAnswer(const RequestDescription& request) : request_(request) {}
 
   /// Valid until the next call.
-  base::ByteView At(base::TimePoint time, const SimulatedValues& values);
+  base::ByteView At(base::Duration time, const SimulatedValues& values);
 
  private:
   struct MovingItem {

@@ -27,7 +27,7 @@ class ConnectionClock {
   base::EventLoop& loop_;
   StatusView& view_;
   std::weak_ptr<void> owner_;
-  base::TimePoint start_{0};
+  base::TimePoint start_{};
   std::unique_ptr<base::Timer> timer_;
 };
 

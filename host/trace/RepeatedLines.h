@@ -53,8 +53,8 @@ class RepeatedLines {
   std::string beginning_;
   std::vector<Line> lines_;  // that take turns
   std::size_t left_ = kWritten;
-  base::TimePoint left_since_{0};
-  base::TimePoint counting_since_{0};
+  base::TimePoint left_since_{};
+  base::TimePoint counting_since_{};
   bool counting_ = false;
 };
 

@@ -47,11 +47,11 @@ TEST(ManualEventLoop, ADeadlineComesOnceBehindEverythingElseOfItsTime) {
   ManualEventLoop loop;
   std::string order;
   const auto deadline = loop.CreateDeadline([&] { order += "deadline "; });
-  deadline->Set(10ms);
+  deadline->Set(base::TimePoint(10ms));
   loop.At(10ms, [&] { loop.At(0ms, [&] { order += "delivered "; }); });
   loop.Advance(1s);
   EXPECT_EQ(order, "delivered deadline ");
-  deadline->Set(10ms);
+  deadline->Set(base::TimePoint(10ms));
   loop.Advance(0ms);
   EXPECT_EQ(order, "delivered deadline deadline ");
 }
@@ -60,8 +60,8 @@ TEST(ManualEventLoop, ADeadlineThatIsClearedOrMovedDoesNotCome) {
   ManualEventLoop loop;
   int passed = 0;
   const auto deadline = loop.CreateDeadline([&] { ++passed; });
-  deadline->Set(10ms);
-  deadline->Set(20ms);
+  deadline->Set(base::TimePoint(10ms));
+  deadline->Set(base::TimePoint(20ms));
   loop.Advance(19ms);
   deadline->Clear();
   loop.Advance(1s);
@@ -71,11 +71,11 @@ TEST(ManualEventLoop, ADeadlineThatIsClearedOrMovedDoesNotCome) {
 
 TEST(ManualEventLoop, AWaitEndsAtItsDeadlineOrAsSoonAsItIsDone) {
   ManualEventLoop loop;
-  EXPECT_FALSE(loop.RunUntil(5ms, Never));
+  EXPECT_FALSE(loop.RunUntil(base::TimePoint(5ms), Never));
   EXPECT_EQ(loop.Now(), base::TimePoint(5ms));
   bool done = false;
   loop.At(3ms, [&] { done = true; });
-  EXPECT_TRUE(loop.RunUntil(1s, [&] { return done; }));
+  EXPECT_TRUE(loop.RunUntil(base::TimePoint(1s), [&] { return done; }));
   EXPECT_EQ(loop.Now(), base::TimePoint(8ms));
 }
 
@@ -88,7 +88,7 @@ TEST(ManualEventLoop, AnOuterWaitEndsAfterTheInnerOne) {
     loop.RunUntil(loop.Now() + 10ms, Never);
     order += "inner ";
   });
-  EXPECT_TRUE(loop.RunUntil(1s, [&] { return outer_done; }));
+  EXPECT_TRUE(loop.RunUntil(base::TimePoint(1s), [&] { return outer_done; }));
   order += "outer";
   EXPECT_EQ(order, "inner outer");
 }

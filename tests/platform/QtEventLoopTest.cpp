@@ -16,7 +16,7 @@ using std::chrono::milliseconds;
 class QtEventLoopTest : public QtTest {
  protected:
   /// The computer does something else for so long.
-  void HoldUp(base::TimePoint span) {
+  void HoldUp(base::Duration span) {
     const base::TimePoint end = loop_.Now() + span;
     while (loop_.Now() < end) {
     }
@@ -33,7 +33,7 @@ TEST_F(QtEventLoopTest, FiresATimerFromTheLoopAndNotFromStart) {
 
 TEST_F(QtEventLoopTest, FiresATimerOnceAndNotBeforeItsDelay) {
   int fired = 0;
-  base::TimePoint fired_at{0};
+  base::TimePoint fired_at{};
   const auto timer = loop_.CreateTimer([&] {
     ++fired;
     fired_at = loop_.Now();
@@ -62,11 +62,11 @@ TEST_F(QtEventLoopTest, FiresATimerOfAPartOfAMillisecondBeforeAnEarlierOneOfAWho
 }
 
 TEST_F(QtEventLoopTest, FiresATimerOfAPartOfAMillisecondNotBeforeItsDelay) {
-  base::TimePoint fired_at{0};
+  base::TimePoint fired_at{};
   const auto timer = loop_.CreateTimer([&] { fired_at = loop_.Now(); });
   const base::TimePoint start = loop_.Now();
   timer->Start(microseconds(700));
-  EXPECT_TRUE(RunUntil([&] { return fired_at.count() != 0; }));
+  EXPECT_TRUE(RunUntil([&] { return fired_at != base::TimePoint{}; }));
   EXPECT_GE(fired_at - start, microseconds(700));
 }
 
@@ -107,7 +107,7 @@ TEST_F(QtEventLoopTest, LetsATimerBeDestroyedByItsOwnFiring) {
 
 TEST_F(QtEventLoopTest, ADeadlineComesOnceAndNotBeforeItsTime) {
   int passed = 0;
-  base::TimePoint passed_at{0};
+  base::TimePoint passed_at{};
   const auto deadline = loop_.CreateDeadline([&] {
     ++passed;
     passed_at = loop_.Now();
@@ -150,13 +150,13 @@ TEST_F(QtEventLoopTest, LetsADeadlineBeDestroyedByItsOwnComing) {
 
 TEST_F(QtEventLoopTest, ADeadlineComesAsMuchLaterAsTheProgramWasHeldUp) {
   for (const milliseconds held_up : {milliseconds(24), milliseconds(250)}) {
-    base::TimePoint passed_at{0};
+    base::TimePoint passed_at{};
     const auto deadline = loop_.CreateDeadline([&] { passed_at = loop_.Now(); });
     const base::TimePoint due = loop_.Now() + milliseconds(40);
     deadline->Set(due);
     EXPECT_FALSE(loop_.RunUntil(due - milliseconds(15), [] { return false; }));
     HoldUp(held_up);
-    ASSERT_TRUE(RunUntil([&] { return passed_at.count() > 0; }));
+    ASSERT_TRUE(RunUntil([&] { return passed_at != base::TimePoint{}; }));
     // What is left of a look, 10 ms at the most, is no hold-up.
     EXPECT_GE(passed_at - due, held_up - milliseconds(11));
   }

@@ -24,7 +24,7 @@ class QueuedCanDevice : public QCanBusDevice {
 
   struct Wire {
     base::TimePoint free_at{};
-    base::TimePoint used{};
+    base::Duration used{};
     std::deque<QueuedCanDevice*> nodes;
   };
 

@@ -45,7 +45,7 @@ class TcpPathTest : public ::testing::Test {
   /// Lets so much time go by that bytes before and after it are two arrivals.
   void Pause() { bench_.loop.Advance(TcpPath::kArrivalGap); }
   /// Sends the frame in pieces of `size` bytes, `gap` apart.
-  void ArriveInPieces(const ByteBuffer& frame, std::size_t size, base::TimePoint gap) {
+  void ArriveInPieces(const ByteBuffer& frame, std::size_t size, base::Duration gap) {
     for (std::size_t offset = 0; offset < frame.Length(); offset += size) {
       if (offset > 0) bench_.loop.Advance(gap);
       bench_.socket.Arrive(ByteBuffer(frame.View(offset, std::min(size, frame.Length() - offset))));

@@ -78,7 +78,7 @@ ManualEventLoop::Key ManualEventLoop::Schedule(base::TimePoint time, Rank rank, 
   return key;
 }
 
-void ManualEventLoop::At(base::TimePoint delay, std::function<void()> event) {
+void ManualEventLoop::At(base::Duration delay, std::function<void()> event) {
   Schedule(now_ + delay, Rank::kEvent, std::move(event));
 }
 
@@ -104,7 +104,7 @@ bool ManualEventLoop::RunUntil(base::TimePoint deadline, const std::function<boo
   return true;
 }
 
-void ManualEventLoop::Advance(base::TimePoint span) {
+void ManualEventLoop::Advance(base::Duration span) {
   const base::TimePoint end = now_ + span;
   while (FireNext(end)) {
   }

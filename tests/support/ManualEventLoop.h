@@ -21,9 +21,9 @@ class ManualEventLoop : public base::EventLoop {
   bool RunUntil(base::TimePoint deadline, const std::function<bool()>& done) override;
 
   /// Runs `event` once the clock stands `delay` later; for what arrives from outside in the middle of a wait.
-  void At(base::TimePoint delay, std::function<void()> event);
+  void At(base::Duration delay, std::function<void()> event);
   /// Turns the clock and fires what falls due on the way.
-  void Advance(base::TimePoint span);
+  void Advance(base::Duration span);
   std::size_t PendingEvents() const { return events_.size(); }
 
  private:
@@ -35,7 +35,7 @@ class ManualEventLoop : public base::EventLoop {
   Key Schedule(base::TimePoint time, Rank rank, std::function<void()> event);
   bool FireNext(base::TimePoint until);
 
-  base::TimePoint now_{0};
+  base::TimePoint now_{};
   std::uint64_t sequence_ = 0;
   std::map<Key, std::function<void()>> events_;
 };

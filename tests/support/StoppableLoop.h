@@ -28,7 +28,7 @@ class StoppableLoop : public base::EventLoop {
     return clock_->RunUntil(deadline, done);
   }
 
-  void Stop(base::TimePoint span) {
+  void Stop(base::Duration span) {
     going_on_ = Now() + span;
     stopped_for_ += span;
   }
@@ -48,7 +48,7 @@ class StoppableLoop : public base::EventLoop {
 
    private:
     void Fire() {
-      const base::TimePoint left = loop_.Left();
+      const base::Duration left = loop_.Left();
       if (left.count() > 0) return timer_->Start(std::chrono::ceil<std::chrono::microseconds>(left));
       const std::function<void()> fire = fire_;  // it may destroy the timer
       fire();
@@ -92,16 +92,16 @@ class StoppableLoop : public base::EventLoop {
     StoppableLoop& loop_;
     std::function<void()> passed_;
     base::TimePoint due_{};
-    base::TimePoint stopped_before_{};
+    base::Duration stopped_before_{};
     bool set_ = false;
     std::unique_ptr<base::Deadline> deadline_;
   };
 
-  base::TimePoint Left() const { return std::max(going_on_ - Now(), base::TimePoint::zero()); }
+  base::Duration Left() const { return std::max(going_on_ - Now(), base::Duration::zero()); }
 
   std::shared_ptr<ManualEventLoop> clock_;
   base::TimePoint going_on_{};
-  base::TimePoint stopped_for_{};
+  base::Duration stopped_for_{};
 };
 
 }  // namespace korval::tests

@@ -31,7 +31,10 @@ TEST_F(PacedOutputTest, EachByteArrivesWhenItsLastBitDoes) {
   Send("04", 500);
   loop->Advance(std::chrono::seconds(1));
   const std::vector<std::pair<base::TimePoint, std::string>> expected{
-      {milliseconds(10), "01"}, {milliseconds(20), "02"}, {milliseconds(30), "03"}, {milliseconds(50), "04"}};
+      {base::TimePoint(milliseconds(10)), "01"},
+      {base::TimePoint(milliseconds(20)), "02"},
+      {base::TimePoint(milliseconds(30)), "03"},
+      {base::TimePoint(milliseconds(50)), "04"}};
   EXPECT_EQ(written, expected);
 }
 
@@ -41,7 +44,7 @@ TEST_F(PacedOutputTest, SilenceBetweenTwoPiecesStays) {
   Send("02", 1000);
   loop->Advance(milliseconds(100));
   ASSERT_EQ(written.size(), 2U);
-  EXPECT_EQ(written.back().first, milliseconds(110));
+  EXPECT_EQ(written.back().first, base::TimePoint(milliseconds(110)));
   EXPECT_EQ(loop->PendingEvents(), 0U);
 }
 

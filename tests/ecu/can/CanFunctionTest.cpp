@@ -168,9 +168,9 @@ TEST_F(CanFunctionTest, ReadingByNameWaitsForTheFirstFrameForItsCycle) {
   instance->SetProtocol(Can());
   bench.loop->At(milliseconds(390), [this] { bench.bus.InjectHex(416, "D204000000000000"); });
   EXPECT_EQ(instance->Get("Speed"), base::Variant(12.34));
-  EXPECT_EQ(bench.loop->Now(), milliseconds(390));
+  EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(390)));
   EXPECT_EQ(instance->Get("Speed"), base::Variant(12.34)) << "one that is there is not waited for";
-  EXPECT_EQ(bench.loop->Now(), milliseconds(390));
+  EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(390)));
 }
 
 TEST_F(CanFunctionTest, ReadingByNameGivesUpAfterTheCycleOrASecond) {
@@ -186,9 +186,9 @@ TEST_F(CanFunctionTest, ReadingByNameGivesUpAfterTheCycleOrASecond) {
     }
   };
   EXPECT_EQ(number("Speed"), 2000);
-  EXPECT_EQ(bench.loop->Now(), milliseconds(400) + FrameRequest::kJitter);
+  EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(400) + FrameRequest::kJitter));
   EXPECT_EQ(number("Oil"), 2000) << "nothing says how often this one comes";
-  EXPECT_EQ(bench.loop->Now(), milliseconds(1400) + 2 * FrameRequest::kJitter);
+  EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(1400) + 2 * FrameRequest::kJitter));
   bench.loop->At(milliseconds(10), [this] { bench.session->Close(); });
   EXPECT_EQ(number("Speed"), 1000);
 }
@@ -196,7 +196,7 @@ TEST_F(CanFunctionTest, ReadingByNameGivesUpAfterTheCycleOrASecond) {
 TEST_F(CanFunctionTest, ExecutingAFrameNeverWaits) {
   Load("bus.dbc", kDbc);
   EXPECT_EQ(Read("Speed"), "2000");
-  EXPECT_EQ(bench.loop->Now(), milliseconds(0));
+  EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(0)));
 }
 
 TEST_F(CanFunctionTest, SignalsAreReadOnly) {

@@ -43,13 +43,13 @@ class CanQueueTest : public testing::Test {
     bench.bus.SetQueue(kQueue);
   }
 
-  base::TimePoint FrameTime() const {
+  base::Duration FrameTime() const {
     return bench.bus.TimeOf(CanFrame({1, false}, std::array<std::uint8_t, 8>{}));
   }
   /// The bus carried `frames` of 8 bytes and was used to 95 percent.
   void ExpectUsed(std::size_t frames) {
     EXPECT_THAT(bench.bus.log, SizeIs(frames));
-    EXPECT_LE(bench.bus.times.back(), frames * FrameTime() * 100 / 95);
+    EXPECT_LE(bench.bus.times.back(), base::TimePoint(frames * FrameTime() * 100 / 95));
   }
 
   CanBench bench{CanBench::kIdentifiers, "<Simulation><Answer Request='2103' Response='" + Message("6103") +

@@ -24,14 +24,14 @@ std::string Simulation() {
   return "<Simulation><Answer Request='2103' Response='" + LongAnswer() + "'/></Simulation>";
 }
 
-base::TimePoint TimeOf(CanBench& bench, const std::string& request) {
+base::Duration TimeOf(CanBench& bench, const std::string& request) {
   const base::TimePoint start = bench.loop->Now();
   EXPECT_EQ(bench.Send(request), LongAnswer());
   return bench.loop->Now() - start;
 }
 
-void Report(const std::string& name, base::TimePoint used, base::TimePoint limit) {
-  const auto bytes_per_second = [](base::TimePoint time) {
+void Report(const std::string& name, base::Duration used, base::Duration limit) {
+  const auto bytes_per_second = [](base::Duration time) {
     return std::to_string(kLongest * 1000000000 / static_cast<std::size_t>(time.count()));
   };
   testing::Test::RecordProperty(name, bytes_per_second(used) + " of " + bytes_per_second(limit) + " byte/s");
@@ -42,8 +42,8 @@ TEST(CanThroughputTest, WithoutSeparationTheBusIsUsedToNinetyFivePercent) {
   CanBench bench(CanBench::kIdentifiers, Simulation());
   const CanFrame full({0x7E0, false}, std::array<std::uint8_t, 8>{});
   // Request, first frame, flow control and the consecutive frames back to back.
-  const base::TimePoint limit = (3 + kConsecutiveFrames) * bench.bus.TimeOf(full);
-  const base::TimePoint used = TimeOf(bench, "2103");
+  const base::Duration limit = (3 + kConsecutiveFrames) * bench.bus.TimeOf(full);
+  const base::Duration used = TimeOf(bench, "2103");
   EXPECT_GE(used, limit);
   EXPECT_LE(used, limit * 105 / 100);
   Report("StMin0BlockSize0", used, limit);
@@ -54,9 +54,9 @@ TEST(CanThroughputTest, SeparationAndBlocksCostWhatTheyAskFor) {
   const CanFrame full({0x7E0, false}, std::array<std::uint8_t, 8>{});
   const std::size_t flow_controls = 1 + (kConsecutiveFrames - 1) / 8;
   const std::size_t gaps = kConsecutiveFrames - flow_controls;
-  const base::TimePoint limit = (2 + flow_controls + kConsecutiveFrames) * bench.bus.TimeOf(full) +
-                                gaps * std::chrono::microseconds(500);
-  const base::TimePoint used = TimeOf(bench, "2103");
+  const base::Duration limit = (2 + flow_controls + kConsecutiveFrames) * bench.bus.TimeOf(full) +
+                               gaps * std::chrono::microseconds(500);
+  const base::Duration used = TimeOf(bench, "2103");
   EXPECT_GE(used, limit);
   EXPECT_LE(used, limit * 105 / 100);
   Report("StMin500usBlockSize8", used, limit);
@@ -67,7 +67,7 @@ TEST(CanThroughputTest, ShortExchangesFollowEachOtherWithoutAGap) {
   const CanFrame full({0x7E0, false}, std::array<std::uint8_t, 8>{});
   constexpr int kExchanges = 1000;
   for (int i = 0; i < kExchanges; ++i) ASSERT_EQ(bench.Send("2101"), "61010019");
-  EXPECT_LE(bench.loop->Now(), 2 * kExchanges * bench.bus.TimeOf(full) * 105 / 100);
+  EXPECT_LE(bench.loop->Now(), base::TimePoint(2 * kExchanges * bench.bus.TimeOf(full) * 105 / 100));
 }
 
 }  // namespace

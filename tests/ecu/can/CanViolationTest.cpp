@@ -227,7 +227,7 @@ TEST_P(CanFloodTest, OnOurIdentifierDoesNotProlongTheWaitForASilentEcu) {
   };
   flood();
   EXPECT_EQ(ecu.bench.Send("2101"), GetParam().result);
-  EXPECT_LT(ecu.bench.loop->Now(), 2 * std::chrono::milliseconds(150)) << "P2";
+  EXPECT_LT(ecu.bench.loop->Now(), base::TimePoint(2 * std::chrono::milliseconds(150))) << "P2";
   EXPECT_THAT(ecu.Sent(), ElementsAre(kReadFrame));
 }
 

@@ -40,7 +40,7 @@ std::unique_ptr<CanBus> ModelCanBus::Open() {
   return std::make_unique<Node>(*this);
 }
 
-base::TimePoint ModelCanBus::TimeOf(const CanFrame& frame) const {
+base::Duration ModelCanBus::TimeOf(const CanFrame& frame) const {
   // ISO 11898-1: start, arbitration, control, CRC, acknowledge, end and interframe space around the data.
   const std::int64_t bits = (frame.identifier.extended ? 67 : 47) + 8 * frame.length;
   return std::chrono::nanoseconds(bits * 1000000000 / bitrate_);

@@ -23,7 +23,7 @@ class ModelCanBus {
 
   /// A node. Raises Failure while the adapter is unplugged.
   std::unique_ptr<ecu::CanBus> Open();
-  base::TimePoint TimeOf(const ecu::CanFrame& frame) const;
+  base::Duration TimeOf(const ecu::CanFrame& frame) const;
 
   /// A frame of a node that is not there, at once.
   void Inject(const ecu::CanFrame& frame);

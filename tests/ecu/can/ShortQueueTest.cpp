@@ -76,7 +76,7 @@ class ShortQueueTest : public QtTest {
     return answer.ToHex();
   }
   /// How much of the bus was used since `start`; the computer's load has a say in it, so it is only said.
-  void ReportUse(const char* what, base::TimePoint start, base::TimePoint used_before) const {
+  void ReportUse(const char* what, base::TimePoint start, base::Duration used_before) const {
     std::cout << what << ": " << 100 * (wire.used - used_before) / (wire.free_at - start)
               << " % of the bus\n";
   }
@@ -93,9 +93,9 @@ class ShortQueueTest : public QtTest {
 TEST_F(ShortQueueTest, LongestMessagesBothWays) {
   base::TimePoint start = loop->Now();
   EXPECT_EQ(Send("2103"), Message("6103"));
-  ReportUse("4095 bytes from the ECU", start, base::TimePoint(0));
+  ReportUse("4095 bytes from the ECU", start, base::Duration(0));
   start = loop->Now();
-  const base::TimePoint used = wire.used;
+  const base::Duration used = wire.used;
   EXPECT_EQ(Send(Message("3B04")), "7B04");
   ReportUse("4095 bytes to the ECU", start, used);
 }
@@ -113,7 +113,7 @@ TEST_F(ShortQueueTest, FiveHundredSingleFramesInOrder) {
   session->SendFrames(document);
   ASSERT_TRUE(RunUntil([&] { return singles.size() == 500; }));
   EXPECT_EQ(singles, expected);
-  ReportUse("500 single frames", start, base::TimePoint(0));
+  ReportUse("500 single frames", start, base::Duration(0));
 }
 
 }  // namespace

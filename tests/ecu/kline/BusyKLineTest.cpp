@@ -62,7 +62,7 @@ class BusyBench {
                                                   "Repeats='0' KeepAliveMs='0' " + function, simulation)));
   }
 
-  void StopAfter(base::TimePoint delay, milliseconds span) {
+  void StopAfter(base::Duration delay, milliseconds span) {
     bench.loop->At(delay, [this, span] { loop->Stop(span); });
   }
 

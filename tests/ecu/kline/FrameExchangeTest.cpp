@@ -37,7 +37,7 @@ class FrameExchangeTest : public testing::Test {
 
   KLineTiming timing{milliseconds(20),    milliseconds(25), milliseconds(50),   milliseconds(5000),
                      milliseconds(60000), milliseconds(55), milliseconds(5000), milliseconds(0)};
-  base::TimePoint byte_time{milliseconds(1)};
+  base::Duration byte_time{milliseconds(1)};
   base::TimePoint now{milliseconds(1000)};
   EchoFilter echo{EchoFilter::Echo::kOn};
   FrameExchange exchange{{0x10, 0xF1}, byte_time, echo};

@@ -44,7 +44,7 @@ TEST(KLineCableTest, RtsAndDtrAreSetAsTheFileSaysAndElseLeftAlone) {
   EXPECT_EQ(set.Send("2101"), kValues);
   ASSERT_EQ(set.line->rts.size(), 1U);
   EXPECT_FALSE(set.line->rts.front().low);
-  EXPECT_EQ(set.line->rts.front().time, milliseconds(0));
+  EXPECT_EQ(set.line->rts.front().time, base::TimePoint{});
   ASSERT_EQ(set.line->dtr.size(), 1U);
   EXPECT_TRUE(set.line->dtr.front().low);
 }
@@ -77,7 +77,7 @@ TEST(KLineCableTest, FiveBaudAddressGoesOutOnTheLLineThatRtsDrives) {
     EXPECT_EQ(bench.line->rts.front().low, inverted) << "the L line rests high";
     std::vector<std::pair<std::int64_t, bool>> levels;
     for (const auto& edge : bench.line->rts) {
-      const auto time = std::chrono::duration_cast<milliseconds>(edge.time).count();
+      const auto time = std::chrono::duration_cast<milliseconds>(edge.time.time_since_epoch()).count();
       if (time >= 310) levels.emplace_back((time - 310) / 200, edge.low != inverted);
     }
     const std::vector<std::pair<std::int64_t, bool>> expected{{0, true}, {1, false}, {2, false}, {3, true},
@@ -212,7 +212,7 @@ TEST(KLineCableTest, KeyBytesThatAnnounceNothingLeaveTheUsualTimes) {
 }
 
 // From the last byte on the line to the wake-up behind it.
-base::TimePoint SilenceBeforeLastStart(const MemoryLine& line) {
+base::Duration SilenceBeforeLastStart(const MemoryLine& line) {
   const auto low =
       std::find_if(line.edges.rbegin(), line.edges.rend(), [](const auto& edge) { return edge.low; });
   base::TimePoint quiet{};

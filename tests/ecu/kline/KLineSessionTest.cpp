@@ -30,7 +30,7 @@ TEST(KLineSessionTest, FastInitialisationPullsTheLineLowForTiniLWithinTWup) {
   const auto low = edges.at(edges.size() - 2);
   EXPECT_TRUE(low.low);
   EXPECT_FALSE(high.low);
-  EXPECT_EQ(low.time, milliseconds(300));
+  EXPECT_EQ(low.time, base::TimePoint(milliseconds(300)));
   EXPECT_EQ(high.time - low.time, milliseconds(25));
   EXPECT_EQ(bench.line->log.front().begin - low.time, milliseconds(50));
 }
@@ -41,7 +41,7 @@ TEST(KLineSessionTest, FiveBaudAddressStandsOnTheLineBitByBit) {
   EXPECT_EQ(bench.NumberOf("2101"), "2000");
   std::vector<std::pair<std::int64_t, bool>> levels;
   for (const auto& edge : bench.line->edges) {
-    const auto time = std::chrono::duration_cast<milliseconds>(edge.time).count();
+    const auto time = std::chrono::duration_cast<milliseconds>(edge.time.time_since_epoch()).count();
     if (time >= 310) levels.emplace_back((time - 310) / 200, edge.low);
   }
   // Start bit, 33 hex from its least significant bit, stop bit.

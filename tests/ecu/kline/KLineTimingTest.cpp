@@ -18,8 +18,8 @@ using std::chrono::milliseconds;
 constexpr std::chrono::nanoseconds kByteTime{961538};  // ten bits at 10400 bit/s
 
 // The shortest time from the end of one answer to the end of the next.
-base::TimePoint ShortestCycle(std::int64_t request_bytes, std::int64_t answer_bytes, milliseconds p2_min,
-                              milliseconds p3_min, milliseconds p4_min) {
+base::Duration ShortestCycle(std::int64_t request_bytes, std::int64_t answer_bytes, milliseconds p2_min,
+                             milliseconds p3_min, milliseconds p4_min) {
   return p3_min + request_bytes * kByteTime + (request_bytes - 1) * p4_min + p2_min +
          answer_bytes * kByteTime;
 }
@@ -39,8 +39,8 @@ TEST(KLineTimingTest, RequestTakesNoMoreThanFivePercentAboveTheShortestTimeAllow
     EXPECT_EQ(bench.NumberOf("2101"), "6101");
     const base::TimePoint before = bench.loop->Now();
     EXPECT_EQ(bench.NumberOf("2101"), "6101");
-    const base::TimePoint took = bench.loop->Now() - before;
-    const base::TimePoint shortest = ShortestCycle(6, 10, row.p2_min, row.p3_min, row.p4_min);
+    const base::Duration took = bench.loop->Now() - before;
+    const base::Duration shortest = ShortestCycle(6, 10, row.p2_min, row.p3_min, row.p4_min);
     EXPECT_GE(took, shortest - kByteTime / 10) << row.function;
     EXPECT_LE(took, shortest + shortest / 20) << row.function;
   }
@@ -49,10 +49,10 @@ TEST(KLineTimingTest, RequestTakesNoMoreThanFivePercentAboveTheShortestTimeAllow
 TEST(KLineTimingTest, FastInitialisationTakesNoMoreThanFivePercentAboveTheShortestTimeAllowed) {
   KLineBench bench;
   bench.Engine()->Initialise();
-  const base::TimePoint shortest =
+  const base::Duration shortest =
       milliseconds(300 + 50) + 5 * kByteTime + 4 * milliseconds(5) + milliseconds(25) + 7 * kByteTime;
-  EXPECT_GE(bench.loop->Now(), shortest - kByteTime / 10);
-  EXPECT_LE(bench.loop->Now(), shortest + shortest / 20);
+  EXPECT_GE(bench.loop->Now(), base::TimePoint(shortest - kByteTime / 10));
+  EXPECT_LE(bench.loop->Now(), base::TimePoint(shortest + shortest / 20));
 }
 
 TEST(KLineTimingTest, SilenceInFrontOfARequestIsNeverShorterThanP3AndBetweenItsBytesThanP4) {
@@ -61,7 +61,7 @@ TEST(KLineTimingTest, SilenceInFrontOfARequestIsNeverShorterThanP3AndBetweenItsB
   const auto& log = bench.line->log;
   for (std::size_t place = 1; place < log.size(); ++place) {
     if (log[place].who != MemoryLine::Who::kTester) continue;
-    const base::TimePoint silence = log[place].begin - log[place - 1].end;
+    const base::Duration silence = log[place].begin - log[place - 1].end;
     const bool first_byte = log[place - 1].who == MemoryLine::Who::kEcu;
     EXPECT_GE(silence, first_byte ? milliseconds(55) : milliseconds(5)) << place;
   }
@@ -112,7 +112,7 @@ TEST(KLineTimingTest, AgreedTimesAreReadInTheirSteps) {
   EXPECT_EQ(timing.p2_max, milliseconds(12800));
   timing.Change(std::vector<std::uint8_t>{0, 0xFF, 0, 0xFF, 0});
   EXPECT_EQ(timing.p2_max, timing.p2_star);
-  EXPECT_EQ(timing.p3_max, base::TimePoint::max());
+  EXPECT_EQ(timing.p3_max, base::Duration::max());
   timing.Change(std::vector<std::uint8_t>{0, 1});
   EXPECT_EQ(timing.p2_max, timing.p2_star);
 }

@@ -19,7 +19,7 @@ const std::string kGood = "61010C808202";
 
 struct Outcome {
   std::string result;
-  base::TimePoint took;
+  base::Duration took;
   std::string said_afterwards;
 };
 
@@ -30,7 +30,7 @@ Outcome Play(const Script& script, const std::string& function = "KeepAliveMs='0
   ScriptedEcu ecu(bench, script);
   const base::TimePoint before = bench.loop->Now();
   const std::string result = bench.Send("2101");
-  const base::TimePoint took = bench.loop->Now() - before;
+  const base::Duration took = bench.loop->Now() - before;
   const std::size_t said = bench.TesterSaid().size();
   bench.loop->Advance(std::chrono::seconds(3));
   return {result, took, bench.TesterSaid().substr(said)};
@@ -190,7 +190,7 @@ TEST(KLineViolationTest, StartThatIsForeverPendingEndsAtTheCapAndTheNextBeginsAn
   const std::string failure = bench.Send("2101");
   EXPECT_EQ(failure.substr(0, 4), "2000") << failure;
   EXPECT_NE(failure.find("fast initialisation, startCommunication: no answer"), std::string::npos) << failure;
-  EXPECT_LT(bench.loop->Now(), std::chrono::seconds(21));
+  EXPECT_LT(bench.loop->Now(), base::TimePoint(std::chrono::seconds(21)));
   pending = false;
   bench.PlugEcuIn();
   EXPECT_EQ(bench.Send("2101"), kGood);

@@ -42,7 +42,7 @@ class MemoryLine {
   void TesterWrites(base::ByteView bytes) {
     for (const std::uint8_t byte : bytes) tester_end_ = Transmit(Who::kTester, byte, tester_end_);
   }
-  base::TimePoint ByteTime() const { return std::chrono::nanoseconds(10000000000LL / baud); }
+  base::Duration ByteTime() const { return std::chrono::nanoseconds(10000000000LL / baud); }
   /// Everything one end has begun to say, as hexadecimal digits.
   std::string Said(Who who) const {
     base::ByteBuffer said;

@@ -43,7 +43,7 @@ class ScriptedLink : public MessageLink {
   }
   void Close() override { log_.emplace_back("close"); }
   Milliseconds Latency() const override { return latency; }
-  base::TimePoint LongestSilence() const override { return longest_silence; }
+  base::Duration LongestSilence() const override { return longest_silence; }
   bool Stands() const override { return stands; }
   int UsualRepeats() const override { return usual_repeats; }
 
@@ -55,7 +55,7 @@ class ScriptedLink : public MessageLink {
   std::function<void(const std::string&)> on_send;
   std::map<std::string, std::string> answers{{"2101", "6101AB"}, {"3E", "7E"}, {"1081", "5081"}};
   Milliseconds latency{0};
-  base::TimePoint longest_silence = base::TimePoint::max();
+  base::Duration longest_silence = base::Duration::max();
   bool stands = true;
   int usual_repeats = 0;
 
@@ -170,14 +170,14 @@ TEST_F(ChannelTest, AnswerMayComeLaterAndEventsRunMeanwhile) {
   EXPECT_EQ(Request(), 0);
   EXPECT_EQ(answer.ToHex(), "6101CD");
   EXPECT_TRUE(event);
-  EXPECT_EQ(loop->Now(), milliseconds(49));
+  EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(49)));
 }
 
 TEST_F(ChannelTest, SilenceIs2000AfterP2AndTheNextRequestConnectsAnew) {
   Open();
   link->answers.clear();
   EXPECT_EQ(Request(), kNoAnswer);
-  EXPECT_EQ(loop->Now(), milliseconds(50));
+  EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(50)));
   EXPECT_THAT(description, HasSubstr("Engine control does not answer readDataByLocalIdentifier"));
   EXPECT_FALSE(channel->IsConnected());
   link->answers["2101"] = "6101";
@@ -195,7 +195,7 @@ TEST_F(ChannelTest, ReadingRequestIsSentAgainBeforeTheLinkCountsAsLost) {
   };
   EXPECT_EQ(Request(), 0);
   EXPECT_EQ(answer.ToHex(), "6101AB");
-  EXPECT_EQ(loop->Now(), milliseconds(50));
+  EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(50)));
   EXPECT_THAT(log, ElementsAre("connect", "2101", "2101", "2101"));
 }
 
@@ -253,7 +253,7 @@ TEST_F(ChannelTest, RequestWithoutAnAnswerByDesignEndsWhenItIsOut) {
   EXPECT_EQ(Request("3E02"), 0);
   EXPECT_EQ(answer.ToHex(), "");
   EXPECT_EQ(NumberOf([&] { channel->Tell(ByteBuffer::FromHex("3B1005").View()); }), 0);
-  EXPECT_EQ(loop->Now(), milliseconds(0));
+  EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(0)));
   EXPECT_TRUE(channel->IsConnected());
   EXPECT_THAT(log, ElementsAre("connect", "3E02", "3B1005"));
 }
@@ -271,7 +271,7 @@ TEST_F(ChannelTest, LatencyOfTheLinkIsGivenOnTopOfP2) {
   link->latency = Milliseconds(200);
   link->answers.clear();
   EXPECT_EQ(Request(), kNoAnswer);
-  EXPECT_EQ(loop->Now(), milliseconds(250));
+  EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(250)));
 }
 
 TEST_F(ChannelTest, NegativeAnswerIs2001WithNamesAndIsHandedOver) {
@@ -300,7 +300,7 @@ TEST_F(ChannelTest, PendingKeepsTheWaitOpen) {
   };
   EXPECT_EQ(Request(), 0);
   EXPECT_EQ(answer.ToHex(), "6101EE");
-  EXPECT_EQ(loop->Now(), milliseconds(4000));
+  EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(4000)));
 }
 
 TEST_F(ChannelTest, EcuThatIsForeverPendingIsGivenUp) {
@@ -311,7 +311,7 @@ TEST_F(ChannelTest, EcuThatIsForeverPendingIsGivenUp) {
     link->Arrive("7F2178");
   };
   EXPECT_EQ(Request(), kNoAnswer);
-  EXPECT_EQ(loop->Now(), seconds(60));
+  EXPECT_EQ(loop->Now(), base::TimePoint(seconds(60)));
 }
 
 TEST_F(ChannelTest, LateAnswerIsNotTakenForTheNextRequest) {
@@ -372,7 +372,7 @@ TEST_F(ChannelTest, StartMayTakeItsTime) {
   Open();
   link->on_connect = [this] { loop->At(seconds(3), [this] { link->Connected(); }); };
   channel->Connect();
-  EXPECT_EQ(loop->Now(), seconds(3));
+  EXPECT_EQ(loop->Now(), base::TimePoint(seconds(3)));
   EXPECT_TRUE(channel->IsConnected());
 }
 
@@ -484,7 +484,7 @@ TEST_F(ChannelTest, RequestWaitsForTheAnswerToTesterPresent) {
   loop->Advance(milliseconds(2000));
   EXPECT_EQ(Request(), 0);
   EXPECT_EQ(answer.ToHex(), "6101AB");
-  EXPECT_EQ(loop->Now(), milliseconds(2060));
+  EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(2060)));
 }
 
 TEST_F(ChannelTest, UnansweredTesterPresentIsReportedOnceByTheNextRequest) {
@@ -551,7 +551,7 @@ TEST_F(ChannelTest, SilenceOfTheOuterRequestIsNoticedInsideTheInnerWait) {
   EXPECT_EQ(Request(), kNoAnswer);
   EXPECT_EQ(inner.ToHex(), "610222");
   EXPECT_THAT(log, ElementsAre("connect", "2101", "connect", "2102"));
-  EXPECT_EQ(loop->Now(), milliseconds(80));
+  EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(80)));
 }
 
 TEST_F(ChannelTest, RequestInsideTheStartOfTheCommunicationWaitsForIt) {
@@ -576,13 +576,13 @@ TEST_F(ChannelTest, RequestThatIsCalledOffEndsAtOnceAndTheNextOneWaitsForItsExch
     base::Errand errand;
     loop->At(milliseconds(10), [&] { errand.CallOff(); });
     EXPECT_EQ(Request("2101"), base::kOwnFailure);
-    EXPECT_EQ(loop->Now(), milliseconds(10));
+    EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(10)));
     EXPECT_EQ(Request("2103"), base::kOwnFailure) << "nothing more is sent for it";
     EXPECT_EQ(NumberOf([&] { channel->Reconnect(); }), base::kOwnFailure);
   }
   EXPECT_EQ(Request("2102"), 0);
   EXPECT_EQ(answer.ToHex(), "610222");
-  EXPECT_EQ(loop->Now(), milliseconds(80));
+  EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(80)));
   EXPECT_THAT(log, ElementsAre("connect", "2101", "2102"));
 }
 
@@ -595,7 +595,7 @@ TEST_F(ChannelTest, StartThatIsCalledOffGoesOnForWhoeverAsksNext) {
     EXPECT_EQ(Request(), base::kOwnFailure);
   }
   EXPECT_EQ(Request(), 0);
-  EXPECT_EQ(loop->Now(), seconds(3));
+  EXPECT_EQ(loop->Now(), base::TimePoint(seconds(3)));
   EXPECT_THAT(log, ElementsAre("connect", "2101"));
 }
 
@@ -619,7 +619,7 @@ TEST_F(ChannelTest, CloseInsideAWaitEndsItWith1000) {
   link->answers.clear();
   loop->At(milliseconds(10), [this] { channel->Close(); });
   EXPECT_EQ(Request(), kLinkLost);
-  EXPECT_EQ(loop->Now(), milliseconds(10));
+  EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(10)));
   EXPECT_TRUE(channel->IsClosed());
   EXPECT_EQ(Request(), kLinkLost);
   EXPECT_THAT(log, ElementsAre("connect", "2101", "close"));

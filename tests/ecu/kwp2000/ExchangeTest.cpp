@@ -15,28 +15,30 @@ using State = Exchange::State;
 
 constexpr ExchangeTiming kTiming{milliseconds(50), milliseconds(5000), milliseconds(12000)};
 
+constexpr base::TimePoint At(int time_ms) { return base::TimePoint(milliseconds(time_ms)); }
+
 Exchange Begin(const std::string& request) {
-  return {ByteBuffer::FromHex(request).View(), kTiming, milliseconds(1000)};
+  return {ByteBuffer::FromHex(request).View(), kTiming, At(1000)};
 }
 
 State After(const std::string& request, const std::string& answer) {
   Exchange exchange = Begin(request);
-  exchange.MessageArrived(ByteBuffer::FromHex(answer).View(), milliseconds(1010));
+  exchange.MessageArrived(ByteBuffer::FromHex(answer).View(), At(1010));
   return exchange.CurrentState();
 }
 
 TEST(ExchangeTest, PositiveAnswerEndsIt) {
   Exchange exchange = Begin("2101");
   EXPECT_EQ(exchange.CurrentState(), State::kWaiting);
-  EXPECT_EQ(exchange.Deadline(), milliseconds(1050));
-  exchange.MessageArrived(ByteBuffer::FromHex("6101AB").View(), milliseconds(1010));
+  EXPECT_EQ(exchange.Deadline(), At(1050));
+  exchange.MessageArrived(ByteBuffer::FromHex("6101AB").View(), At(1010));
   EXPECT_EQ(exchange.CurrentState(), State::kPositive);
   EXPECT_EQ(exchange.Answer().ToHex(), "6101AB");
 }
 
 TEST(ExchangeTest, NegativeAnswerEndsItAndIsKept) {
   Exchange exchange = Begin("2101");
-  exchange.MessageArrived(ByteBuffer::FromHex("7F2131").View(), milliseconds(1010));
+  exchange.MessageArrived(ByteBuffer::FromHex("7F2131").View(), At(1010));
   EXPECT_EQ(exchange.CurrentState(), State::kNegative);
   EXPECT_EQ(exchange.Answer().ToHex(), "7F2131");
 }
@@ -50,18 +52,18 @@ TEST(ExchangeTest, BusyRepeatsTheRequestUntilTheCap) {
   timing.busy_repeat = milliseconds(100);
   timing.busy_cap = milliseconds(250);
   const ByteBuffer busy = ByteBuffer::FromHex("7F2121");
-  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, milliseconds(0));
-  exchange.MessageArrived(busy.View(), milliseconds(30));
-  EXPECT_EQ(exchange.Deadline(), milliseconds(130));
+  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, At(0));
+  exchange.MessageArrived(busy.View(), At(30));
+  EXPECT_EQ(exchange.Deadline(), At(130));
   EXPECT_FALSE(exchange.TakeRepeat());
-  exchange.TimeElapsed(milliseconds(130));
+  exchange.TimeElapsed(At(130));
   EXPECT_TRUE(exchange.TakeRepeat());
   EXPECT_FALSE(exchange.TakeRepeat());
-  EXPECT_EQ(exchange.Deadline(), milliseconds(180));
-  exchange.MessageArrived(busy.View(), milliseconds(160));
-  exchange.TimeElapsed(milliseconds(260));
+  EXPECT_EQ(exchange.Deadline(), At(180));
+  exchange.MessageArrived(busy.View(), At(160));
+  exchange.TimeElapsed(At(260));
   EXPECT_TRUE(exchange.TakeRepeat());
-  exchange.MessageArrived(busy.View(), milliseconds(290));
+  exchange.MessageArrived(busy.View(), At(290));
   EXPECT_EQ(exchange.CurrentState(), State::kNegative);
 }
 
@@ -69,25 +71,25 @@ TEST(ExchangeTest, AnswerToARepeatedRequestEndsIt) {
   ExchangeTiming timing = kTiming;
   timing.busy_repeat = milliseconds(100);
   timing.busy_cap = milliseconds(250);
-  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, milliseconds(0));
-  exchange.MessageArrived(ByteBuffer::FromHex("7F2121").View(), milliseconds(30));
-  exchange.TimeElapsed(milliseconds(130));
+  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, At(0));
+  exchange.MessageArrived(ByteBuffer::FromHex("7F2121").View(), At(30));
+  exchange.TimeElapsed(At(130));
   EXPECT_TRUE(exchange.TakeRepeat());
-  exchange.MessageArrived(ByteBuffer::FromHex("6101AB").View(), milliseconds(140));
+  exchange.MessageArrived(ByteBuffer::FromHex("6101AB").View(), At(140));
   EXPECT_EQ(exchange.CurrentState(), State::kPositive);
 }
 
 TEST(ExchangeTest, RequestIsSentAgainAsOftenAsItMayBe) {
   ExchangeTiming timing = kTiming;
   timing.repeats = 2;
-  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, milliseconds(0));
-  exchange.TimeElapsed(milliseconds(50));
+  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, At(0));
+  exchange.TimeElapsed(At(50));
   EXPECT_TRUE(exchange.TakeRepeat());
-  EXPECT_EQ(exchange.Deadline(), milliseconds(100));
-  EXPECT_TRUE(exchange.AskAgain(milliseconds(70)));
-  EXPECT_EQ(exchange.Deadline(), milliseconds(120));
-  EXPECT_FALSE(exchange.AskAgain(milliseconds(80)));
-  exchange.TimeElapsed(milliseconds(120));
+  EXPECT_EQ(exchange.Deadline(), At(100));
+  EXPECT_TRUE(exchange.AskAgain(At(70)));
+  EXPECT_EQ(exchange.Deadline(), At(120));
+  EXPECT_FALSE(exchange.AskAgain(At(80)));
+  exchange.TimeElapsed(At(120));
   EXPECT_FALSE(exchange.TakeRepeat());
   EXPECT_EQ(exchange.CurrentState(), State::kSilent);
 }
@@ -105,17 +107,17 @@ TEST(ExchangeTest, RequestToWhichNoAnswerComesIsDoneWhenItIsOut) {
 
 TEST(ExchangeTest, LinkThatIsBusyPutsTheDeadlineOffEvenBeyondTheCap) {
   Exchange exchange = Begin("2101");
-  exchange.LinkBusy(milliseconds(3000));
-  EXPECT_EQ(exchange.Deadline(), milliseconds(3050));
-  exchange.LinkBusy(milliseconds(60000));
-  EXPECT_EQ(exchange.Deadline(), milliseconds(60050)) << "a transfer that progresses is not cut";
+  exchange.LinkBusy(At(3000));
+  EXPECT_EQ(exchange.Deadline(), At(3050));
+  exchange.LinkBusy(At(60000));
+  EXPECT_EQ(exchange.Deadline(), At(60050)) << "a transfer that progresses is not cut";
 }
 
 TEST(ExchangeTest, SilenceEndsItAtTheDeadlineAndNotBefore) {
   Exchange exchange = Begin("2101");
-  exchange.TimeElapsed(milliseconds(1049));
+  exchange.TimeElapsed(At(1049));
   EXPECT_EQ(exchange.CurrentState(), State::kWaiting);
-  exchange.TimeElapsed(milliseconds(1050));
+  exchange.TimeElapsed(At(1050));
   EXPECT_EQ(exchange.CurrentState(), State::kSilent);
   EXPECT_TRUE(exchange.Answer().Empty());
 }
@@ -129,10 +131,10 @@ class ForeignTest : public testing::TestWithParam<Row> {};
 
 TEST_P(ForeignTest, IsDiscardedWithoutMoreTime) {
   Exchange exchange = Begin(GetParam().request);
-  exchange.MessageArrived(ByteBuffer::FromHex(GetParam().answer).View(), milliseconds(1040));
+  exchange.MessageArrived(ByteBuffer::FromHex(GetParam().answer).View(), At(1040));
   EXPECT_EQ(exchange.CurrentState(), State::kWaiting);
-  EXPECT_EQ(exchange.Deadline(), milliseconds(1050));
-  exchange.TimeElapsed(milliseconds(1050));
+  EXPECT_EQ(exchange.Deadline(), At(1050));
+  exchange.TimeElapsed(At(1050));
   EXPECT_EQ(exchange.CurrentState(), State::kForeign);
   EXPECT_EQ(exchange.Answer().ToHex(), GetParam().answer);
 }
@@ -146,8 +148,8 @@ INSTANTIATE_TEST_SUITE_P(Rows, ForeignTest,
 
 TEST(ExchangeTest, OwnAnswerBehindAForeignOneIsTaken) {
   Exchange exchange = Begin("2101");
-  exchange.MessageArrived(ByteBuffer{0x7E}.View(), milliseconds(1010));
-  exchange.MessageArrived(ByteBuffer::FromHex("6101").View(), milliseconds(1020));
+  exchange.MessageArrived(ByteBuffer{0x7E}.View(), At(1010));
+  exchange.MessageArrived(ByteBuffer::FromHex("6101").View(), At(1020));
   EXPECT_EQ(exchange.CurrentState(), State::kPositive);
   EXPECT_EQ(exchange.Answer().ToHex(), "6101");
 }
@@ -164,38 +166,38 @@ TEST(ExchangeTest, AnswersThatRepeatNoIdentifierAreKnownByTheirService) {
 TEST(ExchangeTest, EachPendingGivesMoreTimeUpToTheCap) {
   Exchange exchange = Begin("3101");
   const ByteBuffer pending{0x7F, 0x31, 0x78};
-  exchange.MessageArrived(pending.View(), milliseconds(1040));
-  EXPECT_EQ(exchange.Deadline(), milliseconds(6040));
-  exchange.MessageArrived(pending.View(), milliseconds(6000));
-  EXPECT_EQ(exchange.Deadline(), milliseconds(11000));
-  exchange.MessageArrived(pending.View(), milliseconds(10000));
-  EXPECT_EQ(exchange.Deadline(), milliseconds(13000));
-  exchange.MessageArrived(pending.View(), milliseconds(12900));
-  EXPECT_EQ(exchange.Deadline(), milliseconds(13000));
+  exchange.MessageArrived(pending.View(), At(1040));
+  EXPECT_EQ(exchange.Deadline(), At(6040));
+  exchange.MessageArrived(pending.View(), At(6000));
+  EXPECT_EQ(exchange.Deadline(), At(11000));
+  exchange.MessageArrived(pending.View(), At(10000));
+  EXPECT_EQ(exchange.Deadline(), At(13000));
+  exchange.MessageArrived(pending.View(), At(12900));
+  EXPECT_EQ(exchange.Deadline(), At(13000));
   EXPECT_EQ(exchange.CurrentState(), State::kWaiting);
-  exchange.TimeElapsed(milliseconds(13000));
+  exchange.TimeElapsed(At(13000));
   EXPECT_EQ(exchange.CurrentState(), State::kSilent);
 }
 
 TEST(ExchangeTest, PendingOfAnotherServiceGivesNoTime) {
   Exchange exchange = Begin("3101");
-  exchange.MessageArrived(ByteBuffer{0x7F, 0x21, 0x78}.View(), milliseconds(1040));
-  EXPECT_EQ(exchange.Deadline(), milliseconds(1050));
+  exchange.MessageArrived(ByteBuffer{0x7F, 0x21, 0x78}.View(), At(1040));
+  EXPECT_EQ(exchange.Deadline(), At(1050));
 }
 
 TEST(ExchangeTest, NothingChangesItOnceItHasEnded) {
   Exchange exchange = Begin("2101");
-  exchange.MessageArrived(ByteBuffer::FromHex("6101AB").View(), milliseconds(1010));
-  exchange.MessageArrived(ByteBuffer::FromHex("6101CD").View(), milliseconds(1020));
-  exchange.TimeElapsed(milliseconds(9000));
+  exchange.MessageArrived(ByteBuffer::FromHex("6101AB").View(), At(1010));
+  exchange.MessageArrived(ByteBuffer::FromHex("6101CD").View(), At(1020));
+  exchange.TimeElapsed(At(9000));
   EXPECT_EQ(exchange.CurrentState(), State::kPositive);
   EXPECT_EQ(exchange.Answer().ToHex(), "6101AB");
 }
 
 TEST(ExchangeTest, EmptyMessageIsNone) {
   Exchange exchange = Begin("2101");
-  exchange.MessageArrived({}, milliseconds(1010));
-  exchange.TimeElapsed(milliseconds(1050));
+  exchange.MessageArrived({}, At(1010));
+  exchange.TimeElapsed(At(1050));
   EXPECT_EQ(exchange.CurrentState(), State::kSilent);
 }
 

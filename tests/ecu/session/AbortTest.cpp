@@ -34,7 +34,7 @@ TEST_P(AbortTest, ClosedSessionEndsItWith1000) {
   const auto wait = GetParam().begin(bench);
   bench.loop->At(milliseconds(10), [this] { bench.session->Close(); });
   EXPECT_EQ(NumberOf(wait), kLinkLost);
-  EXPECT_EQ(bench.loop->Now(), milliseconds(10));
+  EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(10)));
 }
 
 TEST_P(AbortTest, SecondStepIsEndedToo) {
@@ -134,7 +134,7 @@ TEST(AbortNestedTest, WaitInsideAWaitEndsWithItsSession) {
   const auto request = bench.Request("READ");
   EXPECT_EQ(NumberOf([&] { request->Execute(); }), kLinkLost);
   EXPECT_EQ(inner, kLinkLost);
-  EXPECT_EQ(bench.loop->Now(), milliseconds(10));
+  EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(10)));
 }
 
 }  // namespace

@@ -122,7 +122,7 @@ TEST(HostileFileTest, AnswersAndFaultsThatContradictTheRequest) {
 TEST(HostileFileTest, LongestLatencyIsWaitedForInModelTime) {
   SessionBench bench("LatencyMs='3600000'>");
   bench.Request("READ")->Execute();
-  EXPECT_EQ(bench.loop->Now(), std::chrono::hours(1));
+  EXPECT_EQ(bench.loop->Now(), base::TimePoint(std::chrono::hours(1)));
 }
 
 }  // namespace

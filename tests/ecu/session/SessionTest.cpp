@@ -176,7 +176,7 @@ TEST(SessionTest, RawRequestGivesTheAnswerAlsoWhenItIsNegative) {
 TEST(SessionTest, AnswerThatNeverComesIs2000AfterTheLatencyAndP2) {
   SessionBench bench("LatencyMs='100'><Answer Request='2101' Response=''/>", "Name='ENGINE' P2Ms='25'");
   EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }), kNoAnswer);
-  EXPECT_EQ(bench.loop->Now(), milliseconds(125));
+  EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(125)));
 }
 
 TEST(SessionTest, LatencyDelaysTheAnswerWithEventsRunning) {
@@ -185,13 +185,13 @@ TEST(SessionTest, LatencyDelaysTheAnswerWithEventsRunning) {
   bench.loop->At(milliseconds(2999), [&] { event = true; });
   bench.Request("READ")->Execute();
   EXPECT_TRUE(event);
-  EXPECT_EQ(bench.loop->Now(), milliseconds(3000));
+  EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(3000)));
 }
 
 TEST(SessionTest, WithoutLatencyNoTimePassesAndNoTimerRuns) {
   SessionBench bench(">", "Name='ENGINE' KeepAliveMs='0' Session='81'");
   bench.Request("READ")->Execute();
-  EXPECT_EQ(bench.loop->Now(), milliseconds(0));
+  EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(0)));
   EXPECT_EQ(bench.loop->PendingEvents(), 0U);
 }
 

@@ -39,11 +39,11 @@ class SimulatedEcuTest : public testing::Test {
                      "<xml xmlns:qor='urn:korval:ecu'><qor:Target><Function Name='F'/><Requests>" + requests +
                          "</Requests></qor:Target><Simulation " + simulation + "</Simulation></xml>",
                      "ecu")),
-                 milliseconds(5000));
+                 base::TimePoint(milliseconds(5000)));
   }
   SimulatedEcu::Reaction React(const std::string& request, int at = 0) {
     const ByteBuffer bytes = ByteBuffer::FromHex(request);
-    return ecu_->React(bytes.View(), milliseconds(5000 + at));
+    return ecu_->React(bytes.View(), base::TimePoint(milliseconds(5000 + at)));
   }
   std::string Answer(const std::string& request, int at = 0) {
     const auto reaction = React(request, at);
