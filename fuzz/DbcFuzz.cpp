@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Any bytes as DBC file: whatever is read has a place in a CAN frame and can be decoded.
 #include "base/Failure.h"
+#include "ecu/dbc/DbcMessaging.h"
 #include "ecu/description/ItemCoding.h"
-#include "ecu/description/MessagingFile.h"
 #include "fuzz/Input.h"
 #include "fuzz/Require.h"
 
@@ -10,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace korval;  // NOLINT(google-build-using-namespace): a program's own file
   static const base::ByteBuffer kFrame{0xFF, 0x00, 0xA5, 0x5A, 0x80, 0x01, 0x7F, 0xFE};
   const std::string content = fuzz::TextOf(base::ByteView(data, size));
-  const ecu::MessagingFile file = ecu::MessagingFile::FromDbc(content);
+  const ecu::MessagingFile file = ecu::ReadDbc(content);
   fuzz::Require(file.notes.size() <= 101, "notes are bounded");
   for (const auto& frame : file.frames) {
     fuzz::Require(!frame.name.empty(), "a frame has a name");

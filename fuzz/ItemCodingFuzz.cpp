@@ -9,8 +9,8 @@
 #include <pugixml.hpp>
 
 #include "base/Failure.h"
-#include "ecu/description/AttributeReader.h"
 #include "ecu/description/ItemCoding.h"
+#include "ecu/ecufile/ItemReader.h"
 #include "fuzz/Input.h"
 #include "fuzz/Require.h"
 

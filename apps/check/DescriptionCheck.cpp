@@ -8,6 +8,8 @@
 #include "apps/check/FileKind.h"
 #include "base/Failure.h"
 #include "base/FolderPath.h"
+#include "ecu/ecufile/EcuFile.h"
+#include "ecu/ecufile/MessagingReader.h"
 #include "model/KorvAsapFile.h"
 
 namespace korval::apps {
@@ -84,7 +86,7 @@ std::optional<DescriptionCheck::EcuFile> DescriptionCheck::LoadEcuFile(const pug
       file_.Report(section, url + " is no ECU file: it has no element xml/qor:Target.");
       return std::nullopt;
     }
-    ecu_file.function = ecu::EcuDescription(ecu_file.document).Function();
+    ecu_file.function = ecu::ReadEcuFile(ecu_file.document)->Function();
     return ecu_file;
   } catch (const base::Failure& failure) {
     file_.Report(section, url + " cannot be used. " + failure.Description() + ".");

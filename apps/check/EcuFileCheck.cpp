@@ -7,7 +7,7 @@
 #include "apps/check/ElementCheck.h"
 #include "apps/check/FunctionCheck.h"
 #include "apps/check/SimulationCheck.h"
-#include "ecu/description/AttributeReader.h"
+#include "ecu/ecufile/AttributeReader.h"
 
 namespace korval::apps {
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "ecu/description/AttributeReader.h"
+#include "ecu/ecufile/AttributeReader.h"
 
 namespace korval::apps {
 namespace {

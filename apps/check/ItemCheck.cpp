@@ -10,8 +10,9 @@
 
 #include "apps/check/ElementCheck.h"
 #include "base/Failure.h"
-#include "ecu/description/AttributeReader.h"
 #include "ecu/description/ItemCoding.h"
+#include "ecu/ecufile/AttributeReader.h"
+#include "ecu/ecufile/ItemReader.h"
 
 namespace korval::apps {
 namespace {

@@ -7,8 +7,8 @@
 #include "apps/check/ElementCheck.h"
 #include "apps/check/FunctionCheck.h"
 #include "apps/check/ItemCheck.h"
-#include "ecu/can/DbcFile.h"
-#include "ecu/description/AttributeReader.h"
+#include "ecu/dbc/DbcFile.h"
+#include "ecu/ecufile/AttributeReader.h"
 
 namespace korval::apps {
 namespace {

@@ -7,8 +7,8 @@
 
 #include "apps/check/ElementCheck.h"
 #include "base/Failure.h"
-#include "ecu/description/AttributeReader.h"
 #include "ecu/description/ItemCoding.h"
+#include "ecu/ecufile/AttributeReader.h"
 
 namespace korval::apps {
 namespace {

@@ -16,6 +16,8 @@
 #include "base/XmlFile.h"
 #include "ecu/buslog/BusLog.h"
 #include "ecu/buslog/TracedCanBus.h"
+#include "ecu/ecufile/EcuFile.h"
+#include "ecu/ecufile/MessagingReader.h"
 #include "platform/QtCanBus.h"
 #include "platform/QtEventLoop.h"
 #include "platform/process/EventBarrier.h"
@@ -70,7 +72,7 @@ int Run(const SimulatorOptions& options) {
     std::cout << (options.help ? korval::apps::SimulatorHelp() : "korval-ecu-sim " KORVAL_VERSION "\n");
     return 0;
   }
-  const Ecu description = ecu::EcuDescription::Load(korval::base::LoadXmlFile(options.ecu_file));
+  const Ecu description = ecu::ReadEcuFile(korval::base::LoadXmlFile(options.ecu_file));
   const Loop loop = std::make_shared<korval::platform::QtEventLoop>();
   return options.can ? ServeCan(options, loop, description) : ServeKLine(options, loop, description);
 }

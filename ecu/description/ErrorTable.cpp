@@ -3,12 +3,8 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <string_view>
-#include <system_error>
 
-#include "base/NumberText.h"
-#include "base/XmlFile.h"
 #include "ecu/description/ErrorNumbers.h"
 
 namespace korval::ecu {
@@ -38,25 +34,6 @@ constexpr std::array<BuiltIn, 15> kBuiltIn{{
 }};
 
 }  // namespace
-
-std::string ErrorTable::Load(const std::string& path) {
-  texts_.clear();
-  std::error_code ignored;
-  if (!std::filesystem::exists(path, ignored)) return {};
-  try {
-    const base::XmlDocument document = base::LoadXmlFile(path);
-    for (const pugi::xml_node& error : document->child("errors").children("error")) {
-      const auto number = base::ReadInteger(error.attribute("number").value());
-      const std::string text = error.find_child_by_attribute("text", "lang", language_.c_str()).child_value();
-      if (number && !text.empty()) texts_[*number] = text;
-    }
-    return {};
-  } catch (const base::Failure& failure) {
-    texts_.clear();
-    return "The error texts of " + path +
-           " cannot be used, the built-in ones stand in: " + failure.Description();
-  }
-}
 
 std::string ErrorTable::Text(std::int32_t number) const {
   const auto loaded = texts_.find(number);

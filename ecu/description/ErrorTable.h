@@ -4,22 +4,22 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <utility>
 
 #include "base/Failure.h"
 
 namespace korval::ecu {
 
-/// The texts of this library's error numbers. English ones are built in; an error file
-///   <errors><error number="2000"><text lang="en">...</text></error>...</errors>
-/// takes their place where it has a text.
+/// The texts of this library's error numbers. English ones are built in; those of a file take their place.
 class ErrorTable {
  public:
-  /// Language of the texts taken from the file.
+  using Texts = std::map<std::int32_t, std::string>;
+
+  /// Language of the texts taken from a file.
   void SetLanguage(const std::string& language) { language_ = language; }
-  /// Keeps the built-in texts when the file cannot be read. Gives a sentence when it is there and damaged,
-  /// else
-  /// "".
-  std::string Load(const std::string& path);
+  const std::string& Language() const { return language_; }
+  /// In the place of those that were given before.
+  void SetTexts(Texts texts) { texts_ = std::move(texts); }
   /// Whether texts of a file are in use.
   bool IsLoaded() const { return !texts_.empty(); }
 
@@ -29,7 +29,7 @@ class ErrorTable {
 
  private:
   std::string language_ = "en";
-  std::map<std::int32_t, std::string> texts_;
+  Texts texts_;
 };
 
 }  // namespace korval::ecu

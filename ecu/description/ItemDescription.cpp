@@ -23,4 +23,12 @@ void ItemDescription::SetStep(double step) {
   }
 }
 
+bool ItemDescription::IsPossible() const {
+  const bool has_whole_bytes = first_bit % 8 == 0 && bits % 8 == 0;
+  if (bits == 0 || BytesNeeded() > kLongestMessage) return false;
+  if (IsText()) return has_whole_bytes && !little_endian;
+  if (bits > 64 || (little_endian && !has_whole_bytes)) return false;
+  return coding != Coding::kFloat || bits == 32 || bits == 64;
+}
+
 }  // namespace korval::ecu

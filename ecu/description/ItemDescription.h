@@ -8,6 +8,9 @@
 
 namespace korval::ecu {
 
+/// The longest message that anybody sends to an ECU or gets from it: ISO 15765-2 without its escape.
+inline constexpr std::int32_t kLongestMessage = 4095;
+
 enum class Coding { kUnsigned, kSigned, kFloat, kBoolean, kAscii, kBytes, kBcd };
 
 /// Where a data item stands in a message and what its bits mean.
@@ -46,6 +49,8 @@ struct ItemDescription {
   bool IsText() const { return coding == Coding::kAscii || coding == Coding::kBytes; }
   /// Length of the shortest message that holds the item.
   std::size_t BytesNeeded() const { return (first_bit + bits + 7) / 8; }
+  /// Whether the coding knows that many bits, at that place, and a message can have them.
+  bool IsPossible() const;
 };
 
 }  // namespace korval::ecu

@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <optional>
 
-#include <pugixml.hpp>
-
 namespace korval::ecu {
 
 /// What the Function element of an ECU file says about its K-line, its times apart.
@@ -20,8 +18,6 @@ struct KLineDescription {
   /// What of the adapter drives the L line: nothing, or RTS, which pulls it low when it is on, or when it is
   /// off.
   enum class LLine { kNone, kRts, kRtsInverted };
-
-  static KLineDescription Read(const pugi::xml_node& node);
 
   Echo echo = Echo::kAutomatic;
   std::optional<bool> rts;  ///< while the link is open; none: as it is

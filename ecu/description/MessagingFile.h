@@ -4,14 +4,11 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
-
-#include <pugixml.hpp>
 
 #include "ecu/can/CanFrame.h"
 #include "ecu/description/ItemDescription.h"
-#include "ecu/description/Timing.h"
+#include "ecu/description/Milliseconds.h"
 #include "ecu/description/TransportDescription.h"
 
 namespace korval::ecu {
@@ -40,23 +37,14 @@ struct MessagingFile {
     std::vector<ItemDescription> items;
   };
 
-  /// The messages of a DBC file, which says nothing of diagnostics and of the bit rate.
-  static MessagingFile FromDbc(std::string_view content);
-  /// An element xml/messaging. Raises Failure for a data item that lies outside its frame.
-  static MessagingFile FromXml(const pugi::xml_node& messaging);
-
   std::int32_t bitrate = 500000;
   std::vector<Diagnostic> diagnostics;
   std::vector<Frame> frames;
-  /// What was left out of a DBC file, and why, a sentence each.
+  /// What was left out of the file, and why, a sentence each.
   std::vector<std::string> notes;
 
   /// What the file says about a function's diagnosis; nothing when it does not know the function.
   TransportDescription TransportOf(const std::string& function) const;
 };
-
-/// Reads an XML messaging file, or a DBC file by its ending, by its full path. Raises Failure when it cannot
-/// be read or is none.
-MessagingFile LoadMessagingFile(const std::string& path);
 
 }  // namespace korval::ecu

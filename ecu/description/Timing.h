@@ -2,22 +2,18 @@
 #pragma once
 
 #include <array>
-#include <chrono>
 #include <cstdint>
 #include <optional>
 
-#include <pugixml.hpp>
+#include "ecu/description/Milliseconds.h"
 
 namespace korval::ecu {
 
-using Milliseconds = std::chrono::milliseconds;
-
 /// The times of the diagnostic services and of the K-line (ISO 14230-2 clauses 4.4 and 5.2), all in
-/// milliseconds. What the file does not say is left open.
+/// milliseconds. What is not said is left open.
 struct Timing {
   using Number = std::optional<std::int32_t>;
 
-  static Timing Read(const pugi::xml_node& node);
   /// The time, or its default.
   Milliseconds Value(Number Timing::*number) const;
 

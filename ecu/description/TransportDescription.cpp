@@ -2,35 +2,9 @@
 #include "ecu/description/TransportDescription.h"
 
 #include <algorithm>
-#include <string_view>
-
-#include "base/NumberText.h"
-#include "ecu/description/AttributeReader.h"
 
 namespace korval::ecu {
 namespace {
-
-void ReadAddressing(const pugi::xml_node& node, TransportDescription& description) {
-  const std::string addressing = node.attribute("Addressing").value();
-  if (addressing == "extended" || addressing == "normal") {
-    description.extended_addressing = addressing == "extended";
-  } else {
-    description.unknown_addressing = addressing;
-  }
-}
-
-TransportDescription::Number ReadPadding(const pugi::xml_node& node) {
-  if (std::string_view(node.attribute("Padding").value()) == "none") return TransportDescription::kNoPadding;
-  const auto value = HexAttribute(node, "Padding");
-  if (!value || *value > 0xFF) return std::nullopt;
-  return static_cast<std::int32_t>(*value);
-}
-
-TransportDescription::Number ReadNumber(const pugi::xml_node& node, const TransportParameter& parameter) {
-  const auto value = base::ReadInteger(node.attribute(parameter.attribute).value());
-  if (!value || *value < parameter.lowest || *value > parameter.highest) return std::nullopt;
-  return value;
-}
 
 template <typename Value>
 void Complete(std::optional<Value>& value, const std::optional<Value>& other) {
@@ -38,18 +12,6 @@ void Complete(std::optional<Value>& value, const std::optional<Value>& other) {
 }
 
 }  // namespace
-
-TransportDescription TransportDescription::Read(const pugi::xml_node& node) {
-  TransportDescription description;
-  description.request_id = CanIdentifierAttribute(node, "RequestId");
-  description.response_id = CanIdentifierAttribute(node, "ResponseId");
-  ReadAddressing(node, description);
-  description.padding = ReadPadding(node);
-  for (const TransportParameter& parameter : kTransportParameters) {
-    description.*parameter.value = ReadNumber(node, parameter);
-  }
-  return description;
-}
 
 TransportDescription TransportDescription::CompletedBy(const TransportDescription& other) const {
   TransportDescription completed = *this;

@@ -6,8 +6,6 @@
 #include <optional>
 #include <string>
 
-#include <pugixml.hpp>
-
 #include "ecu/can/CanFrame.h"
 
 namespace korval::ecu {
@@ -19,7 +17,6 @@ struct TransportDescription {
 
   static constexpr std::int32_t kNoPadding = -1;
 
-  static TransportDescription Read(const pugi::xml_node& node);
   /// These, and those of `other` where these are left open.
   TransportDescription CompletedBy(const TransportDescription& other) const;
   /// The number, or its default; 0 where it has none.

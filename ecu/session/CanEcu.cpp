@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "ecu/description/ErrorNumbers.h"
+#include "ecu/ecufile/MessagingReader.h"
 
 namespace korval::ecu {
 

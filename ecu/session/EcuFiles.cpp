@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/Failure.h"
+#include "ecu/ecufile/EcuFile.h"
 
 namespace korval::ecu {
 namespace {
@@ -26,7 +27,7 @@ std::vector<std::filesystem::path> XmlFilesIn(const std::string& folder) {
 
 void EcuFiles::Offer(const std::string& path, base::XmlDocument document) {
   const base::FileStamp stamp = base::FileStamp::Of(path);
-  auto description = EcuDescription::Load(document);
+  auto description = ReadEcuFile(document);
   File& known = files_[description->Function().name];
   const bool unchanged = known.description && known.path == path && known.stamp.IsSame(stamp) &&
                          (known.document == document || base::SameContent(*known.document, *document));
@@ -48,7 +49,7 @@ void EcuFiles::SearchFolder(const std::string& function) {
     known = {stamp, {}};
     try {
       const base::XmlDocument document = base::LoadXmlFile(path);
-      known.function = EcuDescription::Load(document)->Function().name;
+      known.function = ReadEcuFile(document)->Function().name;
       if (known.function == function) return Offer(path.string(), document);
     } catch (const base::Failure&) {
       continue;  // not for this function in any case

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "ecu/description/ErrorNumbers.h"
+#include "ecu/ecufile/ErrorFile.h"
 #include "ecu/session/CanFrames.h"
 #include "ecu/session/InstanceObject.h"
 
@@ -34,7 +35,7 @@ void Session::SetErrorsFile(const std::string& path) {
 }
 
 void Session::LoadErrors() {
-  const std::string damage = host_->Errors().Load(errors_file_);
+  const std::string damage = LoadErrorFile(errors_file_, host_->Errors());
   if (!damage.empty()) host_->Note(damage);
 }
 

@@ -1,14 +1,16 @@
 # SPDX-License-Identifier: MIT
 cmake_minimum_required(VERSION 3.25)
 # cmake -DROOT=project -DFOLDERS=folder|folder -DWORK=dir -P
-# Finds includes of Qt and includes that climb with "../" in the sources below the folders. Proves first, on
-# planted sources, that it would find them.
+# Finds includes of Qt and includes that climb with "../" in the sources below the folders, and those of XML in
+# what is plain data. Proves first, on planted sources, that it would find them.
 
 # Appends "file: line" to `found` for each such include in a source.
 function(scan file)
   file(STRINGS ${file} lines REGEX "^[ \t]*#[ \t]*include")
   foreach(line IN LISTS lines)
     if(line MATCHES "include[ \t]*[<\"](Q[A-Z]|Qt)" OR line MATCHES "[<\"/]\\.\\./")
+      list(APPEND found "${file}: ${line}")
+    elseif(file MATCHES "/ecu/description/" AND line MATCHES "pugixml|base/Xml")
       list(APPEND found "${file}: ${line}")
     endif()
   endforeach()
@@ -28,6 +30,20 @@ foreach(line IN LISTS planted harmless)
   elseif(line IN_LIST harmless AND found)
     message(FATAL_ERROR "the scan takes offence at: ${line}")
   endif()
+endforeach()
+
+foreach(line "#include <pugixml.hpp>" "#include \"base/XmlFile.h\"")
+  foreach(folder description ecufile)
+    set(source ${WORK}/ecu/${folder}/planted.cpp)
+    file(WRITE ${source} "${line}\n")
+    set(found)
+    scan(${source})
+    if(folder STREQUAL "description" AND NOT found)
+      message(FATAL_ERROR "the scan does not see in plain data: ${line}")
+    elseif(folder STREQUAL "ecufile" AND found)
+      message(FATAL_ERROR "the scan takes offence in a reader at: ${line}")
+    endif()
+  endforeach()
 endforeach()
 
 string(REPLACE "|" ";" FOLDERS "${FOLDERS}")

@@ -7,7 +7,7 @@
 
 #include "base/Failure.h"
 #include "base/XmlFile.h"
-#include "ecu/description/EcuDescription.h"
+#include "ecu/ecufile/EcuFile.h"
 #include "ecu/isotp/IsoTpParameters.h"
 #include "ecu/session/SessionFactory.h"
 #include "ecu/simulation/IsoTpEcu.h"
@@ -42,7 +42,7 @@ class CanBench {
 
   void ConnectEcu() {
     node = bus.Open();
-    const auto file = EcuDescription::Load(base::LoadXmlText(text, "abs.xml"));
+    const auto file = ReadEcuFile(base::LoadXmlText(text, "abs.xml"));
     const FunctionDescription& function = file->Function();
     const auto parameters = IsoTpParameters::OfTester(function, function.transport);
     if (!parameters) return;

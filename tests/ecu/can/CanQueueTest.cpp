@@ -30,7 +30,7 @@ class CanQueueTest : public testing::Test {
  protected:
   CanQueueTest() {
     bench.DisconnectEcu();
-    const auto file = EcuDescription::Load(base::LoadXmlText(bench.text, "abs.xml"));
+    const auto file = ReadEcuFile(base::LoadXmlText(bench.text, "abs.xml"));
     const auto parameters = IsoTpParameters::OfTester(file->Function(), file->Function().transport);
     SharedCanBus::Listener listener;
     listener.on_frame = [this](const CanFrame& frame) { ecu->FrameArrived(frame); };

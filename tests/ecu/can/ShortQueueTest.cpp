@@ -9,6 +9,7 @@
 
 #include "base/XmlFile.h"
 #include "ecu/can/SharedCanBus.h"
+#include "ecu/ecufile/EcuFile.h"
 #include "ecu/session/SessionFactory.h"
 #include "ecu/simulation/IsoTpEcu.h"
 #include "platform/QtCanBus.h"
@@ -42,7 +43,7 @@ std::string File() {
 class ShortQueueTest : public QtTest {
  protected:
   ShortQueueTest() {
-    const auto file = ecu::EcuDescription::Load(base::LoadXmlText(File(), "abs.xml"));
+    const auto file = ecu::ReadEcuFile(base::LoadXmlText(File(), "abs.xml"));
     const auto parameters = ecu::IsoTpParameters::OfTester(file->Function(), file->Function().transport);
     SharedCanBus::Listener hearing;
     hearing.on_frame = [this](const CanFrame& frame) {

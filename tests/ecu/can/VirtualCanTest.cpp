@@ -10,6 +10,7 @@
 
 #include "base/Failure.h"
 #include "base/XmlFile.h"
+#include "ecu/ecufile/EcuFile.h"
 #include "ecu/session/SessionFactory.h"
 #include "ecu/simulation/IsoTpEcu.h"
 #include "platform/QtCanBus.h"
@@ -36,7 +37,7 @@ class VirtualCanTest : public QtTest {
  protected:
   VirtualCanTest() {
     node = std::make_unique<QtCanBus>("virtualcan", Channel(), 500000);
-    const auto file = ecu::EcuDescription::Load(base::LoadXmlText(kFile, "abs.xml"));
+    const auto file = ecu::ReadEcuFile(base::LoadXmlText(kFile, "abs.xml"));
     const auto parameters = ecu::IsoTpParameters::OfTester(file->Function(), file->Function().transport);
     simulated = std::make_unique<ecu::IsoTpEcu>(loop, std::make_shared<ecu::SimulatedEcu>(file, loop->Now()),
                                                 parameters->OfOtherSide(),

@@ -9,9 +9,9 @@
 
 #include "base/Failure.h"
 #include "base/XmlFile.h"
-#include "ecu/description/AttributeReader.h"
 #include "ecu/description/ErrorNumbers.h"
 #include "ecu/description/ItemCoding.h"
+#include "ecu/ecufile/ItemReader.h"
 
 namespace korval::ecu {
 namespace {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "base/XmlFile.h"
+#include "ecu/ecufile/EcuFile.h"
 #include "ecu/isotp/IsoTpParameters.h"
 
 namespace korval::ecu {
@@ -13,7 +14,7 @@ using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
 std::optional<IsoTpParameters> Parameters(const std::string& attributes) {
-  const auto file = EcuDescription::Load(base::LoadXmlText(
+  const auto file = ReadEcuFile(base::LoadXmlText(
       "<xml><qor:Target><Function Name='F' Address='28' Tester='F2' " + attributes + "/></qor:Target></xml>",
       "f"));
   return IsoTpParameters::OfTester(file->Function(), file->Function().transport);

@@ -7,7 +7,7 @@
 
 #include "MemoryWire.h"
 #include "base/XmlFile.h"
-#include "ecu/description/EcuDescription.h"
+#include "ecu/ecufile/EcuFile.h"
 #include "ecu/session/SessionFactory.h"
 #include "ecu/simulation/KLineEcu.h"
 #include "tests/support/ManualEventLoop.h"
@@ -48,7 +48,7 @@ class KLineBench {
   /// `function` and `simulation` are what stands in these elements of the ECU file, the latter with the end
   /// of its start tag.
   explicit KLineBench(const std::string& function = "", const std::string& simulation = kUsualSimulation)
-      : text_(FileText(function, simulation)), description(EcuDescription::Load(Parse(text_))) {
+      : text_(FileText(function, simulation)), description(ReadEcuFile(Parse(text_))) {
     PlugEcuIn();
     OpenSession();
   }

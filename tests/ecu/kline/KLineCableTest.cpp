@@ -158,7 +158,7 @@ TEST(KLineCableTest, RequestThatIsTooLongForTheFixedHeaderIsRefused) {
 TEST(KLineCableTest, EcuOfAnotherHeaderIsSilent) {
   KLineBench bench("Header='format' Repeats='0'");
   bench.ecu.reset();
-  const auto other = EcuDescription::Load(
+  const auto other = ReadEcuFile(
       KLineBench::Parse(KLineBench::FileText("Header='addresses'", KLineBench::kUsualSimulation)));
   bench.description = other;
   bench.PlugEcuIn();

@@ -34,7 +34,7 @@ class SerialKLineTest : public QtTest {
 
   void Start(const std::string& function) {
     text_ = ecu::KLineBench::FileText(function, ecu::KLineBench::kUsualSimulation);
-    description_ = ecu::EcuDescription::Load(ecu::KLineBench::Parse(text_));
+    description_ = ecu::ReadEcuFile(ecu::KLineBench::Parse(text_));
     ecu_ = std::make_unique<ecu::KLineEcu>(
         shared_loop_, description_->Function(),
         std::make_shared<ecu::SimulatedEcu>(description_, shared_loop_->Now()),

@@ -25,7 +25,7 @@ class TwoEcus : public KLineBench {
         "<xml xmlns:qor='urn:korval:ecu'><qor:Target><Function Name='ABS' Address='28' KeepAliveMs='0' " +
         brake + "/></qor:Target></xml>";
     session->OfferEcuFile("brake.xml", Parse(text));
-    const auto file = EcuDescription::Load(Parse(text));
+    const auto file = ReadEcuFile(Parse(text));
     brake_ =
         std::make_unique<KLineEcu>(loop, file->Function(), std::make_shared<SimulatedEcu>(file, loop->Now()),
                                    [this](base::ByteView bytes) { line->EcuWrites(bytes); });

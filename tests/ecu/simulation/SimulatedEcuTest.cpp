@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "base/XmlFile.h"
+#include "ecu/ecufile/EcuFile.h"
 #include "ecu/simulation/SimulatedEcu.h"
 
 namespace korval::ecu {
@@ -35,7 +36,7 @@ constexpr char kRequests[] =
 class SimulatedEcuTest : public testing::Test {
  protected:
   void Start(const std::string& simulation, const std::string& requests = kRequests) {
-    ecu_.emplace(EcuDescription::Load(base::LoadXmlText(
+    ecu_.emplace(ReadEcuFile(base::LoadXmlText(
                      "<xml xmlns:qor='urn:korval:ecu'><qor:Target><Function Name='F'/><Requests>" + requests +
                          "</Requests></qor:Target><Simulation " + simulation + "</Simulation></xml>",
                      "ecu")),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/can/DbcReader.h"
+#include "ecu/dbc/DbcReader.h"
 
 #include <algorithm>
 #include <charconv>

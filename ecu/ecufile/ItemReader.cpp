@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/description/AttributeReader.h"
+#include "ecu/ecufile/ItemReader.h"
 
-#include <algorithm>
 #include <charconv>
-#include <cmath>
-#include <string>
 #include <string_view>
 #include <utility>
 
-#include "base/Failure.h"
 #include "base/NumberText.h"
+#include "ecu/ecufile/AttributeReader.h"
 
 namespace korval::ecu {
 namespace {
@@ -45,16 +42,6 @@ std::optional<double> ScaleAttribute(const pugi::xml_node& node, const char* nam
   return node.attribute(name) ? NumberAttribute(node, name) : absent;
 }
 
-bool HasWholeBytes(const ItemDescription& item) { return item.first_bit % 8 == 0 && item.bits % 8 == 0; }
-
-// Whether the coding knows that many bits, at that place.
-bool IsPossible(const ItemDescription& item) {
-  if (item.bits == 0 || item.BytesNeeded() > kLongestMessage) return false;
-  if (item.IsText()) return HasWholeBytes(item) && !item.little_endian;
-  if (item.bits > 64 || (item.little_endian && !HasWholeBytes(item))) return false;
-  return item.coding != Coding::kFloat || item.bits == 32 || item.bits == 64;
-}
-
 std::vector<ItemDescription::NamedValue> ReadTexts(const pugi::xml_node& node) {
   std::vector<ItemDescription::NamedValue> texts;
   for (const pugi::xml_node& text : node.children("Text")) {
@@ -69,58 +56,6 @@ std::vector<ItemDescription::NamedValue> ReadTexts(const pugi::xml_node& node) {
 }
 
 }  // namespace
-
-std::int32_t IntegerAttribute(const pugi::xml_node& node, const char* name, std::int32_t fallback,
-                              std::int32_t lowest, std::int32_t highest) {
-  return OptionalIntegerAttribute(node, name, lowest, highest).value_or(fallback);
-}
-
-std::optional<std::int32_t> OptionalIntegerAttribute(const pugi::xml_node& node, const char* name,
-                                                     std::int32_t lowest, std::int32_t highest) {
-  const auto value = base::ReadInteger(node.attribute(name).value());
-  if (!value || *value < lowest || *value > highest) return std::nullopt;
-  return value;
-}
-
-bool FlagAttribute(const pugi::xml_node& node, const char* name) {
-  return std::string_view(node.attribute(name).value()) == "1";
-}
-
-Milliseconds MillisecondsAttribute(const pugi::xml_node& node, const char* name, Milliseconds fallback,
-                                   std::int32_t lowest, std::int32_t highest) {
-  return Milliseconds(
-      IntegerAttribute(node, name, static_cast<std::int32_t>(fallback.count()), lowest, highest));
-}
-
-std::optional<double> NumberAttribute(const pugi::xml_node& node, const char* name) {
-  return base::ReadNumber(node.attribute(name).value());
-}
-
-std::optional<std::uint32_t> HexAttribute(const pugi::xml_node& node, const char* name) {
-  const std::string_view digits = node.attribute(name).value();
-  std::uint32_t value = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
-  if (digits.empty() || error != std::errc{} || end != digits.data() + digits.size()) return std::nullopt;
-  return value;
-}
-
-std::optional<CanIdentifier> CanIdentifierAttribute(const pugi::xml_node& node, const char* name) {
-  static constexpr std::size_t kExtendedDigits = 8;
-  const bool extended = std::string_view(node.attribute(name).value()).size() == kExtendedDigits;
-  const auto number = HexAttribute(node, name);
-  if (!number || *number > (extended ? kLastExtendedIdentifier : kLastBaseIdentifier)) return std::nullopt;
-  return CanIdentifier{*number, extended};
-}
-
-std::optional<base::ByteBuffer> BytesAttribute(const pugi::xml_node& node, const char* name) {
-  std::string hex = node.attribute(name).value();
-  hex.erase(std::remove(hex.begin(), hex.end(), ' '), hex.end());
-  try {
-    return base::ByteBuffer::FromHex(hex);
-  } catch (const base::Failure&) {
-    return std::nullopt;
-  }
-}
 
 // A wrong number would show wrong values, so an item with one is left out, and only an absent one has a
 // default.
@@ -143,7 +78,7 @@ std::optional<ItemDescription> ReadDataItem(const pugi::xml_node& node) {
   item.little_endian = *little_endian;
   item.scaled = node.attribute("Step") || node.attribute("Offset");
   item.offset = *offset;
-  if (!IsPossible(item)) return std::nullopt;
+  if (!item.IsPossible()) return std::nullopt;
   item.SetStep(*step);
   item.unit = node.attribute("Unit").value();
   item.texts = ReadTexts(node);

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ecu/description/TransportDescription.h"
+#include "ecu/ecufile/FunctionReader.h"
 
 namespace korval::ecu {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 TransportDescription Read(const std::string& attributes) {
   pugi::xml_document document;
   document.load_string(("<Function " + attributes + "/>").c_str());
-  return TransportDescription::Read(document.child("Function"));
+  return ReadTransport(document.child("Function"));
 }
 
 TEST(TransportDescriptionTest, AttributesAsGiven) {

@@ -3,8 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "base/Failure.h"
+#include "ecu/dbc/DbcMessaging.h"
 #include "ecu/description/ItemCoding.h"
-#include "ecu/description/MessagingFile.h"
+#include "ecu/ecufile/MessagingReader.h"
 #include "tests/support/TempFolder.h"
 
 namespace korval::ecu {
@@ -96,7 +97,7 @@ TEST(MessagingFileTest, MessagesOfADbcFileAreFramesWithItsSignalsAsItems) {
 }
 
 TEST(MessagingFileTest, MultiplexedSignalsHaveAFrameForEachValueOfTheMultiplexor) {
-  const MessagingFile file = MessagingFile::FromDbc(
+  const MessagingFile file = ReadDbc(
       "BO_ 2 Dash: 3 X\n SG_ Page M : 0|8@1+ (1,0) [0|1] \"\" X\n SG_ Oil m0 : 8|8@1+ (1,0) [0|1] \"\" X\n"
       " SG_ Fuel m7 : 8|8@1+ (1,0) [0|1] \"\" X\n SG_ Alive : 16|8@1+ (1,0) [0|1] \"\" X\n");
   ASSERT_EQ(file.frames.size(), 3U);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/can/DbcTokens.h"
+#include "ecu/dbc/DbcTokens.h"
 
 #include <algorithm>
 #include <charconv>

@@ -6,8 +6,8 @@
 
 #include "base/Failure.h"
 #include "base/XmlFile.h"
-#include "ecu/description/EcuDescription.h"
 #include "ecu/description/ErrorNumbers.h"
+#include "ecu/ecufile/EcuFile.h"
 
 namespace korval::ecu {
 namespace {
@@ -18,8 +18,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 std::shared_ptr<const EcuDescription> Load(const std::string& content) {
-  return EcuDescription::Load(
-      base::LoadXmlText("<xml xmlns:qor='urn:korval:ecu'>" + content + "</xml>", "ecu"));
+  return ReadEcuFile(base::LoadXmlText("<xml xmlns:qor='urn:korval:ecu'>" + content + "</xml>", "ecu"));
 }
 
 std::shared_ptr<const EcuDescription> LoadTarget(const std::string& function,

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "ecu/can/DbcFile.h"
-#include "ecu/can/DbcTokens.h"
+#include "ecu/dbc/DbcFile.h"
+#include "ecu/dbc/DbcTokens.h"
 
 namespace korval::ecu {
 

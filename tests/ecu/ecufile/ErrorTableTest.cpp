@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ecu/description/ErrorTable.h"
+#include "ecu/ecufile/ErrorFile.h"
 #include "tests/support/TempFolder.h"
 
 namespace korval::ecu {
@@ -24,7 +24,7 @@ TEST(ErrorTableTest, EveryNumberHasABuiltInText) {
 TEST(ErrorTableTest, FileThatComesWithTheServerSaysWhatIsBuiltIn) {
   const ErrorTable built_in;
   ErrorTable loaded;
-  loaded.Load(KORVAL_SOURCE_DIR "/data/errors.xml");
+  LoadErrorFile(KORVAL_SOURCE_DIR "/data/errors.xml", loaded);
   for (const std::int32_t number : kNumbers) EXPECT_EQ(loaded.Text(number), built_in.Text(number));
   EXPECT_TRUE(loaded.IsLoaded());
 }
@@ -39,7 +39,7 @@ TEST(ErrorTableTest, TextsOfTheLanguageTakeThePlaceOfTheBuiltInOnes) {
                "<error number='2001'><text lang='en'>No</text></error></errors>");
   ErrorTable table;
   table.SetLanguage("de");
-  EXPECT_EQ(table.Load(folder.Path("errors.xml")), "");
+  EXPECT_EQ(LoadErrorFile(folder.Path("errors.xml"), table), "");
   EXPECT_EQ(table.Text(2000), "Keine Antwort");
   EXPECT_EQ(table.Text(2044), "Neu");
   EXPECT_EQ(table.Text(2001), "Negative answer");
@@ -50,7 +50,7 @@ TEST(ErrorTableTest, MissingOrDamagedFileLeavesTheBuiltInTexts) {
   folder.Write("damaged.xml", "<errors><error number='2000'>");
   ErrorTable table;
   for (const char* name : {"missing.xml", "damaged.xml"}) {
-    table.Load(folder.Path(name));
+    LoadErrorFile(folder.Path(name), table);
     EXPECT_FALSE(table.IsLoaded());
     EXPECT_EQ(table.Text(2000), "No answer from the ECU");
   }

@@ -3,19 +3,14 @@
 
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 #include <pugixml.hpp>
 
 #include "base/ByteBuffer.h"
 #include "ecu/can/CanFrame.h"
-#include "ecu/description/ItemDescription.h"
-#include "ecu/description/Timing.h"
+#include "ecu/description/Milliseconds.h"
 
 namespace korval::ecu {
-
-/// The longest message that anybody sends to an ECU or gets from it: ISO 15765-2 without its escape.
-inline constexpr std::int32_t kLongestMessage = 4095;
 
 /// Decimal integer attribute; `fallback` when it is absent, no number, or outside `lowest` to `highest`.
 std::int32_t IntegerAttribute(const pugi::xml_node& node, const char* name, std::int32_t fallback,
@@ -31,14 +26,11 @@ Milliseconds MillisecondsAttribute(const pugi::xml_node& node, const char* name,
 std::optional<double> NumberAttribute(const pugi::xml_node& node, const char* name);
 /// Hexadecimal number attribute of at most eight digits; none when it is absent or no such number.
 std::optional<std::uint32_t> HexAttribute(const pugi::xml_node& node, const char* name);
+/// The same of at most two significant digits; `fallback` when it is absent or cannot be used.
+std::uint8_t ByteAttribute(const pugi::xml_node& node, const char* name, std::uint8_t fallback);
 /// A CAN identifier in hexadecimal, 8 digits mean 29 bit; none when it is absent or cannot exist.
 std::optional<CanIdentifier> CanIdentifierAttribute(const pugi::xml_node& node, const char* name);
 /// Bytes in hexadecimal, blanks allowed between them; none when the attribute holds anything else.
 std::optional<base::ByteBuffer> BytesAttribute(const pugi::xml_node& node, const char* name);
-
-/// A DataItem element; none when it has no name or its bits cannot exist in a message.
-std::optional<ItemDescription> ReadDataItem(const pugi::xml_node& node);
-/// The DataItem children of a node.
-std::vector<ItemDescription> ReadDataItems(const pugi::xml_node& node);
 
 }  // namespace korval::ecu

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ecu/description/Timing.h"
+#include "ecu/ecufile/FunctionReader.h"
 
 namespace korval::ecu {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 Timing Read(const std::string& attributes) {
   pugi::xml_document document;
   document.load_string(("<Function " + attributes + "/>").c_str());
-  return Timing::Read(document.child("Function"));
+  return ReadTiming(document.child("Function"));
 }
 
 TEST(TimingTest, EveryParameterIsReadAndOpenWithoutItsAttribute) {

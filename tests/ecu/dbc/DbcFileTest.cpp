@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ecu/can/DbcFile.h"
+#include "ecu/dbc/DbcFile.h"
 
 namespace korval::ecu {
 namespace {

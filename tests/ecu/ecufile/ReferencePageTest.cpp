@@ -24,9 +24,9 @@ std::set<std::string> NamesInSources() {
   static const std::regex kCall(
       R"re((?:[aA]ttribute|child|children|ForEach)\([^"()]*(?:"(\w[\w:]*)"(?:, "(\w+)")?))re");
   std::set<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(KORVAL_SOURCE_DIR "/ecu/description")) {
+  for (const auto& entry : std::filesystem::directory_iterator(KORVAL_SOURCE_DIR "/ecu/ecufile")) {
     const std::string name = entry.path().filename().string();
-    if (entry.path().extension() != ".cpp" || name == "ErrorTable.cpp") continue;
+    if (entry.path().extension() != ".cpp" || name == "ErrorFile.cpp") continue;
     const std::string source = ReadFile(entry.path());
     for (std::sregex_iterator match(source.begin(), source.end(), kCall), end; match != end; ++match) {
       names.insert((*match)[1].str());

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#include "ecu/ecufile/MessagingReader.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <utility>
+
+#include "base/Failure.h"
+#include "base/FileContent.h"
+#include "base/XmlFile.h"
+#include "ecu/dbc/DbcMessaging.h"
+#include "ecu/ecufile/AttributeReader.h"
+#include "ecu/ecufile/FunctionReader.h"
+#include "ecu/ecufile/ItemReader.h"
+
+namespace korval::ecu {
+namespace {
+
+void ReadDiagnostic(const pugi::xml_node& node, MessagingFile& file) {
+  MessagingFile::Diagnostic diagnostic{node.attribute("Function").value(), ReadTransport(node)};
+  if (!diagnostic.transport.request_id || !diagnostic.transport.response_id) return;
+  file.diagnostics.push_back(std::move(diagnostic));
+}
+
+void RequireInside(const MessagingFile::Frame& frame, const ItemDescription& item) {
+  const std::size_t needed = item.BytesNeeded();
+  if (needed <= CanFrame::kMostBytes) return;
+  throw base::Failure("frame " + frame.name + ": the data item " + item.name + " needs " +
+                      std::to_string(needed) + " bytes, but a CAN frame has " +
+                      std::to_string(CanFrame::kMostBytes) +
+                      "; correct its FirstByte, BitOffset or BitsCount");
+}
+
+void ReadFrame(const pugi::xml_node& node, MessagingFile& file) {
+  const auto identifier = CanIdentifierAttribute(node, "Id");
+  MessagingFile::Frame frame;
+  frame.name = node.attribute("Name").value();
+  if (!identifier || frame.name.empty()) return;
+  frame.identifier = *identifier;
+  frame.cycle = MillisecondsAttribute(node, "CycleMs", frame.cycle, 0, 3600000);
+  frame.items = ReadDataItems(node);
+  for (const ItemDescription& item : frame.items) RequireInside(frame, item);
+  file.frames.push_back(std::move(frame));
+}
+
+constexpr std::uintmax_t kLongestDbc = 32 << 20;
+
+bool IsDbc(const std::string& path) {
+  const std::string extension = std::filesystem::path(path).extension().string();
+  return extension == ".dbc" || extension == ".DBC";
+}
+
+MessagingFile ReadMessaging(const pugi::xml_node& messaging) {
+  MessagingFile file;
+  file.bitrate = IntegerAttribute(messaging, "Bitrate", file.bitrate, 1000, 1000000);
+  for (const pugi::xml_node& node : messaging.children("Diagnostic")) ReadDiagnostic(node, file);
+  for (const pugi::xml_node& node : messaging.children("Frame")) ReadFrame(node, file);
+  return file;
+}
+
+}  // namespace
+
+MessagingFile LoadMessagingFile(const std::string& path) {
+  if (IsDbc(path)) {
+    MessagingFile file = ReadDbc(base::ReadFile(path, kLongestDbc));
+    if (file.frames.empty()) throw base::Failure("CAN messaging file " + path + " has no message (BO_)");
+    return file;
+  }
+  const base::XmlDocument document = base::LoadXmlFile(path);
+  const pugi::xml_node messaging = document->child("xml").child("messaging");
+  if (!messaging) throw base::Failure("CAN messaging file " + path + " has no element xml/messaging");
+  try {
+    return ReadMessaging(messaging);
+  } catch (const base::Failure& failure) {
+    throw base::Failure("CAN messaging file " + path + ": " + failure.Description());
+  }
+}
+
+}  // namespace korval::ecu
