@@ -81,6 +81,12 @@ void IsoTpLink::Close() {
   Stop();
 }
 
+LinkOffer IsoTpLink::Offer() const {
+  LinkOffer offer;
+  offer.longest_message = endpoint_.Parameters().longest_message;
+  return offer;
+}
+
 void IsoTpLink::Fail(const SharedCanBus::Trouble& trouble) {
   if (state_ == State::kClosed) return;
   if (state_ == State::kConnecting) state_ = State::kClosed;

@@ -6,7 +6,7 @@
 #include "base/EventLoop.h"
 #include "ecu/can/SharedCanBus.h"
 #include "ecu/isotp/IsoTpEndpoint.h"
-#include "ecu/kwp2000/MessageLink.h"
+#include "ecu/link/MessageLink.h"
 
 namespace korval::ecu {
 
@@ -27,7 +27,7 @@ class IsoTpLink : public MessageLink {
   void Send(base::ByteView message) override;
   void Rest() override;
   void Close() override;
-  Milliseconds Latency() const override { return Milliseconds(0); }
+  LinkOffer Offer() const override;
 
  private:
   enum class State { kClosed, kConnecting, kConnected };

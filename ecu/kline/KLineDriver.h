@@ -10,7 +10,7 @@
 #include "ecu/description/EcuDescription.h"
 #include "ecu/kline/KLineTester.h"
 #include "ecu/kline/SharedKLine.h"
-#include "ecu/kwp2000/MessageLink.h"
+#include "ecu/link/MessageLink.h"
 
 namespace korval::ecu {
 

@@ -4,8 +4,15 @@
 #include <utility>
 
 #include "ecu/kline/KLineDriver.h"
+#include "ecu/kline/KLineFrame.h"
 
 namespace korval::ecu {
+namespace {
+
+// A wire among ignition leads: a damaged byte now and then is nothing unusual.
+constexpr int kUsualRepeats = 2;
+
+}  // namespace
 
 KLineLink::KLineLink(std::shared_ptr<base::EventLoop> loop, const std::shared_ptr<SharedKLine>& line,
                      const FunctionDescription& function, Note note)
@@ -25,6 +32,13 @@ void KLineLink::Close() { driver_->Close(); }
 
 bool KLineLink::Stands() const { return driver_->Stands(); }
 
-base::Duration KLineLink::LongestSilence() const { return driver_->LongestSilence(); }
+// Everything about time is told by on_busy.
+LinkOffer KLineLink::Offer() const {
+  LinkOffer offer;
+  offer.longest_message = kLongestKLineMessage;
+  offer.longest_silence = driver_->LongestSilence();
+  offer.usual_repeats = kUsualRepeats;
+  return offer;
+}
 
 }  // namespace korval::ecu

@@ -8,7 +8,7 @@
 #include "base/EventLoop.h"
 #include "ecu/description/EcuDescription.h"
 #include "ecu/kline/SharedKLine.h"
-#include "ecu/kwp2000/MessageLink.h"
+#include "ecu/link/MessageLink.h"
 
 namespace korval::ecu {
 
@@ -31,12 +31,8 @@ class KLineLink : public MessageLink {
   void Connect() override;
   void Send(base::ByteView message) override;
   void Close() override;
-  /// Everything about time is told by on_busy.
-  Milliseconds Latency() const override { return Milliseconds(0); }
+  LinkOffer Offer() const override;
   bool Stands() const override;
-  /// A wire among ignition leads: a damaged byte now and then is nothing unusual.
-  int UsualRepeats() const override { return 2; }
-  base::Duration LongestSilence() const override;
 
  private:
   std::shared_ptr<KLineDriver> driver_;

@@ -20,7 +20,7 @@ constexpr std::uint8_t kStopCommunication = 0x82;
 // A 5-baud initialisation with the longest times there are, and the silence in front of it.
 constexpr std::chrono::minutes kConnectWait{6};
 
-ExchangeTiming TimingOf(const Timing& timing, std::chrono::microseconds latency, int repeats) {
+ExchangeTiming TimingOf(const Timing& timing, base::Duration latency, int repeats) {
   return {timing.Value(&Timing::p2) + latency,
           timing.Value(&Timing::p2_star) + latency,
           timing.Value(&Timing::pending_cap) + latency,
@@ -156,8 +156,8 @@ void Channel::Close() {
 
 std::shared_ptr<Channel::Pending> Channel::Start(base::ByteView request, bool answered,
                                                  std::function<void(Pending&)> on_done) {
-  const int repeats = IsReading(request) ? function_.repeats.value_or(link_->UsualRepeats()) : 0;
-  const ExchangeTiming timing = TimingOf(function_.timing, link_->Latency(), repeats);
+  const int repeats = IsReading(request) ? function_.repeats.value_or(link_->Offer().usual_repeats) : 0;
+  const ExchangeTiming timing = TimingOf(function_.timing, link_->Offer().latency, repeats);
   auto pending = std::make_shared<Pending>(Pending{
       base::ByteBuffer(request), Exchange(request, timing, loop_->Now()), std::move(on_done), {}, false});
   if (!answered) pending->exchange.AwaitNoAnswer();
@@ -263,14 +263,14 @@ void Channel::DeadlinePassed() {
 
 // P3max has gone by since the last exchange.
 bool Channel::HasLapsed() const {
-  const base::Duration longest = link_->LongestSilence();
+  const base::Duration longest = link_->Offer().longest_silence;
   if (current_ || longest == base::Duration::max()) return false;
   return loop_->Now() - last_exchange_ > longest;
 }
 
 // Well before the ECU has waited long enough.
 base::Duration Channel::KeepAliveSilence() const {
-  return std::min<base::Duration>(function_.keep_alive, link_->LongestSilence() / 2);
+  return std::min<base::Duration>(function_.keep_alive, link_->Offer().longest_silence / 2);
 }
 
 void Channel::StartKeepAlive() {
@@ -298,7 +298,8 @@ void Channel::KeepAlive() {
 // Every exchange and every start of the communication ends by its own deadline, well within this one; but for
 // a long message that is on its way.
 base::TimePoint Channel::LatestEnd() const {
-  return loop_->Now() + 2 * (function_.timing.Value(&Timing::pending_cap) + link_->Latency()) + kConnectWait;
+  return loop_->Now() + 2 * (function_.timing.Value(&Timing::pending_cap) + link_->Offer().latency) +
+         kConnectWait;
 }
 
 bool Channel::Await(const std::function<bool()>& done) {

@@ -15,7 +15,7 @@
 #include "ecu/description/EcuDescription.h"
 #include "ecu/description/ErrorTable.h"
 #include "ecu/kwp2000/Exchange.h"
-#include "ecu/kwp2000/MessageLink.h"
+#include "ecu/link/MessageLink.h"
 
 namespace korval::ecu {
 

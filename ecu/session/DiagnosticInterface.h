@@ -9,7 +9,7 @@
 #include "ecu/can/CanFrame.h"
 #include "ecu/description/EcuDescription.h"
 #include "ecu/description/MessagingFile.h"
-#include "ecu/kwp2000/MessageLink.h"
+#include "ecu/link/MessageLink.h"
 #include "ecu/session/CanFrames.h"
 
 namespace korval::ecu {

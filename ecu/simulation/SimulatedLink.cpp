@@ -17,6 +17,12 @@ constexpr char kNotDescribed[] =
 SimulatedLink::SimulatedLink(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<SimulatedEcu> ecu)
     : loop_(std::move(loop)), ecu_(std::move(ecu)) {}
 
+LinkOffer SimulatedLink::Offer() const {
+  LinkOffer offer;
+  offer.latency = ecu_->Latency();
+  return offer;
+}
+
 void SimulatedLink::Connect() {
   if (!ecu_->IsDescribed()) return events_.on_failure(kNoAnswer, kNotDescribed);
   if (const auto fault = ecu_->TakeInitFault()) return events_.on_failure(*fault, "");

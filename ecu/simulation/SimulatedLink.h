@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "base/EventLoop.h"
-#include "ecu/kwp2000/MessageLink.h"
+#include "ecu/link/MessageLink.h"
 #include "ecu/simulation/SimulatedEcu.h"
 
 namespace korval::ecu {
@@ -20,7 +20,7 @@ class SimulatedLink : public MessageLink {
   void Connect() override;
   void Send(base::ByteView message) override;
   void Close() override;
-  Milliseconds Latency() const override { return ecu_->Latency(); }
+  LinkOffer Offer() const override;
 
  private:
   void Deliver(std::function<void()> event);

@@ -42,10 +42,14 @@ class ScriptedLink : public MessageLink {
     if (answer != answers.end()) Arrive(answer->second);
   }
   void Close() override { log_.emplace_back("close"); }
-  Milliseconds Latency() const override { return latency; }
-  base::Duration LongestSilence() const override { return longest_silence; }
+  LinkOffer Offer() const override {
+    LinkOffer offer;
+    offer.latency = latency;
+    offer.longest_silence = longest_silence;
+    offer.usual_repeats = usual_repeats;
+    return offer;
+  }
   bool Stands() const override { return stands; }
-  int UsualRepeats() const override { return usual_repeats; }
 
   void Arrive(const std::string& hex) { events_.on_message(ByteBuffer::FromHex(hex).View()); }
   void Fail(std::int32_t number) { events_.on_failure(number, "as scripted"); }

@@ -7,13 +7,13 @@
 
 #include "base/ByteBuffer.h"
 #include "base/EventLoop.h"
-#include "ecu/description/EcuDescription.h"
+#include "ecu/link/LinkOffer.h"
 
 namespace korval::ecu {
 
-/// The seam between the diagnostic services and what carries them: whole messages of 1 to 4095 bytes, byte 1
-/// the service, go to one ECU function and come back. A link runs on the event loop's thread, never waits
-/// and may raise its events from inside its own operations.
+/// The seam between the diagnostic services and what carries them: whole messages, byte 1 the service, go to
+/// one ECU function and come back. A link runs on the event loop's thread, never waits and may raise its
+/// events from inside its own operations.
 class MessageLink {
  public:
   struct Events {
@@ -42,15 +42,10 @@ class MessageLink {
   virtual void Rest() {}
   /// Ends the communication. No event comes afterwards until the next Connect.
   virtual void Close() = 0;
-  /// What the link adds to the time in which the ECU answers.
-  virtual Milliseconds Latency() const = 0;
+  virtual LinkOffer Offer() const { return {}; }
   /// Whether the communication stands after a failure 2000 or 2003: that was the last message's alone, and it
   /// may be sent again.
   virtual bool Stands() const { return true; }
-  /// How often a reading request whose answer is damaged or missing is sent again, unless the ECU file says.
-  virtual int UsualRepeats() const { return 0; }
-  /// The communication has ended by itself when there was no exchange for longer than this (P3max).
-  virtual base::Duration LongestSilence() const { return base::Duration::max(); }
 };
 
 }  // namespace korval::ecu
