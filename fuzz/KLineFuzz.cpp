@@ -19,8 +19,10 @@ enum Event : std::uint8_t { kBytes, kAnswer, kEcho, kTime, kDeadline, kSend, kCo
 
 FunctionDescription FunctionOf(unsigned flags) {
   FunctionDescription function;
-  function.init = static_cast<FunctionDescription::Init>(flags % 3);
-  function.kline.echo = static_cast<ecu::KLineDescription::Echo>(flags / 4 % 3);
+  ecu::KLineDescription kline;
+  kline.init = static_cast<ecu::KLineDescription::Init>(flags % 3);
+  kline.echo = static_cast<ecu::KLineDescription::Echo>(flags / 4 % 3);
+  function.links = {kline};
   if ((flags & 16) != 0) function.timing.p4 = 0;
   if ((flags & 32) != 0) function.timing.p3 = 0;
   return function;

@@ -109,7 +109,7 @@ void DescriptionCheck::CheckFunction(const pugi::xml_node& section, const EcuFil
                               known->second.string() + "; the file selected last serves both.");
   }
   if (function.protocol != "DiagOnCAN") return;
-  const auto transport = function.transport.CompletedBy(messaging_.TransportOf(function.name));
+  const auto transport = function.Can().CompletedBy(messaging_.TransportOf(function.name));
   if (!transport.request_id || !transport.response_id) {
     file_.Report(section,
                  "neither its ECU file nor the messaging file of the section AUTOCAN gives the function " +

@@ -14,7 +14,7 @@ namespace {
 ecu::IsoTpParameters ParametersOf(const ecu::FunctionDescription& function,
                                   const ecu::MessagingFile& messaging) {
   const auto parameters = ecu::IsoTpParameters::OfTester(
-      function, function.transport.CompletedBy(messaging.TransportOf(function.name)));
+      function, function.Can().CompletedBy(messaging.TransportOf(function.name)));
   if (!parameters) {
     throw base::Failure("The CAN identifiers of " + function.name +
                         " are unknown: give RequestId and ResponseId in its ECU file, or --messaging with a "

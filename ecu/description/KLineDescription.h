@@ -6,8 +6,10 @@
 
 namespace korval::ecu {
 
-/// What the Function element of an ECU file says about its K-line, its times apart.
+/// What is said about a function's K-line, its times apart.
 struct KLineDescription {
+  /// How the communication is started (ISO 14230-2): fast, by 5 baud, or not at all.
+  enum class Init { kFast, kSlow, kNone };
   /// Whether the adapter returns what is sent.
   enum class Echo { kAutomatic, kOn, kOff };
   /// How the line is held low for an initialisation: by the serial chip's break, or by a byte 00 at a low
@@ -19,6 +21,9 @@ struct KLineDescription {
   /// off.
   enum class LLine { kNone, kRts, kRtsInverted };
 
+  Init init = Init::kFast;
+  std::uint8_t init_address = 0x10;  ///< of the 5-baud initialisation
+  std::int32_t baud = 10400;
   Echo echo = Echo::kAutomatic;
   std::optional<bool> rts;  ///< while the link is open; none: as it is
   std::optional<bool> dtr;

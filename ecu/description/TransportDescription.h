@@ -10,8 +10,8 @@
 
 namespace korval::ecu {
 
-/// What a file says about diagnostics on CAN (ISO 15765-2): in the Function element of an ECU file, or in
-/// a Diagnostic element of a CAN messaging file. What it does not say is left open.
+/// What is said about diagnostics on CAN (ISO 15765-2), for a function or for its identifiers on a bus. What
+/// is not said is left open.
 struct TransportDescription {
   using Number = std::optional<std::int32_t>;
 

@@ -14,9 +14,9 @@ namespace {
 // Of ISO 14230-4: every ECU that exhaust regulations are about.
 constexpr std::uint8_t kFunctionalAddress = 0x33;
 
-FunctionDescription::Init InitOf(std::string_view name) {
-  if (name == "slow") return FunctionDescription::Init::kSlow;
-  return name == "none" ? FunctionDescription::Init::kNone : FunctionDescription::Init::kFast;
+KLineDescription::Init InitOf(std::string_view name) {
+  if (name == "slow") return KLineDescription::Init::kSlow;
+  return name == "none" ? KLineDescription::Init::kNone : KLineDescription::Init::kFast;
 }
 
 KLineDescription::Echo EchoOf(std::string_view name) {
@@ -72,23 +72,19 @@ FunctionDescription ReadFunction(const pugi::xml_node& node) {
   function.protocol = node.attribute("Protocol").as_string(function.protocol.c_str());
   function.address = ByteAttribute(node, "Address", function.address);
   function.tester = ByteAttribute(node, "Tester", function.tester);
-  function.init = InitOf(node.attribute("Init").value());
-  function.kline = ReadKLine(node);
-  function.init_address =
-      ByteAttribute(node, "InitAddress", function.kline.functional ? kFunctionalAddress : function.address);
-  function.baud = IntegerAttribute(node, "Baud", function.baud, 1, 4000000);
-  function.transport = ReadTransport(node);
   if (const auto session = HexAttribute(node, "Session"); session && *session <= 0xFF) {
     function.session = static_cast<std::uint8_t>(*session);
   }
   function.keep_alive = MillisecondsAttribute(node, "KeepAliveMs", function.keep_alive, 0, 3600000);
   function.repeats = OptionalIntegerAttribute(node, "Repeats", 0, 10);
   function.timing = ReadTiming(node);
+  function.links = {ReadKLine(node, function.address), ReadTransport(node)};
   return function;
 }
 
-KLineDescription ReadKLine(const pugi::xml_node& node) {
+KLineDescription ReadKLine(const pugi::xml_node& node, std::uint8_t address) {
   KLineDescription kline;
+  kline.init = InitOf(node.attribute("Init").value());
   kline.echo = EchoOf(node.attribute("Echo").value());
   kline.rts = ModemLineOf(node.attribute("Rts").value());
   kline.dtr = ModemLineOf(node.attribute("Dtr").value());
@@ -96,6 +92,8 @@ KLineDescription ReadKLine(const pugi::xml_node& node) {
   kline.wake_up = WakeUpOf(node.attribute("WakeUp").value());
   kline.header = HeaderOf(node.attribute("Header").value());
   kline.functional = FlagAttribute(node, "Functional");
+  kline.init_address = ByteAttribute(node, "InitAddress", kline.functional ? kFunctionalAddress : address);
+  kline.baud = IntegerAttribute(node, "Baud", kline.baud, 1, 4000000);
   const auto speed = HexAttribute(node, "SessionBaud");
   if (speed && *speed >= 1 && *speed <= 0xFF) kline.session_baud = static_cast<std::uint8_t>(*speed);
   return kline;

@@ -40,7 +40,7 @@ void KLineDriver::Close() {
 }
 
 base::Duration KLineDriver::LongestSilence() const {
-  const bool has_start = function_.init != FunctionDescription::Init::kNone;
+  const bool has_start = function_.KLine().init != KLineDescription::Init::kNone;
   return has_start ? tester_.ActiveTiming().p3_max : base::Duration::max();
 }
 
@@ -70,10 +70,10 @@ void KLineDriver::Granted() {
 
 // Where RTS drives the L line, it rests where that is high.
 void KLineDriver::Prepare() {
-  KLineSettings settings{task_ == Task::kConnect ? function_.baud : tester_.Baud(), function_.kline.rts,
-                         function_.kline.dtr};
-  if (function_.kline.l_line != KLineDescription::LLine::kNone) {
-    settings.rts = function_.kline.l_line == KLineDescription::LLine::kRtsInverted;
+  KLineSettings settings{task_ == Task::kConnect ? function_.KLine().baud : tester_.Baud(),
+                         function_.KLine().rts, function_.KLine().dtr};
+  if (function_.KLine().l_line != KLineDescription::LLine::kNone) {
+    settings.rts = function_.KLine().l_line == KLineDescription::LLine::kRtsInverted;
   }
   const bool has_lines = line_->Prepare(settings);
   if (std::exchange(has_lines_, has_lines) && !has_lines && note_) {
@@ -84,9 +84,9 @@ void KLineDriver::Prepare() {
 WakeUp::Means KLineDriver::FindMeans() {
   using Choice = KLineDescription::WakeUp;
   const bool has_break = line_->SetBreak(false);
-  if (function_.kline.wake_up == Choice::kByte) return WakeUp::Means::kByte;
+  if (function_.KLine().wake_up == Choice::kByte) return WakeUp::Means::kByte;
   if (!has_break) return WakeUp::Means::kNone;
-  const bool by_break = function_.kline.wake_up == Choice::kBreak || line_->HoldsBreak();
+  const bool by_break = function_.KLine().wake_up == Choice::kBreak || line_->HoldsBreak();
   return by_break ? WakeUp::Means::kBreak : WakeUp::Means::kByte;
 }
 
@@ -149,7 +149,7 @@ void KLineDriver::Perform(const KLineTester::Action& action) {
 
 void KLineDriver::SetLevel(bool low) {
   if (means_ == WakeUp::Means::kBreak) line_->SetBreak(low);
-  const auto l_line = function_.kline.l_line;
+  const auto l_line = function_.KLine().l_line;
   if (l_line == KLineDescription::LLine::kNone) return;
   line_->SetRts(low == (l_line == KLineDescription::LLine::kRts));
 }

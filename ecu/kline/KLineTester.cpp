@@ -40,9 +40,9 @@ std::optional<Item> TakeFirst(std::deque<Item>& items) {
 KLineTester::KLineTester(const FunctionDescription& function)
     : function_(function),
       agreement_(function),
-      echo_(function.kline.echo),
-      exchange_({function.address, function.tester, false, function.kline.functional}, agreement_.ByteTime(),
-                echo_) {}
+      echo_(function.KLine().echo),
+      exchange_({function.address, function.tester, false, function.KLine().functional},
+                agreement_.ByteTime(), echo_) {}
 
 void KLineTester::Abandon() {
   phase_ = Phase::kIdle;
@@ -55,14 +55,14 @@ void KLineTester::Connect(base::TimePoint now, base::TimePoint quiet_since, Wake
                           bool was_stopped) {
   Abandon();
   means_ = means;
-  echo_ = EchoFilter(function_.kline.echo);
+  echo_ = EchoFilter(function_.KLine().echo);
   agreement_.Reset();
-  if (function_.init == FunctionDescription::Init::kNone) {
+  if (function_.KLine().init == KLineDescription::Init::kNone) {
     connected_ = true;
     events_.push_back({Event::Kind::kConnected, {}});
     return;
   }
-  const bool soon = was_stopped && function_.init == FunctionDescription::Init::kFast;
+  const bool soon = was_stopped && function_.KLine().init == KLineDescription::Init::kFast;
   const base::Duration silence = soon ? agreement_.Times().p3_min : Time(&Timing::t_idle);
   Begin(Purpose::kInitialisation, silence, now, quiet_since);
 }
@@ -82,7 +82,7 @@ void KLineTester::Send(base::ByteView message, base::TimePoint now, base::TimePo
 void KLineTester::Stop(base::TimePoint now, base::TimePoint quiet_since) {
   const bool was_connected = connected_;
   Abandon();
-  if (!was_connected || function_.init == FunctionDescription::Init::kNone) return;
+  if (!was_connected || function_.KLine().init == KLineDescription::Init::kNone) return;
   message_ = {kStopCommunication};
   Begin(Purpose::kStop, agreement_.Times().p3_min, now, quiet_since);
 }
@@ -168,19 +168,19 @@ void KLineTester::SilenceElapsed(base::TimePoint now) {
     heard_.Clear();
     if (purpose_ != Purpose::kInitialisation) return StartExchange(now);
     phase_ = Phase::kWakeUp;
-    const bool fast = function_.init == FunctionDescription::Init::kFast;
-    wake_up_ =
-        fast ? WakeUp::Fast(function_.timing) : WakeUp::FiveBaud(function_.timing, function_.init_address);
+    const bool fast = function_.KLine().init == KLineDescription::Init::kFast;
+    wake_up_ = fast ? WakeUp::Fast(function_.timing)
+                    : WakeUp::FiveBaud(function_.timing, function_.KLine().init_address);
   } else if (now >= silence_end_) {
     Fail(kNoAnswer, "the line is never silent");
   }
 }
 
 void KLineTester::Wake(base::TimePoint now) {
-  const bool fast = function_.init == FunctionDescription::Init::kFast;
+  const bool fast = function_.KLine().init == KLineDescription::Init::kFast;
   if (!fast && means_ == WakeUp::Means::kNone) {
     const base::TimePoint end = now + agreement_.ByteTime();
-    Write(std::array{function_.init_address}, end);
+    Write(std::array{function_.KLine().init_address}, end);
     return ListenForKeyBytes(end);
   }
   if (means_ != WakeUp::Means::kNone && wake_up_->IsLate(now)) {
@@ -207,12 +207,13 @@ void KLineTester::SetLevel(bool low) {
 }
 
 void KLineTester::EndWakeUp() {
-  if (means_ == WakeUp::Means::kByte) actions_.push_back({Action::Kind::kSetSpeed, {}, function_.baud});
+  if (means_ == WakeUp::Means::kByte)
+    actions_.push_back({Action::Kind::kSetSpeed, {}, function_.KLine().baud});
 }
 
 void KLineTester::ListenForKeyBytes(base::TimePoint from) {
   echo_.Expect({});
-  handshake_.emplace(function_.timing, function_.init_address, agreement_.ByteTime(), from);
+  handshake_.emplace(function_.timing, function_.KLine().init_address, agreement_.ByteTime(), from);
   phase_ = Phase::kHandshake;
 }
 
@@ -234,8 +235,8 @@ void KLineTester::ShakeHands(base::TimePoint now) {
 // An initialisation has addresses whatever the header of requests is, so that the ECU knows that it is meant.
 void KLineTester::StartExchange(base::TimePoint now) {
   const bool start = purpose_ == Purpose::kInitialisation;
-  if (start && function_.kline.functional) {
-    exchange_.SetAddresses({function_.init_address, function_.tester, true, true});
+  if (start && function_.KLine().functional) {
+    exchange_.SetAddresses({function_.KLine().init_address, function_.tester, true, true});
   }
   KLineTiming times = agreement_.Times();
   if (hold_ups_ >= kPacedAttempts) times.p4_min = base::Duration::zero();
@@ -321,7 +322,7 @@ void KLineTester::Started(std::uint8_t first_key_byte, std::uint8_t second_key_b
                        function_.ecu + ": " + text + " have a wrong parity, which is overlooked"});
   }
   agreement_.Announced(*key_bytes);
-  if (function_.kline.functional) TalkToWhoAnswered();
+  if (function_.KLine().functional) TalkToWhoAnswered();
   phase_ = Phase::kIdle;
   connected_ = true;
   stopped_ = false;
@@ -330,7 +331,7 @@ void KLineTester::Started(std::uint8_t first_key_byte, std::uint8_t second_key_b
 
 // A functional initialisation leaves it open who is talked to until somebody answers.
 void KLineTester::TalkToWhoAnswered() {
-  const bool fast = function_.init == FunctionDescription::Init::kFast;
+  const bool fast = function_.KLine().init == KLineDescription::Init::kFast;
   const auto ecu = fast ? exchange_.AnsweredBy() : std::nullopt;
   exchange_.SetAddresses({ecu.value_or(function_.address), function_.tester, false, !ecu});
 }
@@ -362,8 +363,8 @@ void KLineTester::Report(std::int32_t number, const std::string& what) {
 
 std::string KLineTester::WhatFailed() const {
   if (purpose_ == Purpose::kRequest) return ServiceName(message_.At(0));
-  return function_.init == FunctionDescription::Init::kFast ? "fast initialisation, startCommunication"
-                                                            : "5-baud initialisation";
+  return function_.KLine().init == KLineDescription::Init::kFast ? "fast initialisation, startCommunication"
+                                                                 : "5-baud initialisation";
 }
 
 }  // namespace korval::ecu

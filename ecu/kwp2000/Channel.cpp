@@ -214,7 +214,7 @@ void Channel::StartSession() {
   if (state_ != State::kConnecting) return;
   if (!function_.session) return EndConnect(std::nullopt);
   base::ByteBuffer request{kStartDiagnosticSession, *function_.session};
-  if (function_.kline.session_baud) request.Append(*function_.kline.session_baud);
+  if (function_.KLine().session_baud) request.Append(*function_.KLine().session_baud);
   Start(request.View(), true, [this](Pending& pending) {
     auto failure = Outcome(pending);
     if (failure && failure->Number() == kNegativeAnswer) {

@@ -60,7 +60,7 @@ IsoTpParameters CanInterface::ParametersOf(const FunctionDescription& function) 
   std::optional<IsoTpParameters> parameters;
   try {
     parameters = IsoTpParameters::OfTester(
-        function, function.transport.CompletedBy(messaging_->TransportOf(function.name)));
+        function, function.Can().CompletedBy(messaging_->TransportOf(function.name)));
   } catch (const base::Failure& failure) {
     throw errors_->MakeFailure(failure.Number(), failure.Description());
   }

@@ -14,7 +14,7 @@
 namespace korval::ecu {
 namespace {
 
-using Init = FunctionDescription::Init;
+using Init = KLineDescription::Init;
 
 constexpr std::uint8_t kStartCommunication = 0x81;
 constexpr std::uint8_t kStopCommunication = 0x82;
@@ -61,19 +61,19 @@ void KLineEcu::FallAsleep() {
 }
 
 void KLineEcu::LineWentLow() {
-  if (state_ != State::kAsleep || function_.init != Init::kSlow) return;
+  if (state_ != State::kAsleep || function_.KLine().init != Init::kSlow) return;
   if (lows_.empty()) lows_end_->Start(kFiveBaudAddressTime);
   lows_.push_back(loop_->Now());
 }
 
 void KLineEcu::JudgeLows() {
   const auto lows = std::exchange(lows_, {});
-  if (IsFiveBaudAddress(lows, function_.init_address)) AddressArrived(function_.init_address);
+  if (IsFiveBaudAddress(lows, function_.KLine().init_address)) AddressArrived(function_.KLine().init_address);
 }
 
 void KLineEcu::AddressArrived(std::uint8_t address) {
   const base::TimePoint now = loop_->Now();
-  if (function_.init != Init::kSlow || address != function_.init_address) return;
+  if (function_.KLine().init != Init::kSlow || address != function_.KLine().init_address) return;
   if (ecu_->TakeInitFault() || ecu_->TakeWireFault({})) return;
   outgoing_.clear();
   state_ = State::kAwaitsKeyByte;
@@ -113,7 +113,7 @@ void KLineEcu::SilenceElapsed() {
 
 void KLineEcu::ByteArrived(std::uint8_t byte, base::TimePoint now) {
   if (state_ == State::kAwaitsKeyByte) return KeyByteArrived(byte, now);
-  if (state_ == State::kAsleep && function_.init == Init::kSlow) {
+  if (state_ == State::kAsleep && function_.KLine().init == Init::kSlow) {
     return byte == 0 ? LineWentLow() : AddressArrived(byte);
   }
   if (reader_.Add(byte) == FrameReader::Result::kFrame && IsForUs()) FrameArrived(now);
@@ -124,19 +124,19 @@ void KLineEcu::KeyByteArrived(std::uint8_t byte, base::TimePoint now) {
     return FallAsleep();
   }
   state_ = State::kTalking;
-  SendAt(now + kBeforeAddress, {Inverted(function_.init_address)});
+  SendAt(now + kBeforeAddress, {Inverted(function_.KLine().init_address)});
 }
 
 bool KLineEcu::IsForUs() const {
   if (!reader_.HasAddresses()) return true;
   if (reader_.Source() != function_.tester) return false;
   if (!reader_.Form().functional) return reader_.Target() == function_.address;
-  return function_.kline.functional && reader_.Target() == function_.init_address;
+  return function_.KLine().functional && reader_.Target() == function_.KLine().init_address;
 }
 
 // An ECU whose requests have a header that the file fixes takes no other.
 bool KLineEcu::UnderstandsHeader() const {
-  const auto fixed = FixedHeader(function_.kline.header);
+  const auto fixed = FixedHeader(function_.KLine().header);
   return !fixed || (fixed->addresses == form_.addresses && fixed->length_byte == form_.length_byte);
 }
 
@@ -144,8 +144,8 @@ void KLineEcu::FrameArrived(base::TimePoint now) {
   const base::ByteBuffer request(reader_.Message());
   form_ = reader_.Form();
   const std::uint8_t service = request.At(0);
-  if (service == kStartCommunication && function_.init == Init::kFast) return StartCommunication(now);
-  const bool talking = state_ == State::kTalking || function_.init == Init::kNone;
+  if (service == kStartCommunication && function_.KLine().init == Init::kFast) return StartCommunication(now);
+  const bool talking = state_ == State::kTalking || function_.KLine().init == Init::kNone;
   if (!talking || !UnderstandsHeader()) return;
   if (service == kStopCommunication) return StopCommunication(now);
   if (service == kAccessTiming) return AccessTiming(request.View(), now);

@@ -44,7 +44,7 @@ class CanBench {
     node = bus.Open();
     const auto file = ReadEcuFile(base::LoadXmlText(text, "abs.xml"));
     const FunctionDescription& function = file->Function();
-    const auto parameters = IsoTpParameters::OfTester(function, function.transport);
+    const auto parameters = IsoTpParameters::OfTester(function, function.Can());
     if (!parameters) return;
     ecu = std::make_unique<IsoTpEcu>(loop, std::make_shared<SimulatedEcu>(file, loop->Now()),
                                      parameters->OfOtherSide(),

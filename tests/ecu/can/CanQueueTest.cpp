@@ -31,7 +31,7 @@ class CanQueueTest : public testing::Test {
   CanQueueTest() {
     bench.DisconnectEcu();
     const auto file = ReadEcuFile(base::LoadXmlText(bench.text, "abs.xml"));
-    const auto parameters = IsoTpParameters::OfTester(file->Function(), file->Function().transport);
+    const auto parameters = IsoTpParameters::OfTester(file->Function(), file->Function().Can());
     SharedCanBus::Listener listener;
     listener.on_frame = [this](const CanFrame& frame) { ecu->FrameArrived(frame); };
     listener.on_sent = [this] { ecu->FramesSent(); };

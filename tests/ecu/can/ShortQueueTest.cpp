@@ -44,7 +44,7 @@ class ShortQueueTest : public QtTest {
  protected:
   ShortQueueTest() {
     const auto file = ecu::ReadEcuFile(base::LoadXmlText(File(), "abs.xml"));
-    const auto parameters = ecu::IsoTpParameters::OfTester(file->Function(), file->Function().transport);
+    const auto parameters = ecu::IsoTpParameters::OfTester(file->Function(), file->Function().Can());
     SharedCanBus::Listener hearing;
     hearing.on_frame = [this](const CanFrame& frame) {
       if (frame.identifier.number < 0x600) singles.push_back(frame.identifier.number);

@@ -38,7 +38,7 @@ class VirtualCanTest : public QtTest {
   VirtualCanTest() {
     node = std::make_unique<QtCanBus>("virtualcan", Channel(), 500000);
     const auto file = ecu::ReadEcuFile(base::LoadXmlText(kFile, "abs.xml"));
-    const auto parameters = ecu::IsoTpParameters::OfTester(file->Function(), file->Function().transport);
+    const auto parameters = ecu::IsoTpParameters::OfTester(file->Function(), file->Function().Can());
     simulated = std::make_unique<ecu::IsoTpEcu>(loop, std::make_shared<ecu::SimulatedEcu>(file, loop->Now()),
                                                 parameters->OfOtherSide(),
                                                 [this](const CanFrame& frame) { node->Send(frame); });

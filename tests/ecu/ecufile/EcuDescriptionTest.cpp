@@ -43,17 +43,17 @@ TEST(EcuDescriptionTest, FunctionAsGiven) {
   EXPECT_EQ(function.protocol, "DiagOnCAN");
   EXPECT_EQ(function.address, 0x28);
   EXPECT_EQ(function.tester, 0xF5);
-  EXPECT_EQ(function.init, FunctionDescription::Init::kSlow);
-  EXPECT_EQ(function.baud, 9600);
-  EXPECT_EQ(function.transport.request_id, (CanIdentifier{0x18DA28F1, true}));
-  EXPECT_EQ(function.transport.response_id, (CanIdentifier{0x18DAF128, true}));
+  EXPECT_EQ(function.KLine().init, KLineDescription::Init::kSlow);
+  EXPECT_EQ(function.KLine().baud, 9600);
+  EXPECT_EQ(function.Can().request_id, (CanIdentifier{0x18DA28F1, true}));
+  EXPECT_EQ(function.Can().response_id, (CanIdentifier{0x18DAF128, true}));
   EXPECT_EQ(function.session, 0x89);
   EXPECT_EQ(function.keep_alive, Milliseconds(500));
   EXPECT_EQ(function.timing.Value(&Timing::p2), Milliseconds(70));
   EXPECT_EQ(function.timing.Value(&Timing::p3), Milliseconds(100));
   EXPECT_EQ(function.timing.Value(&Timing::p4), Milliseconds(10));
-  EXPECT_EQ(function.transport.st_min_ms, 5);
-  EXPECT_EQ(function.transport.block_size, 8);
+  EXPECT_EQ(function.Can().st_min_ms, 5);
+  EXPECT_EQ(function.Can().block_size, 8);
 }
 
 TEST(EcuDescriptionTest, FunctionByDefaultAndWithUnusableAttributes) {
@@ -66,16 +66,16 @@ TEST(EcuDescriptionTest, FunctionByDefaultAndWithUnusableAttributes) {
     EXPECT_EQ(function.protocol, "KWP2000") << element;
     EXPECT_EQ(function.address, 0x10) << element;
     EXPECT_EQ(function.tester, 0xF1) << element;
-    EXPECT_EQ(function.init, FunctionDescription::Init::kFast) << element;
-    EXPECT_EQ(function.baud, 10400) << element;
-    EXPECT_FALSE(function.transport.request_id) << element;
+    EXPECT_EQ(function.KLine().init, KLineDescription::Init::kFast) << element;
+    EXPECT_EQ(function.KLine().baud, 10400) << element;
+    EXPECT_FALSE(function.Can().request_id) << element;
     EXPECT_FALSE(function.session) << element;
     EXPECT_EQ(function.keep_alive, Milliseconds(2000)) << element;
     EXPECT_EQ(function.timing.Value(&Timing::p2), Milliseconds(150)) << element;
     EXPECT_EQ(function.timing.Value(&Timing::p3), Milliseconds(55)) << element;
     EXPECT_EQ(function.timing.Value(&Timing::p4), Milliseconds(5)) << element;
-    EXPECT_FALSE(function.transport.st_min_ms) << element;
-    EXPECT_FALSE(function.transport.block_size) << element;
+    EXPECT_FALSE(function.Can().st_min_ms) << element;
+    EXPECT_FALSE(function.Can().block_size) << element;
   }
 }
 

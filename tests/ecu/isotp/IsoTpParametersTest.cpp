@@ -17,7 +17,7 @@ std::optional<IsoTpParameters> Parameters(const std::string& attributes) {
   const auto file = ReadEcuFile(base::LoadXmlText(
       "<xml><qor:Target><Function Name='F' Address='28' Tester='F2' " + attributes + "/></qor:Target></xml>",
       "f"));
-  return IsoTpParameters::OfTester(file->Function(), file->Function().transport);
+  return IsoTpParameters::OfTester(file->Function(), file->Function().Can());
 }
 
 constexpr char kIdentifiers[] = "RequestId='7E0' ResponseId='7E8' ";
