@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <chrono>
 
+#include "ecu/kwp2000/Kwp2000Dialect.h"
+
 namespace korval::ecu {
 namespace {
 
@@ -23,7 +25,7 @@ void FrameExchange::Start(base::ByteView message, HeaderForm form, const KLineTi
   echo_.Expect(frame.View());
   sender_.Start(std::move(frame), now, byte_time_, timing.p4_min);
   reader_.Reset();
-  expected_ = ExpectedAnswer(message);
+  expected_ = ExpectedAnswer(message, Kwp2000().RepeatedBytes(message[0]));
   outcome_ = Outcome::kUnderWay;
   sent_told_ = false;
   hunting_ = false;

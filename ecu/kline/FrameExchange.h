@@ -12,7 +12,7 @@
 #include "ecu/kline/FrameReader.h"
 #include "ecu/kline/KLineTiming.h"
 #include "ecu/kline/PacedSender.h"
-#include "ecu/kwp2000/ExpectedAnswer.h"
+#include "ecu/service/ExpectedAnswer.h"
 
 namespace korval::ecu {
 

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "ecu/description/ErrorNumbers.h"
-#include "ecu/kwp2000/Exchange.h"
 #include "ecu/kwp2000/Names.h"
+#include "ecu/link/AnswerBytes.h"
 
 namespace korval::ecu {
 namespace {
@@ -342,7 +342,7 @@ void KLineTester::TakeNote(base::ByteView answer) {
     connected_ = false;
     stopped_ = message_.At(0) == kStopCommunication;
   }
-  if (ExpectedAnswer(message_.View()).IsPositive(answer)) agreement_.Granted(message_.View());
+  if (answer[0] == message_.At(0) + kPositiveOffset) agreement_.Granted(message_.View());
 }
 
 // The communication stands: the message may be sent again.

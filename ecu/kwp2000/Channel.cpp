@@ -8,15 +8,12 @@
 
 #include "base/Errand.h"
 #include "ecu/description/ErrorNumbers.h"
-#include "ecu/kwp2000/ExchangeFailure.h"
-#include "ecu/kwp2000/Services.h"
+#include "ecu/kwp2000/Kwp2000Dialect.h"
+#include "ecu/service/ExchangeFailure.h"
 
 namespace korval::ecu {
 namespace {
 
-constexpr std::uint8_t kStartDiagnosticSession = 0x10;
-constexpr std::uint8_t kTesterPresent = 0x3E;
-constexpr std::uint8_t kStopCommunication = 0x82;
 // A 5-baud initialisation with the longest times there are, and the silence in front of it.
 constexpr std::chrono::minutes kConnectWait{6};
 
@@ -116,7 +113,7 @@ void Channel::Reconnect(const Asker& asker) {
 
 void Channel::Request(base::ByteView request, base::ByteBuffer& answer, const Asker& asker) {
   const auto self = shared_from_this();
-  const auto pending = Perform(request, IsAnswered(request), asker);
+  const auto pending = Perform(request, Kwp2000().IsAnswered(request), asker);
   const auto failure = Outcome(*pending);
   if (pending->exchange.CurrentState() != Exchange::State::kForeign) {
     std::swap(answer, pending->exchange.Answer());
@@ -156,10 +153,14 @@ void Channel::Close() {
 
 std::shared_ptr<Channel::Pending> Channel::Start(base::ByteView request, bool answered,
                                                  std::function<void(Pending&)> on_done) {
-  const int repeats = IsReading(request) ? function_.repeats.value_or(link_->Offer().usual_repeats) : 0;
+  const int repeats =
+      Kwp2000().IsReading(request) ? function_.repeats.value_or(link_->Offer().usual_repeats) : 0;
   const ExchangeTiming timing = TimingOf(function_.timing, link_->Offer().latency, repeats);
-  auto pending = std::make_shared<Pending>(Pending{
-      base::ByteBuffer(request), Exchange(request, timing, loop_->Now()), std::move(on_done), {}, false});
+  auto pending = std::make_shared<Pending>(Pending{base::ByteBuffer(request),
+                                                   Exchange(request, Kwp2000(), timing, loop_->Now()),
+                                                   std::move(on_done),
+                                                   {},
+                                                   false});
   if (!answered) pending->exchange.AwaitNoAnswer();
   current_ = pending;
   Transmit(pending);
@@ -191,7 +192,7 @@ void Channel::Finish() {
   last_exchange_ = loop_->Now();
   const auto failure = Outcome(*pending);
   const bool has_ended =
-      failure ? IsLinkLost(failure->Number()) : pending->exchange.Service() == kStopCommunication;
+      failure ? IsLinkLost(failure->Number()) : Kwp2000().EndsCommunication(pending->exchange.Service());
   if (has_ended && state_ == State::kConnected) state_ = State::kDisconnected;
   // The silence that the ECU bears changes with accessTimingParameters.
   if (state_ == State::kConnected && keep_alive_ != KeepAliveSilence()) StartKeepAlive();
@@ -213,8 +214,8 @@ void Channel::BeginConnect() {
 void Channel::StartSession() {
   if (state_ != State::kConnecting) return;
   if (!function_.session) return EndConnect(std::nullopt);
-  base::ByteBuffer request{kStartDiagnosticSession, *function_.session};
-  if (function_.KLine().session_baud) request.Append(*function_.KLine().session_baud);
+  const base::ByteBuffer request =
+      Kwp2000().StartOfSession(*function_.session, function_.KLine().session_baud);
   Start(request.View(), true, [this](Pending& pending) {
     auto failure = Outcome(pending);
     if (failure && failure->Number() == kNegativeAnswer) {
@@ -288,7 +289,7 @@ void Channel::KeepAlive() {
   const base::TimePoint due = current_ ? now + keep_alive_ : last_exchange_ + keep_alive_;
   if (now < due) return keep_alive_timer_->Start(DelayUntil(due, now));
   StartKeepAlive();
-  Start(std::array{kTesterPresent}, true, [this](Pending& pending) {
+  Start(Kwp2000().TesterPresent().View(), true, [this](Pending& pending) {
     // Any answer shows that the ECU is there, and what is wrong with the link the next request will say.
     const auto failure = Outcome(pending);
     tester_present_lost_ = failure && failure->Number() == kNoAnswer;

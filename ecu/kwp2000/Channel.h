@@ -14,8 +14,8 @@
 #include "base/Failure.h"
 #include "ecu/description/EcuDescription.h"
 #include "ecu/description/ErrorTable.h"
-#include "ecu/kwp2000/Exchange.h"
 #include "ecu/link/MessageLink.h"
+#include "ecu/service/Exchange.h"
 
 namespace korval::ecu {
 

@@ -26,6 +26,21 @@ bool GoesOnWithTroubleCodes(base::ByteView request) {
 
 }  // namespace
 
+std::size_t RepeatedBytes(std::uint8_t service) {
+  switch (service) {
+    case 0x21:  // local identifier
+    case 0x30:
+    case 0x3B:
+      return 1;
+    case 0x22:  // common identifier
+    case 0x2E:
+    case 0x2F:
+      return 2;
+    default:
+      return 0;
+  }
+}
+
 bool IsReading(base::ByteView request) {
   return std::find(kReadingServices.begin(), kReadingServices.end(), request[0]) != kReadingServices.end() &&
          !GoesOnWithTroubleCodes(request);

@@ -5,6 +5,9 @@
 
 namespace korval::ecu {
 
+/// How many bytes behind the service the positive answer repeats: the identifier of what is read or set.
+std::size_t RepeatedBytes(std::uint8_t service);
+
 /// Whether the request only reads, so that sending it once more changes nothing: neither in the ECU nor in
 /// what the next request gets. `request` is not empty.
 bool IsReading(base::ByteView request);

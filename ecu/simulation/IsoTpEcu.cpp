@@ -4,12 +4,11 @@
 #include <array>
 #include <utility>
 
-#include "ecu/kwp2000/Exchange.h"
+#include "ecu/link/AnswerBytes.h"
 
 namespace korval::ecu {
 namespace {
 
-constexpr std::uint8_t kResponsePending = 0x78;
 constexpr std::uint8_t kTypeOfPdu = 0xF0;
 constexpr std::uint8_t kSingleFrame = 0x00;
 constexpr std::uint8_t kConsecutiveFrame = 0x20;

@@ -8,7 +8,7 @@
 
 #include "ecu/description/ErrorNumbers.h"
 #include "ecu/kline/HeaderChoice.h"
-#include "ecu/kwp2000/Exchange.h"
+#include "ecu/link/AnswerBytes.h"
 #include "ecu/simulation/FiveBaudAddress.h"
 
 namespace korval::ecu {
@@ -23,7 +23,6 @@ constexpr std::uint8_t kTimesToDefault = 0x01;
 constexpr std::uint8_t kTimesToGiven = 0x03;
 constexpr std::uint8_t kGeneralReject = 0x10;
 constexpr std::uint8_t kSubFunctionNotSupported = 0x12;
-constexpr std::uint8_t kResponsePending = 0x78;
 constexpr std::uint8_t kSyncByte = 0x55;
 // W1, W2, W3 and W4 as short as ISO 14230-2 allows.
 constexpr Milliseconds kBeforeSync{60};

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "ecu/description/ItemCoding.h"
-#include "ecu/kwp2000/Exchange.h"
+#include "ecu/link/AnswerBytes.h"
 #include "ecu/simulation/SignalValue.h"
 
 namespace korval::ecu {

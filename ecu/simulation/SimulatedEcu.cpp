@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "ecu/description/ItemCoding.h"
-#include "ecu/kwp2000/Exchange.h"
 #include "ecu/kwp2000/Services.h"
+#include "ecu/link/AnswerBytes.h"
 #include "ecu/simulation/SignalValue.h"
 
 namespace korval::ecu {

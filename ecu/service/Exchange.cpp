@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/kwp2000/Exchange.h"
+#include "ecu/service/Exchange.h"
 
 #include <algorithm>
 
+#include "ecu/link/AnswerBytes.h"
+
 namespace korval::ecu {
-namespace {
 
-constexpr std::uint8_t kBusyRepeatRequest = 0x21;
-
-}  // namespace
-
-Exchange::Exchange(base::ByteView request, const ExchangeTiming& timing, base::TimePoint now)
-    : expected_(request),
+Exchange::Exchange(base::ByteView request, const Dialect& dialect, const ExchangeTiming& timing,
+                   base::TimePoint now)
+    : dialect_(&dialect),
+      expected_(request, dialect.RepeatedBytes(request[0])),
       timing_(timing),
       last_deadline_(now + timing.overall),
       deadline_(std::min(now + timing.answer, last_deadline_)) {}

@@ -8,17 +8,13 @@
 
 namespace korval::ecu {
 
-inline constexpr std::uint8_t kNegativeResponse = 0x7F;
-/// A positive answer's service is the request's plus this.
-inline constexpr std::uint8_t kPositiveOffset = 0x40;
-
-/// What the answer to one request looks like (ISO 14230-3).
+/// What the answer to one request looks like.
 class ExpectedAnswer {
  public:
   /// Of no request yet: nothing is its answer.
   ExpectedAnswer() = default;
-  /// `request` is not empty.
-  explicit ExpectedAnswer(base::ByteView request);
+  /// `request` is not empty; a positive answer repeats so many bytes behind its service, 2 at most.
+  ExpectedAnswer(base::ByteView request, std::size_t repeated);
 
   /// Of the request's service, and repeating the identifier that it names. Messages are not empty.
   bool IsPositive(base::ByteView message) const;

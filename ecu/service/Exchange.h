@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// One request and its answer as ISO 14230-3 has them, at message level. A pure state machine: messages and
-// the time go in, the outcome and a deadline come out.
+// One request and its answer at message level. A pure state machine: messages and the time go in, the outcome
+// and a deadline come out.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,8 @@
 
 #include "base/ByteBuffer.h"
 #include "base/EventLoop.h"
-#include "ecu/kwp2000/ExpectedAnswer.h"
+#include "ecu/service/Dialect.h"
+#include "ecu/service/ExpectedAnswer.h"
 
 namespace korval::ecu {
 
@@ -38,8 +39,8 @@ class Exchange {
     kForeign  ///< no answer in time, but one to something else
   };
 
-  /// The exchange of `request`, which is not empty and is sent at `now`.
-  Exchange(base::ByteView request, const ExchangeTiming& timing, base::TimePoint now);
+  /// The exchange of `request`, which is not empty and is sent at `now`. The dialect outlives it.
+  Exchange(base::ByteView request, const Dialect& dialect, const ExchangeTiming& timing, base::TimePoint now);
 
   /// A message of the ECU. A foreign one (of another service or another data identifier) is discarded and
   /// does not extend the wait; 7F ss 78 does.
@@ -69,10 +70,12 @@ class Exchange {
   base::ByteBuffer& Answer() { return answer_; }
   /// Service of the request.
   std::uint8_t Service() const { return expected_.Service(); }
+  const Dialect& SpokenIn() const { return *dialect_; }
 
  private:
   bool PlanRepeat(base::TimePoint now);
 
+  const Dialect* dialect_;
   ExpectedAnswer expected_;
   ExchangeTiming timing_;
   bool answered_ = true;

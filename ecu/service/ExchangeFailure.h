@@ -6,7 +6,7 @@
 
 #include "base/Failure.h"
 #include "ecu/description/ErrorTable.h"
-#include "ecu/kwp2000/Exchange.h"
+#include "ecu/service/Exchange.h"
 
 namespace korval::ecu {
 

@@ -4,7 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "ecu/kwp2000/Exchange.h"
+#include "ecu/kwp2000/Kwp2000Dialect.h"
+#include "ecu/service/Exchange.h"
 
 namespace korval::ecu {
 namespace {
@@ -18,7 +19,7 @@ constexpr ExchangeTiming kTiming{milliseconds(50), milliseconds(5000), milliseco
 constexpr base::TimePoint At(int time_ms) { return base::TimePoint(milliseconds(time_ms)); }
 
 Exchange Begin(const std::string& request) {
-  return {ByteBuffer::FromHex(request).View(), kTiming, At(1000)};
+  return {ByteBuffer::FromHex(request).View(), Kwp2000(), kTiming, At(1000)};
 }
 
 State After(const std::string& request, const std::string& answer) {
@@ -52,7 +53,7 @@ TEST(ExchangeTest, BusyRepeatsTheRequestUntilTheCap) {
   timing.busy_repeat = milliseconds(100);
   timing.busy_cap = milliseconds(250);
   const ByteBuffer busy = ByteBuffer::FromHex("7F2121");
-  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, At(0));
+  Exchange exchange(ByteBuffer::FromHex("2101").View(), Kwp2000(), timing, At(0));
   exchange.MessageArrived(busy.View(), At(30));
   EXPECT_EQ(exchange.Deadline(), At(130));
   EXPECT_FALSE(exchange.TakeRepeat());
@@ -71,7 +72,7 @@ TEST(ExchangeTest, AnswerToARepeatedRequestEndsIt) {
   ExchangeTiming timing = kTiming;
   timing.busy_repeat = milliseconds(100);
   timing.busy_cap = milliseconds(250);
-  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, At(0));
+  Exchange exchange(ByteBuffer::FromHex("2101").View(), Kwp2000(), timing, At(0));
   exchange.MessageArrived(ByteBuffer::FromHex("7F2121").View(), At(30));
   exchange.TimeElapsed(At(130));
   EXPECT_TRUE(exchange.TakeRepeat());
@@ -82,7 +83,7 @@ TEST(ExchangeTest, AnswerToARepeatedRequestEndsIt) {
 TEST(ExchangeTest, RequestIsSentAgainAsOftenAsItMayBe) {
   ExchangeTiming timing = kTiming;
   timing.repeats = 2;
-  Exchange exchange(ByteBuffer::FromHex("2101").View(), timing, At(0));
+  Exchange exchange(ByteBuffer::FromHex("2101").View(), Kwp2000(), timing, At(0));
   exchange.TimeElapsed(At(50));
   EXPECT_TRUE(exchange.TakeRepeat());
   EXPECT_EQ(exchange.Deadline(), At(100));

@@ -1,35 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/kwp2000/ExpectedAnswer.h"
+#include "ecu/service/ExpectedAnswer.h"
 
 #include <algorithm>
 
+#include "ecu/link/AnswerBytes.h"
+
 namespace korval::ecu {
-namespace {
 
-constexpr std::uint8_t kResponsePending = 0x78;
-constexpr std::size_t kNegativeLength = 3;
-
-// How many bytes behind the service the positive answer repeats (ISO 14230-3 clauses 7 and 9).
-std::size_t RepeatedBytes(std::uint8_t service) {
-  switch (service) {
-    case 0x21:  // local identifier
-    case 0x30:
-    case 0x3B:
-      return 1;
-    case 0x22:  // common identifier
-    case 0x2E:
-    case 0x2F:
-      return 2;
-    default:
-      return 0;
-  }
-}
-
-}  // namespace
-
-ExpectedAnswer::ExpectedAnswer(base::ByteView request) {
+ExpectedAnswer::ExpectedAnswer(base::ByteView request, std::size_t repeated) {
   std::copy_n(request.begin(), std::min(request.size(), head_.size()), head_.begin());
-  repeated_ = std::min(RepeatedBytes(head_[0]), request.size() - 1);
+  repeated_ = std::min({repeated, request.size() - 1, head_.size() - 1});
 }
 
 bool ExpectedAnswer::IsPositive(base::ByteView message) const {
