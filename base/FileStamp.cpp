@@ -2,18 +2,15 @@
 #include "base/FileStamp.h"
 
 #include <chrono>
+#include <optional>
 
-#include <sys/stat.h>
+#include "base/FileStatus.h"
 
 namespace korval::base {
 namespace {
 
 // The coarsest times that file systems keep, and some.
 constexpr std::int64_t kSettledNs = 2500000000;
-
-std::int64_t Nanoseconds(const timespec& time) {
-  return time.tv_sec * std::int64_t{1000000000} + time.tv_nsec;
-}
 
 std::int64_t Now() {
   const auto now = std::chrono::system_clock::now().time_since_epoch();
@@ -24,14 +21,14 @@ std::int64_t Now() {
 
 FileStamp FileStamp::Of(const std::filesystem::path& path) {
   FileStamp stamp;
-  struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) return stamp;
+  const std::optional<FileStatus> status = StatusOf(path);
+  if (!status) return stamp;
   stamp.exists_ = true;
-  stamp.device_ = status.st_dev;
-  stamp.file_ = status.st_ino;
-  stamp.size_ = status.st_size;
-  stamp.written_ = Nanoseconds(status.st_mtim);
-  stamp.changed_ = Nanoseconds(status.st_ctim);
+  stamp.device_ = status->device;
+  stamp.file_ = status->file;
+  stamp.size_ = status->size;
+  stamp.written_ = status->written;
+  stamp.changed_ = status->changed;
   stamp.settled_ = Now() - stamp.written_ > kSettledNs;
   return stamp;
 }

@@ -27,6 +27,13 @@ if(KORVAL_FUZZ)
   target_link_options(korval_build_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# What asks the operating system itself has a file for each system, in a folder of that name.
+if(WIN32)
+  set(KORVAL_SYSTEM windows)
+else()
+  set(KORVAL_SYSTEM posix)
+endif()
+
 set(KORVAL_FLOORS_DIR ${CMAKE_BINARY_DIR}/floors)
 
 # korval_include_root(<target> <PUBLIC|INTERFACE> <path below the project's root>)

@@ -12,7 +12,7 @@ DevicePortScout::DevicePortScout(std::shared_ptr<base::EventLoop> loop,
                                  std::function<std::string()> client_line)
     : DevicePortScout(
           std::move(loop),
-          [line = std::move(client_line)] { return WithoutDevice(ScanInterfaces(), line()); },
+          [line = std::move(client_line)] { return WithoutDevice(ScanNumberedInterfaces(), line()); },
           [] { return InterfaceNames(); }) {}
 
 DevicePortScout::DevicePortScout(std::shared_ptr<base::EventLoop> loop, Scan scan, Glimpse glimpse)

@@ -16,11 +16,6 @@ constexpr bool kAskForPassword = false;  // nobody may sit at the test bench
 
 }  // namespace
 
-bool LogindPower::GetVersion(host::OsVersion& version) {
-  version = {};
-  return true;
-}
-
 void LogindPower::ExitWindows(std::uint32_t flags, std::uint32_t) {
   const bool reboot = (flags & kReboot) != 0;
   QDBusMessage call =

@@ -7,9 +7,7 @@
 #include <QFile>
 #include <QSerialPortInfo>
 
-#ifndef Q_OS_WIN
-#include <sys/stat.h>
-#endif
+#include "platform/DeviceIdentity.h"
 
 namespace korval::platform {
 namespace {
@@ -42,16 +40,14 @@ void AddCanInterfaces(const QDir& net, std::vector<PluggedInterface>& found) {
   }
 }
 
-bool IsSameDevice(const std::string& one, const std::string& other) {
-  if (one == other) return true;
-#ifdef Q_OS_WIN
-  return false;
-#else
-  struct stat first = {};
-  struct stat second = {};
-  if (::stat(one.c_str(), &first) != 0 || ::stat(other.c_str(), &second) != 0) return false;
-  return S_ISCHR(first.st_mode) && S_ISCHR(second.st_mode) && first.st_rdev == second.st_rdev;
-#endif
+// Serial numbers come from USB devices. Where Linux shows none behind a serial port, Qt need not go through
+// them all.
+bool MayHaveNumberedPorts(const QDir& tty) {
+  if (!tty.exists()) return true;
+  const QStringList names = tty.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+  return std::any_of(names.begin(), names.end(), [&](const QString& name) {
+    return QFile::symLinkTarget(tty.filePath(name)).contains(QLatin1String("/usb"));
+  });
 }
 
 }  // namespace
@@ -60,6 +56,14 @@ std::vector<PluggedInterface> ScanInterfaces(const QString& class_folder) {
   std::vector<PluggedInterface> found;
   AddSerialPorts(found);
   AddCanInterfaces(QDir(class_folder + "/net"), found);
+  return found;
+}
+
+std::vector<PluggedInterface> ScanNumberedInterfaces(const QString& class_folder) {
+  std::vector<PluggedInterface> found;
+  if (MayHaveNumberedPorts(QDir(class_folder + "/tty"))) AddSerialPorts(found);
+  AddCanInterfaces(QDir(class_folder + "/net"), found);
+  std::erase_if(found, [](const auto& plugged) { return plugged.serial_number.empty(); });
   return found;
 }
 

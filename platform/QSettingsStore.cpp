@@ -9,37 +9,18 @@
 #include <QLockFile>
 #include <QSaveFile>
 #include <QSettings>
-#include <QStandardPaths>
 #include <QStringList>
 #include <QTemporaryDir>
 
 #include "base/Failure.h"
+#include "platform/SettingsFiles.h"
 
 namespace korval::platform {
 namespace {
 
-#ifdef Q_OS_WIN
-std::unique_ptr<QSettings> OpenUser(const QString& file) {
-  if (!file.isEmpty()) return std::make_unique<QSettings>(file, QSettings::IniFormat);
-  return std::make_unique<QSettings>("HKEY_CURRENT_USER\\Software\\VB and VBA Program Settings",
-                                     QSettings::NativeFormat);
+std::unique_ptr<QSettings> OpenIni(const QString& file) {
+  return std::make_unique<QSettings>(file, QSettings::IniFormat);
 }
-
-std::unique_ptr<QSettings> OpenMachine(const QString& file) {
-  if (!file.isEmpty()) return std::make_unique<QSettings>(file, QSettings::IniFormat);
-  return std::make_unique<QSettings>("HKEY_LOCAL_MACHINE\\Software\\Norvane", QSettings::NativeFormat);
-}
-#else
-std::unique_ptr<QSettings> OpenUser(const QString& file) {
-  const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-  return std::make_unique<QSettings>(file.isEmpty() ? folder + "/Korval/Korval.ini" : file,
-                                     QSettings::IniFormat);
-}
-
-std::unique_ptr<QSettings> OpenMachine(const QString& file) {
-  return std::make_unique<QSettings>(file.isEmpty() ? "/etc/korval/korval.ini" : file, QSettings::IniFormat);
-}
-#endif
 
 // A value with commas that was written by hand without quotes reads as a list. Of a damaged file nothing
 // counts, for nobody knows what else it has lost.
@@ -101,8 +82,8 @@ void Take(QLockFile& lock, const QString& file, std::chrono::milliseconds& wait)
 QSettingsStore::QSettingsStore(const QString& user_file, const QString& machine_file, Report report,
                                std::chrono::milliseconds lock_wait)
     : report_(std::move(report)),
-      user_(OpenUser(user_file)),
-      machine_(OpenMachine(machine_file)),
+      user_(OpenIni(user_file.isEmpty() ? UserSettingsFile() : user_file)),
+      machine_(OpenIni(machine_file.isEmpty() ? MachineSettingsFile() : machine_file)),
       user_file_(user_->fileName()),
       lock_wait_(lock_wait) {
   if (ReadWhole(*machine_) != QSettings::NoError) report_(RecordProblem(*machine_));
@@ -125,19 +106,12 @@ std::optional<std::string> QSettingsStore::ReadMachineWide(const std::string& pa
 void QSettingsStore::Write(const std::string& path, const std::string& value) {
   unsaved_[path] = value;
   try {
-    user_ = Save();
+    user_ = ReplaceFile();
     unsaved_.clear();
   } catch (const base::Failure& failure) {
     ReportUser(failure.Description());
     throw;
   }
-}
-
-std::unique_ptr<QSettings> QSettingsStore::Save() {
-  if (user_->format() == QSettings::IniFormat) return ReplaceFile();
-  auto registry = OpenUser({});
-  SetAll(*registry, unsaved_, user_file_);
-  return registry;
 }
 
 // QSettings waits for a file's lock without limit: it is given a copy, whose lock nobody else takes.
@@ -150,7 +124,7 @@ std::unique_ptr<QSettings> QSettingsStore::ReplaceFile() {
   const QTemporaryDir folder;
   const QString copy = folder.filePath("settings.ini");
   if (!folder.isValid() || (file.exists() && !QFile::copy(user_file_, copy))) refuse();
-  SetAll(*std::make_unique<QSettings>(copy, QSettings::IniFormat), unsaved_, user_file_);
+  SetAll(*OpenIni(copy), unsaved_, user_file_);
   QFile edited(copy);
   QSaveFile target(user_file_);
   if (!edited.open(QIODevice::ReadOnly) || !target.open(QIODevice::WriteOnly) ||
@@ -158,7 +132,7 @@ std::unique_ptr<QSettings> QSettingsStore::ReplaceFile() {
     refuse();
   }
   // Not the one that wrote: an event makes that read its file once more, which has gone by then.
-  auto written = std::make_unique<QSettings>(copy, QSettings::IniFormat);
+  auto written = OpenIni(copy);
   static_cast<void>(ReadWhole(*written));
   return written;
 }

@@ -37,7 +37,6 @@ class QSettingsStore : public host::SettingsStore {
   std::optional<std::string> ReadMachineWide(const std::string& path) const override;
 
  private:
-  std::unique_ptr<QSettings> Save();
   std::unique_ptr<QSettings> ReplaceFile();
   void ReportUser(const std::string& problem);
 

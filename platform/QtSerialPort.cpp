@@ -6,15 +6,10 @@
 #include <QPointer>
 #include <QSerialPort>
 
-#ifdef Q_OS_WIN
-#include <windows.h>
-#else
-#include <termios.h>
-#endif
-
 #include "base/Failure.h"
 #include "platform/serial/ApplySettings.h"
 #include "platform/serial/SerialDevice.h"
+#include "platform/serial/SerialDriver.h"
 
 namespace korval::platform {
 namespace {
@@ -33,21 +28,6 @@ bool HandshakesByRts(std::int32_t handshaking) {
 QSerialPort::FlowControl QtFlowControl(std::int32_t handshaking) {
   if (HandshakesByRts(handshaking)) return QSerialPort::HardwareControl;
   return handshaking == kXonXoff ? QSerialPort::SoftwareControl : QSerialPort::NoFlowControl;
-}
-
-// Qt has either kind of handshaking, not both.
-bool AddXonXoff(const QSerialPort& port) {
-#ifdef Q_OS_WIN
-  DCB control = {};
-  if (!::GetCommState(port.handle(), &control)) return false;
-  control.fInX = control.fOutX = TRUE;
-  return ::SetCommState(port.handle(), &control) != 0;
-#else
-  termios control = {};
-  if (::tcgetattr(port.handle(), &control) != 0) return false;
-  control.c_iflag |= IXON | IXOFF;
-  return ::tcsetattr(port.handle(), TCSANOW, &control) == 0;
-#endif
 }
 
 std::string WhatToDo(QSerialPort::SerialPortError error) {
@@ -87,7 +67,7 @@ void QtSerialPort::SetDevice(std::int32_t number, const std::string& path) {
 
 std::string QtSerialPort::Device() const {
   if (!device_.empty() && device_number_ == port_number_) return device_;
-  return SerialDevice(port_number_);
+  return NumberedDevice(port_number_);
 }
 
 void QtSerialPort::SetSettings(const std::string& settings) {

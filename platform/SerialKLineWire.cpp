@@ -6,40 +6,17 @@
 #include <QSerialPort>
 #include <QSerialPortInfo>
 
-#ifdef Q_OS_LINUX
-#include <linux/serial.h>
-#include <sys/ioctl.h>
-#include <termios.h>
-#endif
-
 #include "base/Failure.h"
 #include "base/SerialSettings.h"
 #include "ecu/description/ErrorNumbers.h"
 #include "platform/serial/ApplySettings.h"
 #include "platform/serial/SerialDevice.h"
+#include "platform/serial/SerialDriver.h"
 
 namespace korval::platform {
 namespace {
 
 constexpr qint64 kReceiveLimit = qint64{64} * 1024;
-
-#ifdef Q_OS_LINUX
-// A pseudo terminal takes the order for a break and does nothing; it has no modem lines either.
-bool IsUart(const QSerialPort& port) {
-  int lines = 0;
-  return ::ioctl(port.handle(), TIOCMGET, &lines) == 0;
-}
-
-bool SetLowLatency(const QSerialPort& port) {
-  serial_struct settings = {};
-  if (::ioctl(port.handle(), TIOCGSERIAL, &settings) != 0) return false;
-  settings.flags |= ASYNC_LOW_LATENCY;
-  return ::ioctl(port.handle(), TIOCSSERIAL, &settings) == 0;
-}
-#else
-bool IsUart(const QSerialPort&) { return true; }
-bool SetLowLatency(const QSerialPort&) { return false; }
-#endif
 
 // Some CH340 and CH341 have no break of their own: their driver sends a byte so slow that the line is low for
 // some 200 ms. Which of them do cannot be asked for.

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 
+#include "SystemPower.h"
 #include "VehicleLinks.h"
 #include "ecu/session/SessionFactory.h"
 #include "host/settings/HostSettings.h"
@@ -12,7 +13,6 @@
 #include "host/trace/TraceConsole.h"
 #include "platform/DevicePortScout.h"
 #include "platform/DryRunPower.h"
-#include "platform/LogindPower.h"
 #include "platform/QSettingsStore.h"
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
@@ -66,7 +66,7 @@ std::shared_ptr<host::SettingsStore> OpenSettings(const ServerOptions& options,
 std::shared_ptr<host::PowerPlatform> OpenPower(const ServerOptions& options,
                                                const host::ControlParts& parts) {
   if (options.dry_run_power) return std::make_shared<platform::DryRunPower>(TraceTo(parts.terminal));
-  return std::make_shared<platform::LogindPower>();
+  return std::make_shared<SystemPower>();
 }
 
 std::shared_ptr<platform::QtSerialPort> OpenSerial(const ServerOptions& options,

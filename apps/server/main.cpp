@@ -10,10 +10,10 @@
 #include <QCoreApplication>
 
 #include "HeadlessServer.h"
+#include "RunWithWindow.h"
 #include "ServerOptions.h"
 #include "platform/process/EventBarrier.h"
 #include "platform/process/StandardStreams.h"
-#include "window/RunWindow.h"
 
 namespace {
 
@@ -42,7 +42,7 @@ int Run(int argc, char** argv) {
   const ServerOptions options =
       korval::apps::ReadServerOptions(std::vector<std::string>(argv + 1, argv + argc));
   const bool needs_window = !options.headless && !options.help && !options.version;
-  return needs_window ? korval::apps::RunWindow(argc, argv, options) : RunOnConsole(argc, argv, options);
+  return needs_window ? korval::apps::RunWithWindow(argc, argv, options) : RunOnConsole(argc, argv, options);
 }
 
 }  // namespace

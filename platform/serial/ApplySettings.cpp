@@ -4,6 +4,7 @@
 #include <QSerialPort>
 
 #include "base/Failure.h"
+#include "platform/serial/SerialDriver.h"
 
 namespace korval::platform {
 namespace {
@@ -29,13 +30,7 @@ QSerialPort::StopBits QtStopBits(const base::SerialSettings& settings) {
     case base::SerialSettings::StopBits::kTwo:
       return QSerialPort::TwoStop;
     case base::SerialSettings::StopBits::kOneAndHalf:
-#ifdef Q_OS_WIN
-      return QSerialPort::OneAndHalfStop;
-#else
-      // The hardware sends 1.5 for "two stop bits" with five data bits, and knows no 1.5 otherwise.
-      if (settings.data_bits == 5) return QSerialPort::TwoStop;
-      throw base::Failure("1.5 stop bits go with 5 data bits only on this system");
-#endif
+      return OneAndAHalfStopBits(settings.data_bits);
     case base::SerialSettings::StopBits::kOne:
       break;
   }

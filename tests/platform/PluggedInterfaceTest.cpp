@@ -48,6 +48,15 @@ TEST_F(PluggedInterfaceTest, ACanInterfaceWithoutADeviceHasNeitherNameNorSerialN
   EXPECT_THAT(Scan(), Contains(PluggedInterface{"CAN:socketcan:vcan0", "", ""}));
 }
 
+TEST_F(PluggedInterfaceTest, ThoseWithASerialNumberAreFoundAlone) {
+  AddInterface("can0", "280");
+  AddInterface("vcan0", "280");
+  PlugIntoUsb("can0", "CAN adapter", "KD-20417");
+  std::filesystem::create_directories(folder_.Path("tty/ttyS0"));
+  EXPECT_THAT(ScanNumberedInterfaces(QString::fromStdString(folder_.Path())),
+              ::testing::ElementsAre(PluggedInterface{"CAN:socketcan:can0", "CAN adapter", "KD-20417"}));
+}
+
 TEST_F(PluggedInterfaceTest, OtherNetworkInterfacesAreLeftOut) {
   AddInterface("eth0", "1");
   AddInterface("can1", "280");

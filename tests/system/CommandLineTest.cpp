@@ -22,6 +22,7 @@ using ::testing::AnyOf;
 using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 /// A port of 127.0.0.1 that is taken for as long as this object lives.
 class TakenPort {
@@ -128,6 +129,18 @@ TEST_F(CommandLineTest, AnAddressThatIsNotThisMachinesIsStatus1WithASentence) {
                  folder_.Path("install.ini")}),
             1);
   EXPECT_THAT(server_->StandardError(), HasSubstr("192.0.2.1"));
+}
+
+TEST_F(CommandLineTest, WithoutAWindowNothingThatDrawsOneIsLoaded) {
+  Start();
+  const RawClient client = Connect();
+  ExpectGoodSession(client);
+  const std::set<std::string> files = server_->MappedFiles();
+  EXPECT_THAT(files, Contains(StartsWith("libQt6Core.")));
+  for (const std::string drawing : {"korval-asap-server-window", "libQt6Gui", "libQt6Widgets", "libQt6OpenGL",
+                                    "libX11", "libxcb", "libGL", "libEGL", "libfontconfig"}) {
+    EXPECT_THAT(files, Not(Contains(StartsWith(drawing))));
+  }
 }
 
 TEST_F(CommandLineTest, AnInterruptATerminationAndAHangUpEndInOrder) {

@@ -9,6 +9,7 @@ namespace korval::tests {
 namespace {
 
 constexpr long kKilobytesOfNoise = 1024;
+constexpr long kMostKilobytes = 16 * 1024;
 
 class MemoryTest : public HostileBench {
  protected:
@@ -40,6 +41,18 @@ TEST_F(MemoryTest, DoesNotGrowOverThousandsOfBadFrames) {
   throw_many(2000);
   EXPECT_LE(server_->ResidentKilobytes(), before + kKilobytesOfNoise);
   ExpectGoodSession(client);
+}
+
+TEST_F(MemoryTest, IsSmallWithTheExamples) {
+  Start({"--asap-folder", KORVAL_EXAMPLES "/asap", "--korv-folder", KORVAL_EXAMPLES "/ecu"});
+  const RawClient client = Connect();
+  Identify(client);
+  const unsigned abs = Select(client, "abs.xml", "ABS");
+  const unsigned engine = Select(client, "engine.xml", "ENGINE");
+  for (int i = 0; i < 100; ++i) Succeed(client, GetRequest(engine, "Speed"));
+  EXPECT_NE(abs, engine);
+  EXPECT_LE(server_->ResidentKilobytes(), kMostKilobytes);
+  Succeed(client, Request(kExit));
 }
 
 }  // namespace

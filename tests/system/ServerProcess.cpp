@@ -217,4 +217,14 @@ long ServerProcess::ResidentKilobytes() const {
   throw std::runtime_error("no resident memory in the process status");
 }
 
+std::set<std::string> ServerProcess::MappedFiles() const {
+  std::set<std::string> names;
+  std::ifstream maps("/proc/" + std::to_string(process_) + "/maps");
+  for (std::string line; std::getline(maps, line);) {
+    const std::size_t folder = line.rfind('/');
+    if (folder != std::string::npos) names.insert(line.substr(folder + 1));
+  }
+  return names;
+}
+
 }  // namespace korval::tests

@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <set>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -56,6 +57,8 @@ class ServerProcess {
   int Scheduling() const;
   /// Resident memory in KiB.
   long ResidentKilobytes() const;
+  /// The names, without folders, of the files that are mapped into its memory: the program and its libraries.
+  std::set<std::string> MappedFiles() const;
 
  private:
   void Drain(int output, int errors);

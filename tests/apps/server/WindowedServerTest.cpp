@@ -2,6 +2,7 @@
 // The server with a window as a process of its own, its window drawn into memory.
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <iterator>
@@ -126,6 +127,16 @@ TEST_F(WindowedServerTest, WithoutADisplayASentenceSaysWhatToDo) {
   ServerProcess server(WindowOptions(), folder_.Path("home"));
   EXPECT_EQ(server.WaitForExit(), 1);
   EXPECT_THAT(server.StandardError(), HasSubstr("no window can be opened"));
+  EXPECT_THAT(server.StandardError(), HasSubstr("--headless"));
+}
+
+TEST_F(WindowedServerTest, WithoutTheWindowsLibraryASentenceSaysWhatToDo) {
+  const std::string alone = folder_.Path("korval-asap-server");
+  std::filesystem::copy_file(KORVAL_ASAP_SERVER, alone);
+  ServerProcess server(WindowOptions(), folder_.Path("home"), alone);
+  EXPECT_EQ(server.WaitForExit(), 1);
+  EXPECT_THAT(server.StandardError(), HasSubstr("no window can be opened"));
+  EXPECT_THAT(server.StandardError(), HasSubstr("korval-asap-server-window.so"));
   EXPECT_THAT(server.StandardError(), HasSubstr("--headless"));
 }
 
