@@ -10,6 +10,7 @@
 
 #include "base/Failure.h"
 #include "ecu/description/ItemCoding.h"
+#include "ecu/description/ItemEncoding.h"
 #include "ecu/ecufile/ItemReader.h"
 #include "fuzz/Input.h"
 #include "fuzz/Require.h"

@@ -11,6 +11,7 @@
 #include "apps/check/ElementCheck.h"
 #include "base/Failure.h"
 #include "ecu/description/ItemCoding.h"
+#include "ecu/description/ItemEncoding.h"
 #include "ecu/ecufile/AttributeReader.h"
 #include "ecu/ecufile/ItemReader.h"
 

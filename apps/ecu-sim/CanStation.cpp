@@ -5,7 +5,7 @@
 
 #include "base/ByteBuffer.h"
 #include "base/Failure.h"
-#include "ecu/description/ItemCoding.h"
+#include "ecu/description/ItemEncoding.h"
 #include "ecu/isotp/IsoTpParameters.h"
 
 namespace korval::apps {

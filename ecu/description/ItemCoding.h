@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// From a message's bits to a typed value and back. Decoding is total: what a message does not hold, or what
-// its bits do not mean, gives an empty value. Encoding refuses with Failure 2012.
+// From a message's bits to a typed value; ItemEncoding is the way back. Decoding is total: what a message
+// does not hold, or what its bits do not mean, gives an empty value.
 #pragma once
 
 #include <optional>
@@ -23,15 +23,8 @@ std::optional<std::int64_t> DecodeRaw(const ItemDescription& item, base::ByteVie
 /// The text that names the raw value, else the value as text; "" without a value.
 std::string DecodeText(const ItemDescription& item, base::ByteView message);
 
-/// Puts a value into the message, which is long enough, rounded to the nearest step. Raises Failure 2012 when
-/// the value is of the wrong type or, before it is rounded, out of range; the message is then unchanged.
-void EncodeItem(const ItemDescription& item, const base::Variant& value, base::ByteBuffer& message);
-
-/// As EncodeItem, from a text: one that names a raw value, else the value as text.
-void EncodeText(const ItemDescription& item, const std::string& text, base::ByteBuffer& message);
-
-/// As EncodeItem for a number; what the item cannot hold becomes the nearest it can.
-void EncodeClamped(const ItemDescription& item, double value, base::ByteBuffer& message);
+/// The text of an ascii item's bytes, without trailing NUL and blanks.
+std::string AsciiText(base::ByteView bytes);
 
 /// Whether two values of the item that differ by a step can be the same in single precision.
 bool LosesDigitsAsSingle(const ItemDescription& item);

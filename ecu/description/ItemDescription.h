@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "ecu/description/BitField.h"
+
 namespace korval::ecu {
 
 /// The longest message that anybody sends to an ECU or gets from it: ISO 15765-2 without its escape.
@@ -23,9 +25,7 @@ struct ItemDescription {
   };
 
   // What decoding needs stands together: acquisition decodes a thousand items in a row.
-  /// Big-endian: of the most significant bit, counted from the most significant of byte 1. Little-endian: of
-  /// the least significant bit, counted from the least significant of byte 1.
-  std::size_t first_bit = 0;
+  std::size_t first_bit = 0;  ///< as in BitField
   std::size_t bits = 8;
   Coding coding = Coding::kUnsigned;
   bool little_endian = false;
@@ -45,10 +45,11 @@ struct ItemDescription {
   double ValueOf(double raw) const { return raw * numerator / denominator + offset; }
   double RawOf(double value) const { return (value - offset) * denominator / numerator; }
 
+  BitField Place() const { return {first_bit, bits, little_endian}; }
   std::size_t FirstByte() const { return first_bit / 8; }
   bool IsText() const { return coding == Coding::kAscii || coding == Coding::kBytes; }
   /// Length of the shortest message that holds the item.
-  std::size_t BytesNeeded() const { return (first_bit + bits + 7) / 8; }
+  std::size_t BytesNeeded() const { return Place().BytesNeeded(); }
   /// Whether the coding knows that many bits, at that place, and a message can have them.
   bool IsPossible() const;
 };

@@ -6,6 +6,7 @@
 #include "base/Failure.h"
 #include "ecu/description/ErrorNumbers.h"
 #include "ecu/description/ItemCoding.h"
+#include "ecu/description/ItemEncoding.h"
 
 namespace korval::ecu {
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "ecu/description/ItemCoding.h"
+#include "ecu/description/ItemEncoding.h"
 #include "ecu/link/AnswerBytes.h"
 #include "ecu/simulation/SignalValue.h"
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-#include "ecu/description/ItemCoding.h"
+#include "ecu/description/ItemEncoding.h"
 #include "ecu/kwp2000/Services.h"
 #include "ecu/link/AnswerBytes.h"
 #include "ecu/simulation/SignalValue.h"

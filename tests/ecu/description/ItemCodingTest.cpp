@@ -11,6 +11,7 @@
 #include "base/XmlFile.h"
 #include "ecu/description/ErrorNumbers.h"
 #include "ecu/description/ItemCoding.h"
+#include "ecu/description/ItemEncoding.h"
 #include "ecu/ecufile/ItemReader.h"
 
 namespace korval::ecu {
