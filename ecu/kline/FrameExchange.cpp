@@ -4,13 +4,14 @@
 #include <algorithm>
 #include <chrono>
 
-#include "ecu/kwp2000/Kwp2000Dialect.h"
+#include "ecu/link/AnswerBytes.h"
 
 namespace korval::ecu {
 namespace {
 
 // An ECU waits for the next byte of a request for 20 ms (P4max), which begins after 5 ms (P4min).
 constexpr std::chrono::milliseconds kLongestHoldUp{10};
+constexpr char kTruncated[] = "a truncated frame";
 
 }  // namespace
 
@@ -18,14 +19,15 @@ FrameExchange::FrameExchange(Addresses addresses, base::Duration byte_time, Echo
     : addresses_(addresses), byte_time_(byte_time), echo_(echo) {}
 
 void FrameExchange::Start(base::ByteView message, HeaderForm form, const KLineTiming& timing,
-                          base::TimePoint now) {
+                          base::TimePoint now, bool own) {
   timing_ = timing;
+  own_ = own;
+  service_ = message[0];
   form.functional = addresses_.functional;
   base::ByteBuffer frame = BuildFrame(form, addresses_.ecu, addresses_.tester, message);
   echo_.Expect(frame.View());
   sender_.Start(std::move(frame), now, byte_time_, timing.p4_min);
   reader_.Reset();
-  expected_ = ExpectedAnswer(message, Kwp2000().RepeatedBytes(message[0]));
   outcome_ = Outcome::kUnderWay;
   sent_told_ = false;
   hunting_ = false;
@@ -48,8 +50,9 @@ void FrameExchange::Written(base::TimePoint now) {
   if (outcome_ != Outcome::kUnderWay) return;
   sender_.Written(now);
   if (!sender_.IsDone()) return;
-  answer_deadline_ = sender_.End() + byte_time_ + timing_.p2_max;
-  last_deadline_ = sender_.End() + timing_.pending_cap;
+  // A byte is heard when it has ended.
+  wait_ = AnswerWait({timing_.p2_max + byte_time_, timing_.p2_star + byte_time_, timing_.pending_cap},
+                     sender_.End());
 }
 
 void FrameExchange::BytesArrived(base::ByteView bytes, base::TimePoint now) {
@@ -90,9 +93,10 @@ void FrameExchange::FrameArrived(base::TimePoint now) {
   const base::ByteView message = reader_.Message();
   messages_.emplace_back(message);
   answered_by_ = reader_.HasAddresses() ? std::optional(reader_.Source()) : std::nullopt;
-  if (expected_.IsPending(message)) {
-    answer_deadline_ = std::min(now + timing_.p2_star + byte_time_, last_deadline_);
-  } else if (expected_.IsPositive(message) || expected_.IsNegative(message)) {
+  if (!own_) return;
+  if (IsPendingTo(service_, message)) {
+    wait_.AskedForTime(now);
+  } else if (IsPositiveTo(service_, message) || IsNegativeTo(service_, message)) {
     outcome_ = Outcome::kAnswered;
   } else {
     foreign_message_ = true;
@@ -114,21 +118,30 @@ std::optional<base::TimePoint> FrameExchange::Due() const {
 // A frame may end after the answer is due if it began before that; what is no frame may not.
 std::optional<base::TimePoint> FrameExchange::Deadline() const {
   if (outcome_ != Outcome::kUnderWay || !sender_.IsDone()) return std::nullopt;
-  const base::TimePoint silence = last_byte_ + timing_.p1_max + byte_time_;
-  if (reader_.IsInside()) return silence;
-  return hunting_ ? std::min(silence, answer_deadline_) : answer_deadline_;
+  if (reader_.IsInside()) return Silence();
+  if (!own_) return hunting_ ? std::optional(Silence()) : std::nullopt;
+  return hunting_ ? std::min(Silence(), wait_.Deadline()) : wait_.Deadline();
 }
+
+// When no byte can follow what was heard last in the same frame.
+base::TimePoint FrameExchange::Silence() const { return last_byte_ + timing_.p1_max + byte_time_; }
+
+std::optional<base::TimePoint> FrameExchange::ReceivingUntil() const {
+  return reader_.IsInside() ? std::optional(Silence()) : std::nullopt;
+}
+
+const char* FrameExchange::Damage() const { return reader_.IsInside() ? kTruncated : damage_; }
 
 void FrameExchange::TimeElapsed(base::TimePoint now) {
   const auto deadline = Deadline();
   if (!deadline || now < *deadline) return;
   if (reader_.IsInside() || hunting_) EndFrame();
-  if (now >= answer_deadline_) EndExchange();
+  if (own_ && now >= wait_.Deadline()) EndExchange();
 }
 
 // The line has been silent for so long that the next byte begins a frame.
 void FrameExchange::EndFrame() {
-  if (reader_.IsInside()) damage_ = "a truncated frame";
+  if (reader_.IsInside()) damage_ = kTruncated;
   reader_.Reset();
   hunting_ = false;
 }

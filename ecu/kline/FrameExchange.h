@@ -12,13 +12,14 @@
 #include "ecu/kline/FrameReader.h"
 #include "ecu/kline/KLineTiming.h"
 #include "ecu/kline/PacedSender.h"
-#include "ecu/service/ExpectedAnswer.h"
+#include "ecu/link/AnswerWait.h"
 
 namespace korval::ecu {
 
-/// A request frame on its way out and the frames that come back until its answer, P1, P2 and P4 kept (ISO
-/// 14230-2 clause 4.4). A pure state machine. Bytes may be looked at late: what arrives never ends anything
-/// by its time, only TimeElapsed does, and a frame whose bytes are all there counts.
+/// A request frame on its way out and the frames that come back, P1 and P4 of ISO 14230-2 kept. A pure state
+/// machine. Which message answers a request, and how long that is waited for, the services above the line
+/// know; for the requests of the line itself this does. Bytes may be looked at late: what arrives never ends
+/// anything by its time, only TimeElapsed does, and a frame whose bytes are all there counts.
 class FrameExchange {
  public:
   enum class Outcome {
@@ -43,7 +44,9 @@ class FrameExchange {
 
   void SetAddresses(Addresses addresses) { addresses_ = addresses; }
   void SetByteTime(base::Duration byte_time) { byte_time_ = byte_time; }
-  void Start(base::ByteView message, HeaderForm form, const KLineTiming& timing, base::TimePoint now);
+  /// `own`: a request of the line itself. Another one is under way until somebody starts the next.
+  void Start(base::ByteView message, HeaderForm form, const KLineTiming& timing, base::TimePoint now,
+             bool own = true);
   /// What is to be written now; empty: nothing.
   base::ByteView TakeBytes(base::TimePoint now);
   /// What was taken last has been written, which may have taken its time.
@@ -58,17 +61,20 @@ class FrameExchange {
   Outcome CurrentOutcome() const { return outcome_; }
   /// When TakeBytes or TakeSent is due; none behind that.
   std::optional<base::TimePoint> Due() const;
-  /// When TimeElapsed is due; none before everything is sent.
+  /// When TimeElapsed is due; none before everything is sent, and while nothing is awaited.
   std::optional<base::TimePoint> Deadline() const;
+  /// When the frame that is coming in ends at the latest; none between frames.
+  std::optional<base::TimePoint> ReceivingUntil() const;
   /// When what was sent so far has left.
   base::TimePoint SentUntil() const { return sender_.End(); }
   /// The ECU that the last message for us came from; none when its header had no addresses.
   std::optional<std::uint8_t> AnsweredBy() const { return answered_by_; }
-  /// What was wrong with the last damaged frame.
-  const char* Damage() const { return damage_; }
+  /// What was wrong with the last damaged frame, or is with the one that has not ended; null: nothing.
+  const char* Damage() const;
 
  private:
   void ReadByte(std::uint8_t byte, base::TimePoint now);
+  base::TimePoint Silence() const;
   void EndFrame();
   void EndExchange();
   void FrameArrived(base::TimePoint now);
@@ -81,9 +87,9 @@ class FrameExchange {
   PacedSender sender_;
   FrameReader reader_;
   Outcome outcome_ = Outcome::kSilent;
-  ExpectedAnswer expected_;
-  base::TimePoint answer_deadline_{};
-  base::TimePoint last_deadline_{};  // however often the ECU asks for time
+  std::uint8_t service_ = 0;  // of the request
+  bool own_ = true;
+  AnswerWait wait_;  // of an own request
   base::TimePoint last_byte_{};
   bool sent_told_ = false;
   bool hunting_ = false;  // nothing is a frame before the next silence

@@ -11,11 +11,11 @@
 namespace korval::ecu {
 
 KLineDriver::KLineDriver(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<SharedKLine> line,
-                         const FunctionDescription& function, Note note)
+                         const FunctionDescription& function, const ServiceNames& names, Note note)
     : loop_(std::move(loop)),
       line_(std::move(line)),
       function_(function),
-      tester_(function),
+      tester_(function, names),
       note_(std::move(note)),
       due_(loop_->CreateTimer([this] { DueNow(); })),
       deadline_(loop_->CreateDeadline([this] { DeadlinePassed(); })) {}
@@ -25,9 +25,19 @@ void KLineDriver::Connect() {
   Claim(Task::kConnect);
 }
 
+// Who waits for the line comes first when the last message is sent once more.
 void KLineDriver::Send(base::ByteView message) {
+  Rest();
   message_ = base::ByteBuffer(message);
   Claim(Task::kSend);
+}
+
+void KLineDriver::Rest() {
+  const auto self = shared_from_this();
+  tester_.Rest();
+  if (tester_.IsBusy()) return;
+  SetTimers();
+  line_->Release(this, tester_.QuietSince());
 }
 
 void KLineDriver::Close() {
@@ -171,16 +181,20 @@ void KLineDriver::SetTimers() {
 void KLineDriver::Report() {
   const auto self = shared_from_this();
   SetTimers();
-  const auto due = tester_.Due();
-  const base::TimePoint busy_until = (due ? due : tester_.Deadline()).value_or(loop_->Now());
   if (tester_.TakeStopped()) line_->NoteStopped(function_.address);
   if (!tester_.IsBusy()) line_->Release(this, tester_.QuietSince());
-  if (listening_) events_.on_busy(busy_until);
+  TellHowLong();
   while (listening_) {
     const auto event = tester_.TakeEvent();
     if (!event) break;
     Raise(*event);
   }
+}
+
+void KLineDriver::TellHowLong() {
+  const auto sending_until = tester_.SendingUntil();
+  if (listening_ && sending_until) events_.on_busy(*sending_until);
+  if (listening_) events_.on_receiving(tester_.ReceivingUntil());
 }
 
 void KLineDriver::Raise(const KLineTester::Event& event) {

@@ -22,17 +22,20 @@ class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineD
 
   /// `note` is told of what is no failure but worth knowing. It may be empty.
   KLineDriver(std::shared_ptr<base::EventLoop> loop, std::shared_ptr<SharedKLine> line,
-              const FunctionDescription& function, Note note);
+              const FunctionDescription& function, const ServiceNames& names, Note note);
 
   void SetEvents(MessageLink::Events events) { events_ = std::move(events); }
   void Connect();
   void Send(base::ByteView message);
+  /// Nothing more is awaited of the last message.
+  void Rest();
   /// Ends the communication. No event comes afterwards until the next Connect.
   void Close();
   /// Whether the communication stands.
   bool Stands() const { return tester_.IsConnected(); }
   /// How long the ECU bears silence.
   base::Duration LongestSilence() const;
+  const KLineTester& Tester() const { return tester_; }
 
   void Granted() override;
   void BytesArrived(base::ByteView bytes) override;
@@ -52,6 +55,7 @@ class KLineDriver : public KLineUser, public std::enable_shared_from_this<KLineD
   WakeUp::Means FindMeans();
   void SetTimers();
   void Report();
+  void TellHowLong();
   void Raise(const KLineTester::Event& event);
 
   std::shared_ptr<base::EventLoop> loop_;

@@ -9,6 +9,7 @@
 #include "ecu/description/EcuDescription.h"
 #include "ecu/kline/SharedKLine.h"
 #include "ecu/link/MessageLink.h"
+#include "ecu/link/ServiceNames.h"
 
 namespace korval::ecu {
 
@@ -20,9 +21,9 @@ class KLineLink : public MessageLink {
  public:
   using Note = std::function<void(const std::string&)>;
 
-  /// `note` is told of what is no failure but worth knowing. It may be empty.
+  /// The names outlive it. `note` is told of what is no failure but worth knowing. It may be empty.
   KLineLink(std::shared_ptr<base::EventLoop> loop, const std::shared_ptr<SharedKLine>& line,
-            const FunctionDescription& function, Note note);
+            const FunctionDescription& function, const ServiceNames& names, Note note);
   ~KLineLink() override;
   KLineLink(const KLineLink&) = delete;
   KLineLink& operator=(const KLineLink&) = delete;
@@ -30,9 +31,12 @@ class KLineLink : public MessageLink {
   void SetEvents(Events events) override;
   void Connect() override;
   void Send(base::ByteView message) override;
+  void Rest() override;
+  void Pause() override { Rest(); }
   void Close() override;
   LinkOffer Offer() const override;
   bool Stands() const override;
+  std::string WhyNoAnswer() const override;
 
  private:
   std::shared_ptr<KLineDriver> driver_;

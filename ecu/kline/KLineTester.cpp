@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "ecu/description/ErrorNumbers.h"
-#include "ecu/kwp2000/Names.h"
 #include "ecu/link/AnswerBytes.h"
 
 namespace korval::ecu {
@@ -37,8 +36,9 @@ std::optional<Item> TakeFirst(std::deque<Item>& items) {
 
 }  // namespace
 
-KLineTester::KLineTester(const FunctionDescription& function)
+KLineTester::KLineTester(const FunctionDescription& function, const ServiceNames& names)
     : function_(function),
+      names_(names),
       agreement_(function),
       echo_(function.KLine().echo),
       exchange_({function.address, function.tester, false, function.KLine().functional},
@@ -85,6 +85,13 @@ void KLineTester::Stop(base::TimePoint now, base::TimePoint quiet_since) {
   if (!was_connected || function_.KLine().init == KLineDescription::Init::kNone) return;
   message_ = {kStopCommunication};
   Begin(Purpose::kStop, agreement_.Times().p3_min, now, quiet_since);
+}
+
+// What has come behind the answer is for nobody.
+void KLineTester::Rest() {
+  if (purpose_ != Purpose::kRequest) return;
+  phase_ = Phase::kIdle;
+  std::erase_if(events_, [](const Event& event) { return event.kind != Event::Kind::kNote; });
 }
 
 void KLineTester::Begin(Purpose purpose, base::Duration silence, base::TimePoint now,
@@ -154,6 +161,16 @@ std::optional<base::TimePoint> KLineTester::Deadline() const {
   if (phase_ == Phase::kSilence) return std::min(quiet_since_ + silence_, silence_end_);
   if (phase_ == Phase::kHandshake) return handshake_->Deadline();
   return phase_ == Phase::kExchange ? exchange_.Deadline() : std::nullopt;
+}
+
+std::optional<base::TimePoint> KLineTester::SendingUntil() const {
+  if (phase_ == Phase::kIdle || purpose_ != Purpose::kRequest) return std::nullopt;
+  return phase_ == Phase::kExchange ? exchange_.SentUntil() : Deadline();
+}
+
+std::optional<base::TimePoint> KLineTester::ReceivingUntil() const {
+  const bool is_request = phase_ == Phase::kExchange && purpose_ == Purpose::kRequest;
+  return is_request ? exchange_.ReceivingUntil() : std::nullopt;
 }
 
 // Each phase goes over into the next without an event in between.
@@ -241,7 +258,8 @@ void KLineTester::StartExchange(base::TimePoint now) {
   KLineTiming times = agreement_.Times();
   if (hold_ups_ >= kPacedAttempts) times.p4_min = base::Duration::zero();
   exchange_.SetByteTime(agreement_.ByteTime());
-  exchange_.Start(message_.View(), start ? kStartForm : *agreement_.FormFor(message_.Length()), times, now);
+  exchange_.Start(message_.View(), start ? kStartForm : *agreement_.FormFor(message_.Length()), times, now,
+                  purpose_ != Purpose::kRequest);
   phase_ = Phase::kExchange;
 }
 
@@ -286,12 +304,8 @@ void KLineTester::FinishExchange(base::TimePoint now) {
       NotAnswered("the echo is not what was sent: another tester is on the line");
       break;
     case FrameExchange::Outcome::kDamaged:
-      NotAnswered(std::string("the answer was damaged, it has ") + exchange_.Damage());
-      break;
     case FrameExchange::Outcome::kSilent:
-      NotAnswered(heard_.Empty() && echo_.State() != EchoFilter::Echo::kOff
-                      ? "no answer and no echo: check cable and ignition"
-                      : "no answer");
+      NotAnswered(Silence());
       break;
     case FrameExchange::Outcome::kForeign:
       if (purpose_ == Purpose::kInitialisation) Fail(kInitialisationRefused, "another answer");
@@ -304,7 +318,7 @@ void KLineTester::FinishExchange(base::TimePoint now) {
 
 void KLineTester::TakeAnswer(base::ByteView message) {
   if (message[0] == kNegativeResponse) {
-    return Fail(kInitialisationRefused, NegativeAnswerText(kStartCommunication, message[2]));
+    return Fail(kInitialisationRefused, names_.RefusalText(kStartCommunication, message[2]));
   }
   static constexpr std::size_t kLength = 3;
   if (message.size() < kLength) return Fail(kInitialisationRefused, "an answer without key bytes");
@@ -342,7 +356,7 @@ void KLineTester::TakeNote(base::ByteView answer) {
     connected_ = false;
     stopped_ = message_.At(0) == kStopCommunication;
   }
-  if (answer[0] == message_.At(0) + kPositiveOffset) agreement_.Granted(message_.View());
+  if (IsPositiveTo(message_.At(0), answer)) agreement_.Granted(message_.View());
 }
 
 // The communication stands: the message may be sent again.
@@ -361,8 +375,21 @@ void KLineTester::Report(std::int32_t number, const std::string& what) {
   events_.push_back({Event::Kind::kFailure, {}, number, WhatFailed() + ": " + what + heard_.Text()});
 }
 
+std::string KLineTester::WhyNoAnswer() const {
+  return WhatFailed() + ": " + (echo_.IsMissing() ? kNoEcho : Silence()) + heard_.Text();
+}
+
+std::string KLineTester::Silence() const {
+  if (exchange_.Damage() != nullptr) {
+    return std::string("the answer was damaged, it has ") + exchange_.Damage();
+  }
+  return heard_.Empty() && echo_.State() != EchoFilter::Echo::kOff
+             ? "no answer and no echo: check cable and ignition"
+             : "no answer";
+}
+
 std::string KLineTester::WhatFailed() const {
-  if (purpose_ == Purpose::kRequest) return ServiceName(message_.At(0));
+  if (purpose_ == Purpose::kRequest) return names_.NameOf(message_.At(0));
   return function_.KLine().init == KLineDescription::Init::kFast ? "fast initialisation, startCommunication"
                                                                  : "5-baud initialisation";
 }

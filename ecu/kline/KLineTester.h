@@ -20,6 +20,7 @@
 #include "ecu/kline/LineAgreement.h"
 #include "ecu/kline/SlowHandshake.h"
 #include "ecu/kline/WakeUp.h"
+#include "ecu/link/ServiceNames.h"
 
 namespace korval::ecu {
 
@@ -40,7 +41,8 @@ class KLineTester {
     std::string text = {};    ///< of a note, or the step that failed and which bytes were heard
   };
 
-  explicit KLineTester(const FunctionDescription& function);
+  /// The names outlive it.
+  KLineTester(const FunctionDescription& function, const ServiceNames& names);
   KLineTester(const KLineTester&) = delete;
   KLineTester& operator=(const KLineTester&) = delete;
 
@@ -48,12 +50,14 @@ class KLineTester {
   /// An ECU that was stopped in order takes a fast initialisation after P3 already. Where the line cannot be
   /// held low the fast initialisation wakes nobody up, and the 5-baud address goes as one byte.
   void Connect(base::TimePoint now, base::TimePoint quiet_since, WakeUp::Means means, bool was_stopped);
-  /// Sends a message, once the line has been silent for P3. Raises kValueRefused as an event for one that
-  /// the ECU cannot take.
+  /// Sends a message, once the line has been silent for P3, and hands on what comes back until Rest. Raises
+  /// kValueRefused as an event for one that the ECU cannot take.
   void Send(base::ByteView message, base::TimePoint now, base::TimePoint quiet_since);
   /// Ends the communication with stopCommunication, if it stands; a request under way is given up. No event
   /// comes of it.
   void Stop(base::TimePoint now, base::TimePoint quiet_since);
+  /// Nothing more is awaited of the last message.
+  void Rest();
   /// Forgets everything that is under way, and the communication.
   void Abandon();
 
@@ -74,12 +78,23 @@ class KLineTester {
   std::int32_t Baud() const { return agreement_.Baud(); }
   /// Something is under way: the line is ours.
   bool IsBusy() const { return phase_ != Phase::kIdle; }
-  /// When MoveOn is due. Of this and the deadline there is one at least while something is under way.
+  /// When MoveOn is due. Of this and the deadline there is one at least while something is under way, but for
+  /// a message that is out.
   std::optional<base::TimePoint> Due() const;
   /// When TimeElapsed is due.
   std::optional<base::TimePoint> Deadline() const;
+  /// Until when at the latest the message that is under way goes out, or the step towards it takes; none:
+  /// there is no message.
+  std::optional<base::TimePoint> SendingUntil() const;
+  /// Until when at the latest a frame is coming in; none: there is none.
+  std::optional<base::TimePoint> ReceivingUntil() const;
+  /// Why no answer has come to the last message, for all that was heard.
+  std::string WhyNoAnswer() const;
   /// When the line was last busy.
   base::TimePoint QuietSince() const { return quiet_since_; }
+  /// P2 and P2* as agreed on, at the speed of the line.
+  base::Duration AnswerTime() const { return agreement_.Times().p2_max + agreement_.ByteTime(); }
+  base::Duration PendingTime() const { return agreement_.Times().p2_star + agreement_.ByteTime(); }
   const KLineTiming& ActiveTiming() const { return agreement_.Times(); }
 
  private:
@@ -110,9 +125,11 @@ class KLineTester {
   void Fail(std::int32_t number, const std::string& what);
   void Report(std::int32_t number, const std::string& what);
   std::string WhatFailed() const;
+  std::string Silence() const;
   base::Duration Time(Timing::Number Timing::*number) const { return function_.timing.Value(number); }
 
   FunctionDescription function_;
+  const ServiceNames& names_;
   LineAgreement agreement_;
   EchoFilter echo_;
   FrameExchange exchange_;

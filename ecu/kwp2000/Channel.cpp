@@ -17,10 +17,10 @@ namespace {
 // A 5-baud initialisation with the longest times there are, and the silence in front of it.
 constexpr std::chrono::minutes kConnectWait{6};
 
-ExchangeTiming TimingOf(const Timing& timing, base::Duration latency, int repeats) {
-  return {timing.Value(&Timing::p2) + latency,
-          timing.Value(&Timing::p2_star) + latency,
-          timing.Value(&Timing::pending_cap) + latency,
+ExchangeTiming TimingOf(const Timing& timing, const LinkOffer& offer, int repeats) {
+  return {offer.answer.value_or(timing.Value(&Timing::p2)) + offer.latency,
+          offer.pending.value_or(timing.Value(&Timing::p2_star)) + offer.latency,
+          timing.Value(&Timing::pending_cap) + offer.latency,
           timing.Value(&Timing::busy_repeat),
           timing.Value(&Timing::busy_cap),
           repeats};
@@ -56,6 +56,7 @@ Channel::Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageL
                     [this](base::ByteView message) {
                       if (!current_) return;  // nobody asked: late or doubled
                       current_->exchange.MessageArrived(message, loop_->Now());
+                      if (current_->exchange.IsPausing()) link_->Pause();
                       Settle();
                     },
                     [this] {
@@ -67,6 +68,11 @@ Channel::Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageL
                     [this](base::TimePoint until) {
                       if (!current_) return;
                       current_->exchange.LinkBusy(until);
+                      Settle();
+                    },
+                    [this](std::optional<base::TimePoint> until) {
+                      if (!current_) return;
+                      current_->exchange.Receiving(until);
                       Settle();
                     }});
 }
@@ -155,7 +161,7 @@ std::shared_ptr<Channel::Pending> Channel::Start(base::ByteView request, bool an
                                                  std::function<void(Pending&)> on_done) {
   const int repeats =
       Kwp2000().IsReading(request) ? function_.repeats.value_or(link_->Offer().usual_repeats) : 0;
-  const ExchangeTiming timing = TimingOf(function_.timing, link_->Offer().latency, repeats);
+  const ExchangeTiming timing = TimingOf(function_.timing, link_->Offer(), repeats);
   auto pending = std::make_shared<Pending>(Pending{base::ByteBuffer(request),
                                                    Exchange(request, Kwp2000(), timing, loop_->Now()),
                                                    std::move(on_done),
@@ -259,6 +265,11 @@ void Channel::DeadlinePassed() {
   const auto pending = current_;
   pending->exchange.TimeElapsed(loop_->Now());
   if (pending->exchange.TakeRepeat()) return Transmit(pending);
+  if (pending->exchange.CurrentState() == Exchange::State::kSilent) {
+    if (const std::string why = link_->WhyNoAnswer(); !why.empty()) {
+      pending->failure = errors_->MakeFailure(kNoAnswer, why);
+    }
+  }
   Settle();
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 
 #include "base/Time.h"
 
@@ -12,6 +13,9 @@ namespace korval::ecu {
 struct LinkOffer {
   /// Of a message, in bytes. The ECU may take less.
   std::size_t longest_message = 4095;
+  /// P2 and P2*, where the link and the ECU have others than the ECU file says.
+  std::optional<base::Duration> answer = {};
+  std::optional<base::Duration> pending = {};
   /// What the link adds to the time in which the ECU answers.
   base::Duration latency{};
   /// The communication has ended by itself when there was no exchange for longer than this (P3max).

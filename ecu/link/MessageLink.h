@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "base/ByteBuffer.h"
@@ -29,6 +30,9 @@ class MessageLink {
     /// the latest: the time in which the ECU answers counts from there. A link whose messages take no time
     /// worth mentioning need not raise it.
     std::function<void(base::TimePoint)> on_busy = {};
+    /// A part of the answer is coming in, until then at the latest; none: no longer. Whoever waits for the
+    /// answer does not give it up before. A link raises this or on_busy for what comes in.
+    std::function<void(std::optional<base::TimePoint>)> on_receiving = {};
   };
 
   virtual ~MessageLink() = default;
@@ -40,6 +44,11 @@ class MessageLink {
   /// The exchange of the last message is over: nothing is awaited until the next Send, and what arrives is
   /// for somebody else.
   virtual void Rest() {}
+  /// Nothing is awaited for a while, then the message will be sent once more: who shares the line may have
+  /// it.
+  virtual void Pause() {}
+  /// What the link knows of why no answer has come to the last message, in a sentence; empty: nothing.
+  virtual std::string WhyNoAnswer() const { return {}; }
   /// Ends the communication. No event comes afterwards until the next Connect.
   virtual void Close() = 0;
   virtual LinkOffer Offer() const { return {}; }

@@ -12,15 +12,18 @@ Exchange::Exchange(base::ByteView request, const Dialect& dialect, const Exchang
     : dialect_(&dialect),
       expected_(request, dialect.RepeatedBytes(request[0])),
       timing_(timing),
-      last_deadline_(now + timing.overall),
-      deadline_(std::min(now + timing.answer, last_deadline_)) {}
+      wait_({timing.answer, timing.pending, timing.overall}, now) {}
+
+// What the request needs to go out is no time of the ECU's.
+void Exchange::LinkBusy(base::TimePoint until) {
+  busy_deadline_ = until + timing_.answer;
+  if (!heard_) wait_.CountFrom(until);
+}
 
 void Exchange::MessageArrived(base::ByteView message, base::TimePoint now) {
   if (state_ != State::kWaiting || message.empty()) return;
-  if (expected_.IsPending(message)) {
-    deadline_ = std::min(now + timing_.pending, last_deadline_);
-    return;
-  }
+  heard_ = true;
+  if (expected_.IsPending(message)) return wait_.AskedForTime(now);
   if (expected_.IsNegative(message) && message[2] == kBusyRepeatRequest && PlanRepeat(now)) return;
   if (expected_.IsPositive(message)) {
     state_ = State::kPositive;
@@ -31,7 +34,7 @@ void Exchange::MessageArrived(base::ByteView message, base::TimePoint now) {
 }
 
 bool Exchange::PlanRepeat(base::TimePoint now) {
-  if (!repeat_end_) repeat_end_ = std::min(now + timing_.busy_cap, last_deadline_);
+  if (!repeat_end_) repeat_end_ = std::min(now + timing_.busy_cap, wait_.Last());
   const base::TimePoint due = now + timing_.busy_repeat;
   if (due >= *repeat_end_) return false;
   repeat_at_ = due;
@@ -39,9 +42,9 @@ bool Exchange::PlanRepeat(base::TimePoint now) {
 }
 
 bool Exchange::AskAgain(base::TimePoint now) {
-  if (state_ != State::kWaiting || repeated_ == timing_.repeats || now >= last_deadline_) return false;
+  if (state_ != State::kWaiting || repeated_ == timing_.repeats || now >= wait_.Last()) return false;
   ++repeated_;
-  deadline_ = std::min(now + timing_.answer, last_deadline_);
+  wait_.AskedAgain(now);
   return true;
 }
 
@@ -50,7 +53,7 @@ void Exchange::TimeElapsed(base::TimePoint now) {
   if (repeat_at_) {
     repeat_at_.reset();
     repeat_due_ = true;
-    deadline_ = now + timing_.answer;
+    wait_.AskedAgain(now);
     return;
   }
   if (!answer_.Empty()) {

@@ -10,6 +10,7 @@
 
 #include "base/ByteBuffer.h"
 #include "base/EventLoop.h"
+#include "ecu/link/AnswerWait.h"
 #include "ecu/service/Dialect.h"
 #include "ecu/service/ExpectedAnswer.h"
 
@@ -58,12 +59,19 @@ class Exchange {
   bool TakeRepeat() { return std::exchange(repeat_due_, false); }
   /// The link carries a part of the request or of the answer until then at the latest: P2 does not end
   /// before P2 later.
-  void LinkBusy(base::TimePoint until) { busy_deadline_ = until + timing_.answer; }
+  void LinkBusy(base::TimePoint until);
+  /// A part of the answer is coming in until then at the latest, and the wait does not end before; none: no
+  /// longer.
+  void Receiving(std::optional<base::TimePoint> until) {
+    receiving_until_ = until.value_or(base::TimePoint::min());
+  }
+  /// The ECU was busy: nothing is awaited before the request is sent once more.
+  bool IsPausing() const { return repeat_at_.has_value(); }
 
   State CurrentState() const { return state_; }
   /// When TimeElapsed is due.
   base::TimePoint Deadline() const {
-    return repeat_at_.value_or(std::max(std::min(deadline_, last_deadline_), busy_deadline_));
+    return repeat_at_.value_or(std::max({wait_.Deadline(), busy_deadline_, receiving_until_}));
   }
   /// The positive or negative answer; the last foreign one when there was no other.
   const base::ByteBuffer& Answer() const { return answer_; }
@@ -79,9 +87,10 @@ class Exchange {
   ExpectedAnswer expected_;
   ExchangeTiming timing_;
   bool answered_ = true;
-  base::TimePoint last_deadline_;
-  base::TimePoint deadline_;
+  AnswerWait wait_;
+  bool heard_ = false;
   base::TimePoint busy_deadline_{};
+  base::TimePoint receiving_until_ = base::TimePoint::min();
   std::optional<base::TimePoint> repeat_end_;  // none while the ECU was not busy
   std::optional<base::TimePoint> repeat_at_;
   bool repeat_due_ = false;

@@ -7,6 +7,7 @@
 #include "base/Failure.h"
 #include "ecu/description/ErrorNumbers.h"
 #include "ecu/kline/KLineLink.h"
+#include "ecu/kwp2000/Kwp2000Dialect.h"
 
 namespace korval::ecu {
 namespace {
@@ -30,7 +31,7 @@ std::unique_ptr<MessageLink> KLineInterface::LinkTo(std::shared_ptr<const EcuDes
     throw errors_->MakeFailure(kInterfaceRefused, function.name + " is diagnosed on CAN, and " + port_ +
                                                       " is a K-line; choose a CAN port");
   }
-  return std::make_unique<KLineLink>(loop_, line_->shared_from_this(), function, note_);
+  return std::make_unique<KLineLink>(loop_, line_->shared_from_this(), function, Kwp2000(), note_);
 }
 
 void KLineInterface::SendFrames(const std::vector<FrameToSend>& /*frames*/) {

@@ -105,6 +105,23 @@ TEST_F(FrameExchangeTest, TheTimeForTheAnswerBeginsWhenTheRequestIsWritten) {
   EXPECT_EQ(exchange.Deadline(), before + milliseconds(200));
 }
 
+TEST_F(FrameExchangeTest, WhatAnswersARequestOfTheServicesIsForThemToSay) {
+  exchange.Start(base::ByteBuffer::FromHex("2101").View(), {true, false}, timing, now, false);
+  exchange.TakeBytes(now);
+  exchange.Written(now);
+  EXPECT_FALSE(exchange.Deadline());
+  Hear(std::string(kRequest) + kAnswer);
+  EXPECT_EQ(exchange.TakeMessages().size(), 1U);
+  EXPECT_EQ(exchange.CurrentOutcome(), Outcome::kUnderWay);
+  EXPECT_FALSE(exchange.ReceivingUntil());
+  Hear(std::string(kAnswer).substr(0, 6));
+  EXPECT_EQ(exchange.ReceivingUntil(), now + timing.p1_max + byte_time);
+  EXPECT_STREQ(exchange.Damage(), "a truncated frame");
+  RunOut();
+  EXPECT_EQ(exchange.CurrentOutcome(), Outcome::kUnderWay);
+  EXPECT_FALSE(exchange.ReceivingUntil());
+}
+
 TEST_F(FrameExchangeTest, ARequestWithAGapAboveP4MaxIsNotSentToItsEnd) {
   timing.p4_min = milliseconds(5);
   exchange.Start(base::ByteBuffer::FromHex("2101").View(), {true, false}, timing, now);

@@ -114,6 +114,36 @@ TEST(ExchangeTest, LinkThatIsBusyPutsTheDeadlineOffEvenBeyondTheCap) {
   EXPECT_EQ(exchange.Deadline(), At(60050)) << "a transfer that progresses is not cut";
 }
 
+TEST(ExchangeTest, AnswerThatIsComingInPutsTheEndOffAsLongAsItComes) {
+  Exchange exchange = Begin("2101");
+  exchange.Receiving(At(1060));
+  exchange.TimeElapsed(At(1050));
+  EXPECT_EQ(exchange.CurrentState(), State::kWaiting);
+  EXPECT_EQ(exchange.Deadline(), At(1060));
+  exchange.Receiving(std::nullopt);
+  EXPECT_EQ(exchange.Deadline(), At(1050));
+}
+
+TEST(ExchangeTest, CapCountsFromWhenTheRequestIsOut) {
+  Exchange exchange = Begin("3101");
+  const ByteBuffer pending{0x7F, 0x31, 0x78};
+  exchange.LinkBusy(At(2000));
+  for (const int time_ms : {2040, 6000, 10000, 13900}) exchange.MessageArrived(pending.View(), At(time_ms));
+  EXPECT_EQ(exchange.Deadline(), At(14000));
+}
+
+TEST(ExchangeTest, PausesBeforeABusyEcuIsAskedAgain) {
+  ExchangeTiming timing = kTiming;
+  timing.busy_repeat = milliseconds(100);
+  timing.busy_cap = milliseconds(250);
+  Exchange exchange(ByteBuffer::FromHex("2101").View(), Kwp2000(), timing, At(0));
+  EXPECT_FALSE(exchange.IsPausing());
+  exchange.MessageArrived(ByteBuffer::FromHex("7F2121").View(), At(30));
+  EXPECT_TRUE(exchange.IsPausing());
+  exchange.TimeElapsed(At(130));
+  EXPECT_FALSE(exchange.IsPausing());
+}
+
 TEST(ExchangeTest, SilenceEndsItAtTheDeadlineAndNotBefore) {
   Exchange exchange = Begin("2101");
   exchange.TimeElapsed(At(1049));
