@@ -9,8 +9,8 @@
 
 namespace korval::ecu {
 
-/// The times of the diagnostic services and of the K-line (ISO 14230-2 clauses 4.4 and 5.2), all in
-/// milliseconds. What is not said is left open.
+/// The times of the diagnostic services and of the K-line (ISO 14230-2), all in milliseconds. What is not
+/// said is left open.
 struct Timing {
   using Number = std::optional<std::int32_t>;
 

@@ -7,7 +7,7 @@
 
 namespace korval::ecu {
 
-/// What ended the transfer of a message, the negative results of ISO 15765-2 clause 8.3.7.
+/// What ended the transfer of a message, the negative results of ISO 15765-2.
 enum class IsoTpResult {
   kTimeoutA,       ///< a frame did not get onto the bus within N_As or N_Ar
   kTimeoutBs,      ///< no flow control within N_Bs

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The protocol data units of ISO 15765-2 (clause 9.6) in a frame of classic CAN, without the address byte
-// that extended addressing puts in front:
+// The protocol data units of ISO 15765-2 in a frame of classic CAN, without the address byte that extended
+// addressing puts in front:
 //   single frame       0L data                L: length, 1 to 7
 //   first frame        1L LL data             length 8 to 4095
 //                      10 00 LL LL LL LL data length 4096 and more (the escape)
@@ -65,7 +65,7 @@ inline constexpr std::uint32_t kLongestWithoutEscape = 4095;
 std::size_t FirstFrameBytes(std::size_t message_length, std::size_t capacity);
 
 /// The separation that an STmin byte asks for: 00 to 7F ms, F1 to F9 hundreds of microseconds; reserved
-/// values count as 127 ms (clause 9.6.5.4).
+/// values count as 127 ms.
 std::chrono::microseconds SeparationOf(std::uint8_t st_min);
 /// The byte for the shortest separation not below `separation`, at most 127 ms.
 std::uint8_t StMinOf(std::chrono::microseconds separation);

@@ -15,7 +15,7 @@ namespace korval::ecu {
 
 /// The receiving side of ISO 15765-2 for one pair of addresses. A pure state machine: events and the time go
 /// in, flow controls, messages, errors and a deadline come out. What arrives unexpectedly is treated as
-/// clause 9.8.3 has it: a single or first frame ends the message under way and starts its own, anything else
+/// the standard has it: a single or first frame ends the message under way and starts its own, anything else
 /// is ignored.
 class IsoTpReceiver {
  public:

@@ -9,8 +9,8 @@
 
 namespace korval::ecu {
 
-/// Reads the frames of ISO 14230-2 clause 5.2 byte by byte, of all four header forms. It knows no time: the
-/// silence that ends a truncated frame is somebody else's to see.
+/// Reads the frames of ISO 14230-2 byte by byte, of all four header forms. It knows no time: the silence
+/// that ends a truncated frame is somebody else's to see.
 class FrameReader {
  public:
   enum class Result { kIncomplete, kFrame, kMalformed };

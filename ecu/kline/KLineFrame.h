@@ -11,7 +11,7 @@ inline constexpr std::size_t kLongestKLineMessage = 255;
 /// Above this the length needs a byte of its own.
 inline constexpr std::size_t kLongestLengthInFormat = 63;
 
-/// Which of the four headers of ISO 14230-2 clause 5.2.2 a frame has.
+/// Which of the four headers of ISO 14230-2 a frame has.
 struct HeaderForm {
   bool addresses = true;     ///< target and source behind the format byte
   bool length_byte = false;  ///< the length in a byte of its own, in front of the message

@@ -9,7 +9,7 @@
 namespace korval::ecu {
 
 /// The times in use on a K-line: those of the ECU file; where it says nothing, those of the set that the key
-/// bytes announce (ISO 14230-2 clause 4.4); later what the tester and the ECU agree on.
+/// bytes announce (ISO 14230-2); later what the tester and the ECU agree on.
 struct KLineTiming {
   static KLineTiming Of(const Timing& timing, const KeyBytes& key_bytes);
 

@@ -8,11 +8,10 @@
 
 namespace korval::ecu {
 
-/// What an ECU announces in its two key bytes (ISO 14230-2 clause 5.2.4): the header forms that it
-/// understands and the set of times that it keeps. Key byte 1, from the least significant bit: length in the
-/// format byte, length byte, header without addresses, header with addresses, extended times, normal times,
-/// 1, odd parity. Key byte 2 is 8F. D0 8F announces nothing: what the ECU understands is not in its key
-/// bytes.
+/// What an ECU announces in its two key bytes (ISO 14230-2): the header forms that it understands and the set
+/// of times that it keeps. Key byte 1, from the least significant bit: length in the format byte, length
+/// byte, header without addresses, header with addresses, extended times, normal times, 1, odd parity. Key
+/// byte 2 is 8F. D0 8F announces nothing: what the ECU understands is not in its key bytes.
 class KeyBytes {
  public:
   /// The bytes of an ECU that announces everything, as assumed without an initialisation.

@@ -10,9 +10,9 @@
 
 namespace korval::ecu {
 
-/// What follows the 5-baud address (ISO 14230-2 clause 5.2.4.2.2): the ECU sends 55, key byte 1 and key
-/// byte 2; the tester returns key byte 2 inverted; the ECU ends it with the address inverted. A pure state
-/// machine that sees the ECU's bytes alone.
+/// What follows the 5-baud address (ISO 14230-2): the ECU sends 55, key byte 1 and key byte 2; the tester
+/// returns key byte 2 inverted; the ECU ends it with the address inverted. A pure state machine that sees the
+/// ECU's bytes alone.
 class SlowHandshake {
  public:
   enum class State { kRunning, kDone, kFailed };

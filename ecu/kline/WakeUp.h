@@ -11,7 +11,7 @@
 
 namespace korval::ecu {
 
-/// The levels of the line that wake an ECU up (ISO 14230-2 clauses 5.2.4.2.2 and 5.2.4.2.3).
+/// The levels of the line that wake an ECU up (ISO 14230-2).
 class WakeUp {
  public:
   /// How the line is held low: by a break, by a byte 00 at a low speed, or not at all.
