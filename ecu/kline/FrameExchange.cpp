@@ -130,6 +130,14 @@ std::optional<base::TimePoint> FrameExchange::ReceivingUntil() const {
   return reader_.IsInside() ? std::optional(Silence()) : std::nullopt;
 }
 
+std::string FrameExchange::WhyNoAnswer(bool heard) const {
+  if (outcome_ == Outcome::kDisturbed) return "the echo is not what was sent: another tester is on the line";
+  if (outcome_ == Outcome::kNoEcho || echo_.IsMissing()) return kNoEchoText;
+  if (Damage() != nullptr) return std::string("the answer was damaged, it has ") + Damage();
+  const bool has_echo = echo_.State() != EchoFilter::Echo::kOff;
+  return heard || !has_echo ? "no answer" : "no answer and no echo: check cable and ignition";
+}
+
 const char* FrameExchange::Damage() const { return reader_.IsInside() ? kTruncated : damage_; }
 
 void FrameExchange::TimeElapsed(base::TimePoint now) {

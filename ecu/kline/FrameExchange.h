@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -39,6 +40,8 @@ class FrameExchange {
     bool any_answer = false;  ///< whichever ECU answers is taken
   };
 
+  static constexpr char kNoEchoText[] = "no echo: check cable and ignition";
+
   /// Of nothing yet. The echo's state outlives it.
   FrameExchange(Addresses addresses, base::Duration byte_time, EchoFilter& echo);
 
@@ -69,6 +72,8 @@ class FrameExchange {
   base::TimePoint SentUntil() const { return sender_.End(); }
   /// The ECU that the last message for us came from; none when its header had no addresses.
   std::optional<std::uint8_t> AnsweredBy() const { return answered_by_; }
+  /// Why there is no answer, or none yet, in a few words. `heard`: there was something on the line.
+  std::string WhyNoAnswer(bool heard) const;
   /// What was wrong with the last damaged frame, or is with the one that has not ended; null: nothing.
   const char* Damage() const;
 

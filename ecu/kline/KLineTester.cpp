@@ -12,7 +12,6 @@
 namespace korval::ecu {
 namespace {
 
-constexpr std::uint8_t kStartCommunication = 0x81;
 constexpr std::uint8_t kStopCommunication = 0x82;
 constexpr HeaderForm kStartForm{true, false};
 // After so many interrupted attempts the bytes go without gaps: that is one order to the adapter, and most
@@ -24,7 +23,6 @@ constexpr int kMostHoldUps = 20;
 constexpr Milliseconds kForgotten{100};
 constexpr char kHeldUp[] =
     "the computer is too busy to wake the ECU up in time: relieve it, or start the server with --realtime";
-constexpr char kNoEcho[] = "no echo: check cable and ignition";
 
 template <typename Item>
 std::optional<Item> TakeFirst(std::deque<Item>& items) {
@@ -94,20 +92,17 @@ void KLineTester::Rest() {
   std::erase_if(events_, [](const Event& event) { return event.kind != Event::Kind::kNote; });
 }
 
-void KLineTester::Begin(Purpose purpose, base::Duration silence, base::TimePoint now,
+void KLineTester::Begin(Purpose purpose, base::Duration span, base::TimePoint now,
                         base::TimePoint quiet_since) {
   purpose_ = purpose;
   hold_ups_ = 0;
   broke_off_ = false;
-  quiet_since_ = std::max(quiet_since_, quiet_since);
-  silence_ = silence;
-  AwaitSilence(now);
+  silence_.BusyUntil(quiet_since);
+  AwaitSilence(span, now);
 }
 
-// That the line is silent shows when its time has elapsed, and never at once: the adapter may still hold
-// what was said before.
-void KLineTester::AwaitSilence(base::TimePoint now) {
-  silence_end_ = std::max(now, quiet_since_ + silence_) + Time(&Timing::p3_max);
+void KLineTester::AwaitSilence(base::Duration span, base::TimePoint now) {
+  silence_.Await(span, Time(&Timing::p3_max), now);
   heard_.Clear();
   phase_ = Phase::kSilence;
 }
@@ -115,28 +110,25 @@ void KLineTester::AwaitSilence(base::TimePoint now) {
 // What the computer held up so long that the ECU has given it up is sent anew.
 void KLineTester::Redo(base::TimePoint now) {
   if (++hold_ups_ > kMostHoldUps) return Fail(kNoAnswer, kHeldUp);
-  silence_ = std::max<base::Duration>(silence_, kForgotten);
-  AwaitSilence(now);
+  AwaitSilence(std::max<base::Duration>(silence_.Span(), kForgotten), now);
 }
 
 void KLineTester::BytesArrived(base::ByteView bytes, base::TimePoint now) {
-  quiet_since_ = std::max(quiet_since_, now);
-  if (phase_ == Phase::kIdle || phase_ == Phase::kWakeUp) return;
+  silence_.BusyUntil(now);
+  if (phase_ == Phase::kIdle || (phase_ == Phase::kAwakening && !awakening_->IsListening())) return;
   heard_.Append(bytes);
   if (phase_ == Phase::kExchange) {
     exchange_.BytesArrived(bytes, now);
     Deliver();
-  } else if (phase_ == Phase::kHandshake) {
-    base::ByteBuffer rest;
-    echo_.Filter(bytes, rest);
-    for (const std::uint8_t byte : rest.View()) handshake_->ByteArrived(byte, now);
+  } else if (phase_ == Phase::kAwakening) {
+    awakening_->BytesArrived(bytes, now);
   }
   MoveOn(now);
 }
 
 void KLineTester::TimeElapsed(base::TimePoint now) {
   if (phase_ == Phase::kSilence) SilenceElapsed(now);
-  if (phase_ == Phase::kHandshake) handshake_->TimeElapsed(now);
+  if (phase_ == Phase::kAwakening) awakening_->TimeElapsed(now);
   if (phase_ == Phase::kExchange) exchange_.TimeElapsed(now);
   MoveOn(now);
 }
@@ -144,7 +136,7 @@ void KLineTester::TimeElapsed(base::TimePoint now) {
 void KLineTester::Written(base::TimePoint now) {
   if (phase_ != Phase::kExchange) return;
   exchange_.Written(now);
-  quiet_since_ = std::max(quiet_since_, exchange_.SentUntil());
+  silence_.BusyUntil(exchange_.SentUntil());
 }
 
 std::optional<KLineTester::Action> KLineTester::TakeAction() { return TakeFirst(actions_); }
@@ -152,14 +144,13 @@ std::optional<KLineTester::Action> KLineTester::TakeAction() { return TakeFirst(
 std::optional<KLineTester::Event> KLineTester::TakeEvent() { return TakeFirst(events_); }
 
 std::optional<base::TimePoint> KLineTester::Due() const {
-  if (phase_ == Phase::kWakeUp) return wake_up_->Due();
-  if (phase_ == Phase::kHandshake) return handshake_->Due();
+  if (phase_ == Phase::kAwakening) return awakening_->Due();
   return phase_ == Phase::kExchange ? exchange_.Due() : std::nullopt;
 }
 
 std::optional<base::TimePoint> KLineTester::Deadline() const {
-  if (phase_ == Phase::kSilence) return std::min(quiet_since_ + silence_, silence_end_);
-  if (phase_ == Phase::kHandshake) return handshake_->Deadline();
+  if (phase_ == Phase::kSilence) return silence_.Deadline();
+  if (phase_ == Phase::kAwakening) return awakening_->Deadline();
   return phase_ == Phase::kExchange ? exchange_.Deadline() : std::nullopt;
 }
 
@@ -175,77 +166,42 @@ std::optional<base::TimePoint> KLineTester::ReceivingUntil() const {
 
 // Each phase goes over into the next without an event in between.
 void KLineTester::MoveOn(base::TimePoint now) {
-  if (phase_ == Phase::kWakeUp) Wake(now);
-  if (phase_ == Phase::kHandshake) ShakeHands(now);
+  if (phase_ == Phase::kAwakening) WakeUpEcu(now);
   if (phase_ == Phase::kExchange) RunExchange(now);
 }
 
 void KLineTester::SilenceElapsed(base::TimePoint now) {
-  if (now >= quiet_since_ + silence_) {
+  if (silence_.IsOver(now)) {
     heard_.Clear();
     if (purpose_ != Purpose::kInitialisation) return StartExchange(now);
-    phase_ = Phase::kWakeUp;
-    const bool fast = function_.KLine().init == KLineDescription::Init::kFast;
-    wake_up_ = fast ? WakeUp::Fast(function_.timing)
-                    : WakeUp::FiveBaud(function_.timing, function_.KLine().init_address);
-  } else if (now >= silence_end_) {
+    phase_ = Phase::kAwakening;
+    awakening_.emplace(function_, means_, agreement_.ByteTime(), echo_, actions_);
+  } else if (silence_.IsGivenUp(now)) {
     Fail(kNoAnswer, "the line is never silent");
   }
 }
 
-void KLineTester::Wake(base::TimePoint now) {
-  const bool fast = function_.KLine().init == KLineDescription::Init::kFast;
-  if (!fast && means_ == WakeUp::Means::kNone) {
-    const base::TimePoint end = now + agreement_.ByteTime();
-    Write(std::array{function_.KLine().init_address}, end);
-    return ListenForKeyBytes(end);
-  }
-  if (means_ != WakeUp::Means::kNone && wake_up_->IsLate(now)) {
-    SetLevel(false);
-    EndWakeUp();
-    quiet_since_ = now;
-    return Redo(now);
-  }
-  while (const auto low = wake_up_->TakeLevel(now)) SetLevel(*low);
-  if (means_ != WakeUp::Means::kNone) echo_.LineWasLow();
-  if (!wake_up_->IsDone(now)) return;
-  EndWakeUp();
-  quiet_since_ = now;
-  if (!fast) return ListenForKeyBytes(now);
-  message_ = {kStartCommunication};
-  StartExchange(now);
-}
-
-void KLineTester::SetLevel(bool low) {
-  actions_.push_back({low ? Action::Kind::kPullLow : Action::Kind::kLetRise, {}});
-  if (!low || means_ != WakeUp::Means::kByte) return;
-  actions_.push_back({Action::Kind::kSetSpeed, {}, wake_up_->SlowBaud()});
-  actions_.push_back({Action::Kind::kWrite, {0x00}});
-}
-
-void KLineTester::EndWakeUp() {
-  if (means_ == WakeUp::Means::kByte)
-    actions_.push_back({Action::Kind::kSetSpeed, {}, function_.KLine().baud});
-}
-
-void KLineTester::ListenForKeyBytes(base::TimePoint from) {
-  echo_.Expect({});
-  handshake_.emplace(function_.timing, function_.KLine().init_address, agreement_.ByteTime(), from);
-  phase_ = Phase::kHandshake;
-}
-
-void KLineTester::ShakeHands(base::TimePoint now) {
-  if (const auto byte = handshake_->TakeByte(now)) {
-    echo_.Expect(std::array{*byte});
-    Write(std::array{*byte}, now + agreement_.ByteTime());
-  }
-  if (handshake_->CurrentState() == SlowHandshake::State::kFailed) {
-    if (echo_.IsMissing()) return Fail(kNoAnswer, kNoEcho);
-    // The ECU is there: a late byte of ours, or a damaged one of its own, is no reason to give up.
-    if (handshake_->HasBegun() && !std::exchange(broke_off_, true)) return AwaitSilence(now);
-    Fail(kNoAnswer, "no " + handshake_->MissingStep());
-  } else if (handshake_->CurrentState() == SlowHandshake::State::kDone) {
-    Started(handshake_->FirstKeyByte(), handshake_->SecondKeyByte());
+void KLineTester::WakeUpEcu(base::TimePoint now) {
+  awakening_->MoveOn(now);
+  silence_.BusyUntil(awakening_->BusyUntil());
+  switch (awakening_->CurrentState()) {
+    case EcuAwakening::State::kRunning:
+      return;
+    case EcuAwakening::State::kAwake:
+      message_ = {kStartCommunication};
+      return StartExchange(now);
+    case EcuAwakening::State::kHasKeyBytes:
+      return Started(StartAnswer::Of(awakening_->FirstKeyByte(), awakening_->SecondKeyByte()));
+    case EcuAwakening::State::kLate:
+      return Redo(now);
+    case EcuAwakening::State::kNoEcho:
+      return Fail(kNoAnswer, FrameExchange::kNoEchoText);
+    case EcuAwakening::State::kNotAnswering:
+      // The ECU is there: a late byte of ours, or a damaged one of its own, is no reason to give up.
+      if (awakening_->HasBegun() && !std::exchange(broke_off_, true)) {
+        return AwaitSilence(silence_.Span(), now);
+      }
+      return Fail(kNoAnswer, "no " + awakening_->MissingStep());
   }
 }
 
@@ -265,15 +221,11 @@ void KLineTester::StartExchange(base::TimePoint now) {
 
 void KLineTester::RunExchange(base::TimePoint now) {
   if (const base::ByteView bytes = exchange_.TakeBytes(now); !bytes.empty()) {
-    Write(bytes, exchange_.SentUntil());
+    silence_.BusyUntil(exchange_.SentUntil());
+    actions_.push_back({Action::Kind::kWrite, base::ByteBuffer(bytes)});
   }
   if (exchange_.TakeSent(now) && purpose_ == Purpose::kRequest) events_.push_back({Event::Kind::kSent, {}});
   if (exchange_.CurrentOutcome() != FrameExchange::Outcome::kUnderWay) FinishExchange(now);
-}
-
-void KLineTester::Write(base::ByteView bytes, base::TimePoint until) {
-  quiet_since_ = std::max(quiet_since_, until);
-  actions_.push_back({Action::Kind::kWrite, base::ByteBuffer(bytes)});
 }
 
 // The answer to startCommunication is ours, and nobody waits for that to stopCommunication.
@@ -293,49 +245,25 @@ void KLineTester::FinishExchange(base::TimePoint now) {
   if (exchange_.CurrentOutcome() == FrameExchange::Outcome::kHeldUp) return Redo(now);
   phase_ = Phase::kIdle;
   if (purpose_ == Purpose::kStop) return Abandon();
+  const bool start = purpose_ == Purpose::kInitialisation;
   switch (exchange_.CurrentOutcome()) {
     case FrameExchange::Outcome::kAnswered:
-      if (purpose_ == Purpose::kInitialisation) TakeAnswer(message_.View());
-      break;
-    case FrameExchange::Outcome::kNoEcho:
-      NotAnswered(kNoEcho);
-      break;
-    case FrameExchange::Outcome::kDisturbed:
-      NotAnswered("the echo is not what was sent: another tester is on the line");
-      break;
-    case FrameExchange::Outcome::kDamaged:
-    case FrameExchange::Outcome::kSilent:
-      NotAnswered(Silence());
+      if (start) Started(StartAnswer::Of(message_.View(), names_));
       break;
     case FrameExchange::Outcome::kForeign:
-      if (purpose_ == Purpose::kInitialisation) Fail(kInitialisationRefused, "another answer");
+      if (start) Fail(kInitialisationRefused, "another answer");
       break;
-    case FrameExchange::Outcome::kUnderWay:
-    case FrameExchange::Outcome::kHeldUp:
+    default:
+      NotAnswered(exchange_.WhyNoAnswer(!heard_.Empty()));
       break;
   }
 }
 
-void KLineTester::TakeAnswer(base::ByteView message) {
-  if (message[0] == kNegativeResponse) {
-    return Fail(kInitialisationRefused, names_.RefusalText(kStartCommunication, message[2]));
-  }
-  static constexpr std::size_t kLength = 3;
-  if (message.size() < kLength) return Fail(kInitialisationRefused, "an answer without key bytes");
-  Started(message[1], message[2]);
-}
-
-void KLineTester::Started(std::uint8_t first_key_byte, std::uint8_t second_key_byte) {
-  const auto key_bytes = KeyBytes::Read(first_key_byte, second_key_byte);
-  const std::string text = "key bytes " + base::HexText(std::array{first_key_byte, second_key_byte});
-  if (!key_bytes) return Fail(kInitialisationRefused, text + " are not those of ISO 14230");
-  if (!key_bytes->HasRightParity()) {
-    events_.push_back({Event::Kind::kNote,
-                       {},
-                       0,
-                       function_.ecu + ": " + text + " have a wrong parity, which is overlooked"});
-  }
-  agreement_.Announced(*key_bytes);
+void KLineTester::Started(const StartAnswer& answer) {
+  if (!answer.key_bytes) return Fail(kInitialisationRefused, answer.text);
+  if (!answer.text.empty())
+    events_.push_back({Event::Kind::kNote, {}, 0, function_.ecu + ": " + answer.text});
+  agreement_.Announced(*answer.key_bytes);
   if (function_.KLine().functional) TalkToWhoAnswered();
   phase_ = Phase::kIdle;
   connected_ = true;
@@ -376,16 +304,7 @@ void KLineTester::Report(std::int32_t number, const std::string& what) {
 }
 
 std::string KLineTester::WhyNoAnswer() const {
-  return WhatFailed() + ": " + (echo_.IsMissing() ? kNoEcho : Silence()) + heard_.Text();
-}
-
-std::string KLineTester::Silence() const {
-  if (exchange_.Damage() != nullptr) {
-    return std::string("the answer was damaged, it has ") + exchange_.Damage();
-  }
-  return heard_.Empty() && echo_.State() != EchoFilter::Echo::kOff
-             ? "no answer and no echo: check cable and ignition"
-             : "no answer";
+  return WhatFailed() + ": " + exchange_.WhyNoAnswer(!heard_.Empty()) + heard_.Text();
 }
 
 std::string KLineTester::WhatFailed() const {

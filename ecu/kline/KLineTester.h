@@ -14,11 +14,14 @@
 #include "base/EventLoop.h"
 #include "ecu/description/EcuDescription.h"
 #include "ecu/kline/EchoFilter.h"
+#include "ecu/kline/EcuAwakening.h"
 #include "ecu/kline/FrameExchange.h"
 #include "ecu/kline/HeardBytes.h"
 #include "ecu/kline/KLineTiming.h"
+#include "ecu/kline/LineAction.h"
 #include "ecu/kline/LineAgreement.h"
-#include "ecu/kline/SlowHandshake.h"
+#include "ecu/kline/LineSilence.h"
+#include "ecu/kline/StartAnswer.h"
 #include "ecu/kline/WakeUp.h"
 #include "ecu/link/ServiceNames.h"
 
@@ -27,12 +30,7 @@ namespace korval::ecu {
 /// After each call the actions are taken until there is none, then the events.
 class KLineTester {
  public:
-  struct Action {
-    enum class Kind { kPullLow, kLetRise, kWrite, kSetSpeed };
-    Kind kind;
-    base::ByteBuffer bytes;  ///< to be written
-    std::int32_t baud = 0;   ///< to be set
-  };
+  using Action = LineAction;
   struct Event {
     enum class Kind { kConnected, kSent, kMessage, kNote, kFailure };
     Kind kind;
@@ -91,25 +89,21 @@ class KLineTester {
   /// Why no answer has come to the last message, for all that was heard.
   std::string WhyNoAnswer() const;
   /// When the line was last busy.
-  base::TimePoint QuietSince() const { return quiet_since_; }
+  base::TimePoint QuietSince() const { return silence_.Since(); }
   /// P2 and P2* as agreed on, at the speed of the line.
   base::Duration AnswerTime() const { return agreement_.Times().p2_max + agreement_.ByteTime(); }
   base::Duration PendingTime() const { return agreement_.Times().p2_star + agreement_.ByteTime(); }
   const KLineTiming& ActiveTiming() const { return agreement_.Times(); }
 
  private:
-  enum class Phase { kIdle, kSilence, kWakeUp, kHandshake, kExchange };
+  enum class Phase { kIdle, kSilence, kAwakening, kExchange };
   enum class Purpose { kInitialisation, kRequest, kStop };
 
-  void Begin(Purpose purpose, base::Duration silence, base::TimePoint now, base::TimePoint quiet_since);
-  void AwaitSilence(base::TimePoint now);
+  void Begin(Purpose purpose, base::Duration span, base::TimePoint now, base::TimePoint quiet_since);
+  void AwaitSilence(base::Duration span, base::TimePoint now);
   void SilenceElapsed(base::TimePoint now);
   void Redo(base::TimePoint now);
-  void Wake(base::TimePoint now);
-  void SetLevel(bool low);
-  void EndWakeUp();
-  void ListenForKeyBytes(base::TimePoint from);
-  void ShakeHands(base::TimePoint now);
+  void WakeUpEcu(base::TimePoint now);
   void RunExchange(base::TimePoint now);
   void StartExchange(base::TimePoint now);
   void Write(base::ByteView bytes, base::TimePoint until);
@@ -117,15 +111,13 @@ class KLineTester {
   void Deliver();
   void TakeNote(base::ByteView answer);
   void FinishExchange(base::TimePoint now);
-  void TakeAnswer(base::ByteView message);
   void TalkToWhoAnswered();
-  void Started(std::uint8_t first_key_byte, std::uint8_t second_key_byte);
+  void Started(const StartAnswer& answer);
 
   void NotAnswered(const std::string& what);
   void Fail(std::int32_t number, const std::string& what);
   void Report(std::int32_t number, const std::string& what);
   std::string WhatFailed() const;
-  std::string Silence() const;
   base::Duration Time(Timing::Number Timing::*number) const { return function_.timing.Value(number); }
 
   FunctionDescription function_;
@@ -138,16 +130,13 @@ class KLineTester {
   bool connected_ = false;
   bool stopped_ = false;
   WakeUp::Means means_ = WakeUp::Means::kBreak;
-  base::TimePoint quiet_since_{};
-  base::Duration silence_{};
-  base::TimePoint silence_end_{};  // the line has to be silent by then
-  bool broke_off_ = false;         // the handshake has, and is done anew
-  int hold_ups_ = 0;               // how often the computer spoilt what was being sent
-  std::optional<WakeUp> wake_up_;
-  std::optional<SlowHandshake> handshake_;
+  LineSilence silence_;
+  bool broke_off_ = false;  // the handshake has, and is done anew
+  int hold_ups_ = 0;        // how often the computer spoilt what was being sent
+  std::optional<EcuAwakening> awakening_;
   base::ByteBuffer message_;
   HeardBytes heard_;
-  std::deque<Action> actions_;
+  LineActions actions_;
   std::deque<Event> events_;
 };
 
