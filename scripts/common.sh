@@ -5,7 +5,7 @@ project=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$project" || exit 1
 
 build_packages=(g++ cmake ninja-build ccache qt6-base-dev qt6-serialbus-dev qt6-serialport-dev libpugixml-dev libcli11-dev)
-test_packages=(clang clang-format clang-tidy libclang-rt-dev libgtest-dev libgmock-dev libbenchmark-dev python3 git iproute2
+test_packages=(clang clang-format clang-tidy libclang-rt-dev libgtest-dev libgmock-dev libbenchmark-dev libxml2-utils python3 git iproute2
   libqt6opengl6-dev libqt6serialbus6-bin qt6-tools-dev qt6-l10n-tools xauth xvfb)
 
 # Lets ccache see through precompiled headers.

@@ -9,6 +9,7 @@
 #include "base/Failure.h"
 #include "base/FolderPath.h"
 #include "ecu/ecufile/EcuFile.h"
+#include "ecu/ecufile/Grammar.h"
 #include "ecu/ecufile/MessagingReader.h"
 #include "model/KorvAsapFile.h"
 
@@ -58,14 +59,17 @@ void DescriptionCheck::Run(const pugi::xml_node& root) {
 }
 
 bool DescriptionCheck::CheckName(const pugi::xml_node& section) {
-  if (!ElementCheck(file_, section).Required("name", "a client cannot select it")) return false;
+  if (!ElementCheck(file_, section).Required(ecu::grammar::kSection["name"], "a client cannot select it"))
+    return false;
   if (sections_.insert(section.attribute("name").value()).second) return true;
   file_.Report(section, "there is a section of this name already; a client reaches only the first one.");
   return false;
 }
 
 ecu::MessagingFile DescriptionCheck::LoadMessaging(const pugi::xml_node& section) {
-  if (!ElementCheck(file_, section).Required("url", "it must name the CAN messaging file")) return {};
+  if (!ElementCheck(file_, section)
+           .Required(ecu::grammar::kSection["url"], "it must name the CAN messaging file"))
+    return {};
   try {
     return ecu::LoadMessagingFile(
         base::PathInFolder(korv_folder_, section.attribute("url").value()).string());
@@ -76,7 +80,8 @@ ecu::MessagingFile DescriptionCheck::LoadMessaging(const pugi::xml_node& section
 }
 
 std::optional<DescriptionCheck::EcuFile> DescriptionCheck::LoadEcuFile(const pugi::xml_node& section) {
-  if (!ElementCheck(file_, section).Required("url", "it must name the ECU file")) return std::nullopt;
+  if (!ElementCheck(file_, section).Required(ecu::grammar::kSection["url"], "it must name the ECU file"))
+    return std::nullopt;
   const std::string url = section.attribute("url").value();
   try {
     EcuFile ecu_file;
@@ -129,8 +134,8 @@ void DescriptionCheck::CheckData(const pugi::xml_node& section, const EcuFile& e
     ElementCheck check(file_, data);
     const std::string name = data.attribute("name").value();
     const std::string short_name = data.attribute("shortname").value();
-    const bool named = check.Required("name", "it leads to no data item");
-    if (!check.Required("shortname", "a client cannot ask for it") || !named) continue;
+    const bool named = check.Required(ecu::grammar::kData["name"], "it leads to no data item");
+    if (!check.Required(ecu::grammar::kData["shortname"], "a client cannot ask for it") || !named) continue;
     if (!short_names.insert(short_name).second) {
       file_.Report(data, "the short name " + short_name + " stands here already; the first one serves.");
     } else if (names.KorvDataName(short_name) != name) {

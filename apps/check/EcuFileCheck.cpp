@@ -8,8 +8,11 @@
 #include "apps/check/FunctionCheck.h"
 #include "apps/check/SimulationCheck.h"
 #include "ecu/ecufile/AttributeReader.h"
+#include "ecu/ecufile/Grammar.h"
 
 namespace korval::apps {
+
+namespace grammar = ecu::grammar;
 
 void EcuFileCheck::Run(const pugi::xml_node& root) {
   const pugi::xml_node function = CheckFunctions(file_, root);
@@ -28,18 +31,18 @@ void EcuFileCheck::Run(const pugi::xml_node& root) {
 void EcuFileCheck::CheckReferenceData(const pugi::xml_node& target) {
   for (const pugi::xml_node& data : target.children("ReferenceData")) {
     for (const pugi::xml_node& item : data.children("Item")) {
-      ElementCheck(file_, item).Required("Name", "it is listed with an empty name");
+      ElementCheck(file_, item).Required(grammar::kFact["Name"], "it is listed with an empty name");
     }
   }
 }
 
 void EcuFileCheck::CheckRequest(const pugi::xml_node& request) {
   const std::string name = request.attribute("Name").value();
-  if (!ElementCheck(file_, request).Required("Name", "the request is left out")) return;
+  if (!ElementCheck(file_, request).Required(grammar::kRequest["Name"], "the request is left out")) return;
   if (!names_.requests.insert(name).second) {
     file_.Report(request, "there is a request of this name already; the first one serves.");
   }
-  ElementCheck(file_, request).OneOf("NoAnswer", {"0", "1"});
+  ElementCheck(file_, request).Value(grammar::kRequest["NoAnswer"]);
   CheckSingle(request, "Sent");
   CheckSingle(request, "Received");
   CheckSent(request);
@@ -55,7 +58,7 @@ void EcuFileCheck::CheckSent(const pugi::xml_node& request) {
   const pugi::xml_node sent = request.child("Sent");
   const std::vector<PlacedItem> items = TakeItems(sent);
   CheckOverlaps(file_, items);
-  const auto bytes = ElementCheck(file_, sent).Bytes("Bytes");
+  const auto bytes = ElementCheck(file_, sent).Bytes(grammar::kSent["Bytes"]);
   if (!bytes || bytes->Empty()) {
     const bool wrong = sent.attribute("Bytes") && !bytes;  // has been reported
     if (!wrong && !frames_only_) {
@@ -74,13 +77,12 @@ void EcuFileCheck::CheckSent(const pugi::xml_node& request) {
 void EcuFileCheck::CheckReceived(const pugi::xml_node& request) {
   const pugi::xml_node received = request.child("Received");
   const std::vector<PlacedItem> items = TakeItems(received);
-  ElementCheck check(file_, received);
-  for (const PlacedItem& placed : items) ElementCheck(file_, placed.element).OneOf("Ref", {"1"});
+  for (const PlacedItem& placed : items) ElementCheck(file_, placed.element).Value(grammar::kItem["Ref"]);
   NoteLostDigits(file_, items);
-  if (!check.Integer("MinBytes", 1, ecu::kLongestMessage)) return;
-  if (received.attribute("MinBytes")) {
-    const auto length =
-        static_cast<std::size_t>(ecu::IntegerAttribute(received, "MinBytes", 1, 1, ecu::kLongestMessage));
+  const ecu::Attribute& min_bytes = grammar::kReceived["MinBytes"];
+  if (!ElementCheck(file_, received).Value(min_bytes)) return;
+  if (received.attribute(min_bytes.name)) {
+    const auto length = static_cast<std::size_t>(ecu::IntegerAttribute(received, min_bytes));
     CheckInside(file_, items, length, "the shortest answer (MinBytes)");
   } else if (!items.empty()) {
     file_.Report(received,

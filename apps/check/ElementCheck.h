@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
-#include <initializer_list>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include <pugixml.hpp>
 
 #include "apps/check/CheckedFile.h"
 #include "base/ByteBuffer.h"
 #include "ecu/can/CanFrame.h"
+#include "ecu/ecufile/Attribute.h"
 
 namespace korval::apps {
 
@@ -22,17 +20,18 @@ class ElementCheck {
   ElementCheck(CheckedFile& file, const pugi::xml_node& element) : file_(file), element_(element) {}
 
   /// There, and not empty. `why` says what becomes of an element without it.
-  bool Required(const char* name, const std::string& why);
-  bool Integer(const char* name, std::int32_t lowest, std::int32_t highest);
-  bool Number(const char* name);
-  bool Hex(const char* name, std::uint32_t highest);
-  bool OneOf(const char* name, std::initializer_list<std::string_view> names);
+  bool Required(const ecu::Attribute& rule, const std::string& why);
+  bool Value(const ecu::Attribute& rule);
   /// None when absent or wrong.
-  std::optional<ecu::CanIdentifier> Identifier(const char* name);
-  std::optional<base::ByteBuffer> Bytes(const char* name);
+  std::optional<ecu::CanIdentifier> Identifier(const ecu::Attribute& rule);
+  std::optional<base::ByteBuffer> Bytes(const ecu::Attribute& rule);
 
  private:
-  bool Refuse(const char* name, const std::string& what);
+  // The attribute is there.
+  bool Integer(const ecu::Attribute& rule);
+  bool Hex(const ecu::Attribute& rule);
+  bool OneOf(const ecu::Attribute& rule);
+  bool Refuse(const ecu::Attribute& rule, const std::string& what);
 
   CheckedFile& file_;
   pugi::xml_node element_;

@@ -1,16 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "apps/check/FunctionCheck.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "apps/check/ElementCheck.h"
-#include "ecu/description/Timing.h"
-#include "ecu/description/TransportDescription.h"
+#include "ecu/ecufile/Grammar.h"
 
 namespace korval::apps {
 namespace {
 
-constexpr std::uint32_t kLastByte = 0xFF;
+using ecu::grammar::kFunction;
+
+// Those of a Diagnostic element, too, which are checked by themselves.
+bool IsOfTransport(const ecu::Attribute& rule) {
+  const auto others = ecu::grammar::kDiagnostic.attributes;
+  return std::any_of(others.begin(), others.end(),
+                     [&](const ecu::Attribute& other) { return std::string_view(other.name) == rule.name; });
+}
 
 void CheckCombinations(CheckedFile& file, const pugi::xml_node& function) {
   if (function.attribute("SessionBaud") && !function.attribute("Session")) {
@@ -22,23 +29,12 @@ void CheckCombinations(CheckedFile& file, const pugi::xml_node& function) {
 }
 
 void CheckFunction(CheckedFile& file, const pugi::xml_node& function) {
+  using Kind = ecu::Attribute::Kind;
   ElementCheck check(file, function);
-  check.OneOf("Protocol", {"KWP2000", "DiagOnCAN", "CAN"});
-  check.OneOf("Init", {"fast", "slow", "none"});
-  check.OneOf("Echo", {"auto", "on", "off"});
-  check.OneOf("Rts", {"on", "off", "as is"});
-  check.OneOf("Dtr", {"on", "off", "as is"});
-  check.OneOf("LLine", {"none", "rts", "rts-inverted"});
-  check.OneOf("WakeUp", {"auto", "break", "byte"});
-  check.OneOf("Header", {"auto", "format", "format-length", "addresses", "addresses-length"});
-  check.OneOf("Functional", {"0", "1"});
-  for (const char* address : {"Address", "Tester", "InitAddress", "Session", "SessionBaud"})
-    check.Hex(address, kLastByte);
-  check.Integer("Baud", 1, 4000000);
-  check.Integer("KeepAliveMs", 0, 3600000);
-  check.Integer("Repeats", 0, 10);
-  for (const ecu::TimingParameter& parameter : ecu::kTimingParameters) {
-    check.Integer(parameter.attribute, parameter.lowest, parameter.highest);
+  for (const Kind kind : {Kind::kChoice, Kind::kHex, Kind::kInteger}) {
+    for (const ecu::Attribute& rule : kFunction.attributes) {
+      if (rule.kind == kind && !IsOfTransport(rule)) check.Value(rule);
+    }
   }
   CheckCombinations(file, function);
   CheckTransport(file, function);
@@ -48,15 +44,15 @@ void CheckFunction(CheckedFile& file, const pugi::xml_node& function) {
 
 void CheckTransport(CheckedFile& file, const pugi::xml_node& element) {
   ElementCheck check(file, element);
-  const auto request = check.Identifier("RequestId");
-  const auto response = check.Identifier("ResponseId");
+  const auto request = check.Identifier(kFunction["RequestId"]);
+  const auto response = check.Identifier(kFunction["ResponseId"]);
   if (request && request == response) {
     file.Report(element, "RequestId and ResponseId are the same; the ECU answers on another identifier.");
   }
-  check.OneOf("Addressing", {"normal", "extended"});
-  if (std::string_view(element.attribute("Padding").value()) != "none") check.Hex("Padding", kLastByte);
+  check.Value(kFunction["Addressing"]);
+  check.Value(kFunction["Padding"]);
   for (const ecu::TransportParameter& parameter : ecu::kTransportParameters) {
-    check.Integer(parameter.attribute, parameter.lowest, parameter.highest);
+    check.Value(ecu::grammar::Of(parameter));
   }
 }
 
@@ -64,7 +60,9 @@ pugi::xml_node CheckFunctions(CheckedFile& file, const pugi::xml_node& root) {
   pugi::xml_node serving;
   for (const pugi::xml_node& target : root.children("qor:Target")) {
     for (const pugi::xml_node& function : target.children("Function")) {
-      if (!ElementCheck(file, function).Required("Name", "the function cannot be found without it")) continue;
+      if (!ElementCheck(file, function)
+               .Required(kFunction["Name"], "the function cannot be found without it"))
+        continue;
       if (serving) {
         file.Report(function, "the function " + std::string(serving.attribute("Name").value()) +
                                   " stands before it and serves; a file describes one function.");

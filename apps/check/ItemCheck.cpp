@@ -2,10 +2,8 @@
 #include "apps/check/ItemCheck.h"
 
 #include <algorithm>
-#include <charconv>
 #include <set>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "apps/check/ElementCheck.h"
@@ -13,6 +11,7 @@
 #include "ecu/description/ItemCoding.h"
 #include "ecu/description/ItemEncoding.h"
 #include "ecu/ecufile/AttributeReader.h"
+#include "ecu/ecufile/Grammar.h"
 #include "ecu/ecufile/ItemReader.h"
 
 namespace korval::apps {
@@ -20,6 +19,7 @@ namespace {
 
 using ecu::Coding;
 using ecu::ItemDescription;
+using ecu::grammar::kItem;
 
 constexpr char kLeftOut[] = "the item is left out";
 
@@ -40,8 +40,8 @@ std::string WhyImpossible(const pugi::xml_node& element) {
 }
 
 bool CheckStep(CheckedFile& file, const pugi::xml_node& element) {
-  if (!ElementCheck(file, element).Number("Step")) return false;
-  if (!element.attribute("Step") || *ecu::NumberAttribute(element, "Step") != 0) return true;
+  if (!ElementCheck(file, element).Value(kItem["Step"])) return false;
+  if (!element.attribute("Step") || *ecu::NumberAttribute(element, kItem["Step"]) != 0) return true;
   file.Report(element, "a Step of 0 makes all values the same; " + std::string(kLeftOut) + ".");
   return false;
 }
@@ -49,15 +49,15 @@ bool CheckStep(CheckedFile& file, const pugi::xml_node& element) {
 // Says why the loader takes no item from an element.
 void Explain(CheckedFile& file, const pugi::xml_node& element) {
   ElementCheck check(file, element);
-  bool right = check.Required("Name", kLeftOut);
-  right &= check.Required("FirstByte", kLeftOut);
-  right &= check.Integer("FirstByte", 1, ecu::kLongestMessage);
-  right &= check.Integer("BitOffset", 0, 7);
-  right &= check.Integer("BitsCount", 1, ecu::kLongestMessage * 8);
-  right &= check.OneOf("Coding", {"unsigned", "signed", "float", "boolean", "ascii", "bytes", "bcd"});
-  right &= check.OneOf("ByteOrder", {"big", "little"});
+  bool right = check.Required(kItem["Name"], kLeftOut);
+  right &= check.Required(kItem["FirstByte"], kLeftOut);
+  right &= check.Value(kItem["FirstByte"]);
+  right &= check.Value(kItem["BitOffset"]);
+  right &= check.Value(kItem["BitsCount"]);
+  right &= check.Value(kItem["Coding"]);
+  right &= check.Value(kItem["ByteOrder"]);
   right &= CheckStep(file, element);
-  right &= check.Number("Offset");
+  right &= check.Value(kItem["Offset"]);
   if (right) file.Report(element, WhyImpossible(element));
 }
 
@@ -79,18 +79,10 @@ bool CanHold(const ItemDescription& item, const ItemDescription::NamedValue& nam
   return true;
 }
 
-std::optional<std::int64_t> RawValue(const pugi::xml_node& text) {
-  const std::string_view digits = text.attribute("Value").value();
-  std::int64_t raw = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), raw);
-  if (error != std::errc{} || end != digits.data() + digits.size()) return std::nullopt;
-  return raw;
-}
-
 void CheckTexts(CheckedFile& file, const pugi::xml_node& element, const ItemDescription& item) {
   std::set<std::int64_t> known;
   for (const pugi::xml_node& text : element.children("Text")) {
-    const auto raw = RawValue(text);
+    const auto raw = ecu::RawAttribute(text, ecu::grammar::kText["Value"]);
     if (!HasNamedValues(item.coding)) {
       file.Report(text, "has no effect; only unsigned, signed, boolean and bcd values have names.");
     } else if (!raw) {

@@ -9,9 +9,14 @@
 #include "apps/check/ItemCheck.h"
 #include "ecu/dbc/DbcFile.h"
 #include "ecu/ecufile/AttributeReader.h"
+#include "ecu/ecufile/Grammar.h"
 
 namespace korval::apps {
 namespace {
+
+namespace grammar = ecu::grammar;
+using grammar::kDiagnostic;
+using grammar::kFrame;
 
 constexpr char kNoDiagnostic[] = "the function's diagnosis cannot be found";
 constexpr char kNoFrame[] = "the frame is left out";
@@ -32,7 +37,7 @@ Finding FindingOf(const std::string& note) {
 
 void MessagingCheck::Run(const pugi::xml_node& root) {
   const pugi::xml_node messaging = root.child("messaging");
-  ElementCheck(file_, messaging).Integer("Bitrate", 1000, 1000000);
+  ElementCheck(file_, messaging).Value(grammar::kMessaging["Bitrate"]);
   for (const pugi::xml_node& diagnostic : messaging.children("Diagnostic")) CheckDiagnostic(diagnostic);
   for (const pugi::xml_node& frame : messaging.children("Frame")) CheckFrame(frame);
   const pugi::xml_node second = messaging.next_sibling("messaging");
@@ -42,27 +47,27 @@ void MessagingCheck::Run(const pugi::xml_node& root) {
 void MessagingCheck::CheckDiagnostic(const pugi::xml_node& diagnostic) {
   ElementCheck check(file_, diagnostic);
   const std::string function = diagnostic.attribute("Function").value();
-  if (check.Required("Function", kNoDiagnostic) && !functions_.insert(function).second) {
+  if (check.Required(kDiagnostic["Function"], kNoDiagnostic) && !functions_.insert(function).second) {
     file_.Report(diagnostic, "the function stands here already; the first one serves.");
   }
   CheckTransport(file_, diagnostic);
-  for (const char* name : {"RequestId", "ResponseId"}) {
-    check.Required(name, kNoDiagnostic);
-    const auto identifier = ecu::CanIdentifierAttribute(diagnostic, name);
+  for (const ecu::Attribute* rule : {&kDiagnostic["RequestId"], &kDiagnostic["ResponseId"]}) {
+    check.Required(*rule, kNoDiagnostic);
+    const auto identifier = ecu::CanIdentifierAttribute(diagnostic, *rule);
     if (identifier) users_.try_emplace(*identifier, function);
   }
 }
 
 void MessagingCheck::CheckFrame(const pugi::xml_node& frame) {
   ElementCheck check(file_, frame);
-  check.Required("Name", kNoFrame);
-  check.Required("Id", kNoFrame);
-  check.Integer("CycleMs", 0, 3600000);
+  check.Required(kFrame["Name"], kNoFrame);
+  check.Required(kFrame["Id"], kNoFrame);
+  check.Value(kFrame["CycleMs"]);
   const std::string name = frame.attribute("Name").value();
   if (!name.empty() && !frames_.insert(name).second) {
     file_.Report(frame, "there is a frame of this name already; by name, only the first is reached.");
   }
-  if (const auto identifier = check.Identifier("Id")) TakeIdentifier(frame, *identifier);
+  if (const auto identifier = check.Identifier(kFrame["Id"])) TakeIdentifier(frame, *identifier);
   const std::vector<PlacedItem> items = CheckItems(file_, frame);
   CheckInside(file_, items, ecu::CanFrame::kMostBytes, "a CAN frame");
   NoteLostDigits(file_, items);

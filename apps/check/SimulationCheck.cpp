@@ -2,16 +2,21 @@
 #include "apps/check/SimulationCheck.h"
 
 #include <cstdint>
-#include <limits>
 #include <string_view>
 
 #include "apps/check/ElementCheck.h"
 #include "base/Failure.h"
 #include "ecu/description/ItemEncoding.h"
 #include "ecu/ecufile/AttributeReader.h"
+#include "ecu/ecufile/Grammar.h"
 
 namespace korval::apps {
 namespace {
+
+namespace grammar = ecu::grammar;
+using grammar::kDtc;
+using grammar::kFault;
+using grammar::kSignal;
 
 constexpr std::size_t kMostCodes = 255;
 
@@ -25,10 +30,10 @@ class SimulationCheck {
 
   void Run(const pugi::xml_node& simulation) {
     ElementCheck check(file_, simulation);
-    check.Integer("LatencyMs", 0, 3600000);
-    check.Integer("DtcPerAnswer", 1, 255);
-    const auto key_bytes = check.Bytes("KeyBytes");
-    if (key_bytes && key_bytes->Length() != 2) {
+    check.Value(grammar::kSimulation["LatencyMs"]);
+    check.Value(grammar::kSimulation["DtcPerAnswer"]);
+    const auto key_bytes = check.Bytes(grammar::kSimulation["KeyBytes"]);
+    if (key_bytes && !ecu::HasLength(grammar::kSimulation["KeyBytes"], key_bytes->Length())) {
       file_.Report(simulation, "KeyBytes are two bytes, for example EF8F.");
     }
     for (const pugi::xml_node& signal : simulation.children("Signal")) CheckSignal(signal);
@@ -55,11 +60,11 @@ class SimulationCheck {
 
 void SimulationCheck::CheckSignal(const pugi::xml_node& signal) {
   ElementCheck check(file_, signal);
-  bool right = check.OneOf("Wave", {"constant", "ramp", "sine", "square", "noise"});
-  right &= check.Number("Min");
-  right &= check.Number("Max");
-  right &= check.Integer("PeriodMs", 1, 86400000);
-  if (!check.Required("Item", "the signal belongs to no data item")) return;
+  bool right = check.Value(kSignal["Wave"]);
+  right &= check.Value(kSignal["Min"]);
+  right &= check.Value(kSignal["Max"]);
+  right &= check.Value(kSignal["PeriodMs"]);
+  if (!check.Required(kSignal["Item"], "the signal belongs to no data item")) return;
   const std::string item = signal.attribute("Item").value();
   const auto found = names_.items.find(item);
   if (found == names_.items.end()) {
@@ -107,17 +112,17 @@ void SimulationCheck::CheckDtc(const pugi::xml_node& dtc) {
     file_.Report(dtc, "an ECU reports at most 255 trouble codes; take some out.");
   }
   ElementCheck check(file_, dtc);
-  check.Hex("Status", 0xFF);
-  if (!check.Required("Code", "the trouble code is left out") || !check.Hex("Code", 0xFFFF)) return;
-  if (!codes_.insert(*ecu::HexAttribute(dtc, "Code")).second)
+  check.Value(kDtc["Status"]);
+  if (!check.Required(kDtc["Code"], "the trouble code is left out") || !check.Value(kDtc["Code"])) return;
+  if (!codes_.insert(*ecu::HexAttribute(dtc, kDtc["Code"])).second)
     file_.Report(dtc, "this trouble code stands twice.");
 }
 
 void SimulationCheck::CheckAnswer(const pugi::xml_node& answer) {
   ElementCheck check(file_, answer);
-  const bool has_response = answer.attribute("Response") ? check.Bytes("Response").has_value() : true;
-  if (!check.Required("Request", "the answer is left out")) return;
-  const auto request = check.Bytes("Request");
+  const bool has_response = check.Value(grammar::kAnswer["Response"]);
+  if (!check.Required(grammar::kAnswer["Request"], "the answer is left out")) return;
+  const auto request = check.Bytes(grammar::kAnswer["Request"]);
   if (!request || !has_response) return;
   if (!answers_.insert(base::HexText(request->View())).second) {
     file_.Report(answer, "there is an answer to this request already; this one is never used.");
@@ -126,10 +131,10 @@ void SimulationCheck::CheckAnswer(const pugi::xml_node& answer) {
 
 void SimulationCheck::CheckFault(const pugi::xml_node& fault) {
   ElementCheck check(file_, fault);
-  check.Integer("Number", 1, 65535);
-  check.Integer("Times", 0, std::numeric_limits<std::int32_t>::max());
-  check.OneOf("Wire", {"late", "missing", "damaged", "pending", "foreign"});
-  check.OneOf("Init", {"0", "1"});
+  check.Value(kFault["Number"]);
+  check.Value(kFault["Times"]);
+  check.Value(kFault["Wire"]);
+  check.Value(kFault["Init"]);
   const std::string request = fault.attribute("Request").value();
   const bool init = std::string_view(fault.attribute("Init").value()) == "1";
   if (request.empty() && !init) {

@@ -8,58 +8,28 @@
 #include <string_view>
 #include <vector>
 
-#include "ecu/description/Timing.h"
-#include "ecu/description/TransportDescription.h"
+#include "ecu/ecufile/Grammar.h"
 
 namespace korval::apps {
 namespace {
 
 using Names = std::vector<std::string_view>;
 
-struct Element {
+struct Words {
   Names parents;
   Names attributes;
 };
 
-using Vocabulary = std::map<std::string_view, Element>;
+using Vocabulary = std::map<std::string_view, Words>;
 
 Vocabulary MakeVocabulary() {
-  Vocabulary words{
-      {"xml", {{""}, {}}},
-      {"ecu", {{"xml"}, {"name", "url"}}},
-      {"data", {{"ecu"}, {"name", "shortname"}}},
-      {"qor:Target", {{"xml"}, {}}},
-      {"Function", {{"qor:Target"}, {"Name",       "Ecu",         "Protocol",    "Address",    "Tester",
-                                     "Init",       "InitAddress", "Echo",        "Rts",        "Dtr",
-                                     "LLine",      "WakeUp",      "Header",      "Functional", "Baud",
-                                     "Session",    "SessionBaud", "KeepAliveMs", "Repeats",    "RequestId",
-                                     "ResponseId", "Addressing",  "Padding"}}},
-      {"ReferenceData", {{"qor:Target"}, {}}},
-      {"Item", {{"ReferenceData"}, {"Name", "Value"}}},
-      {"Requests", {{"qor:Target"}, {}}},
-      {"Request", {{"Requests"}, {"Name", "NoAnswer"}}},
-      {"Sent", {{"Request"}, {"Bytes"}}},
-      {"Received", {{"Request"}, {"MinBytes"}}},
-      {"DataItem",
-       {{"Sent", "Received", "Frame"},
-        {"Name", "Ref", "FirstByte", "BitOffset", "BitsCount", "Coding", "ByteOrder", "Step", "Offset",
-         "Unit"}}},
-      {"Text", {{"DataItem"}, {"Value"}}},
-      {"Simulation", {{"xml"}, {"LatencyMs", "DtcPerAnswer", "KeyBytes"}}},
-      {"Signal", {{"Simulation"}, {"Item", "Wave", "Value", "Min", "Max", "PeriodMs"}}},
-      {"Dtc", {{"Simulation"}, {"Code", "Status"}}},
-      {"Answer", {{"Simulation"}, {"Request", "Response"}}},
-      {"Fault", {{"Simulation"}, {"Request", "Init", "Number", "Times", "Wire"}}},
-      {"messaging", {{"xml"}, {"Bitrate"}}},
-      {"Diagnostic", {{"messaging"}, {"Function", "RequestId", "ResponseId", "Addressing", "Padding"}}},
-      {"Frame", {{"messaging"}, {"Id", "Name", "CycleMs"}}},
-  };
-  Names& function = words["Function"].attributes;
-  for (const auto& parameter : ecu::kTimingParameters) function.emplace_back(parameter.attribute);
-  for (Names* names : {&function, &words["Diagnostic"].attributes}) {
-    for (const auto& parameter : ecu::kTransportParameters) names->emplace_back(parameter.attribute);
+  Vocabulary vocabulary;
+  for (const ecu::Element& element : ecu::kGrammar) {
+    Words& words = vocabulary[element.name];
+    for (const char* parent : ecu::NamesIn(element.parents)) words.parents.emplace_back(parent);
+    for (const ecu::Attribute& attribute : element.attributes) words.attributes.emplace_back(attribute.name);
   }
-  return words;
+  return vocabulary;
 }
 
 bool Contains(const Names& names, std::string_view name) {

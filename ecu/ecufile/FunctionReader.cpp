@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "ecu/ecufile/FunctionReader.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "ecu/ecufile/AttributeReader.h"
+#include "ecu/ecufile/Grammar.h"
 
 namespace korval::ecu {
 namespace {
@@ -14,109 +15,89 @@ namespace {
 // Of ISO 14230-4: every ECU that exhaust regulations are about.
 constexpr std::uint8_t kFunctionalAddress = 0x33;
 
-KLineDescription::Init InitOf(std::string_view name) {
-  if (name == "slow") return KLineDescription::Init::kSlow;
-  return name == "none" ? KLineDescription::Init::kNone : KLineDescription::Init::kFast;
+using grammar::kFunction;
+
+std::optional<bool> ModemLine(const pugi::xml_node& node, const Attribute& rule) {
+  const std::size_t choice = ChoiceAttribute(node, rule);
+  return choice < 2 ? std::optional(choice == 0) : std::nullopt;  // the third leaves it as it is
 }
 
-KLineDescription::Echo EchoOf(std::string_view name) {
-  if (name == "on") return KLineDescription::Echo::kOn;
-  return name == "off" ? KLineDescription::Echo::kOff : KLineDescription::Echo::kAutomatic;
+std::optional<std::uint8_t> OptionalByte(const pugi::xml_node& node, const Attribute& rule) {
+  const auto value = HexAttribute(node, rule);
+  return value ? std::optional(static_cast<std::uint8_t>(*value)) : std::nullopt;
 }
 
-std::optional<bool> ModemLineOf(std::string_view name) {
-  if (name == "on") return true;
-  return name == "off" ? std::optional(false) : std::nullopt;
-}
-
-KLineDescription::LLine LLineOf(std::string_view name) {
-  if (name == "rts") return KLineDescription::LLine::kRts;
-  return name == "rts-inverted" ? KLineDescription::LLine::kRtsInverted : KLineDescription::LLine::kNone;
-}
-
-KLineDescription::WakeUp WakeUpOf(std::string_view name) {
-  if (name == "break") return KLineDescription::WakeUp::kBreak;
-  return name == "byte" ? KLineDescription::WakeUp::kByte : KLineDescription::WakeUp::kAutomatic;
-}
-
-KLineDescription::Header HeaderOf(std::string_view name) {
-  using Header = KLineDescription::Header;
-  if (name == "format") return Header::kFormat;
-  if (name == "format-length") return Header::kFormatLength;
-  if (name == "addresses") return Header::kAddresses;
-  return name == "addresses-length" ? Header::kAddressesLength : Header::kAutomatic;
-}
-
+// An addressing that is not understood is kept, so that nobody is addressed in another way.
 void ReadAddressing(const pugi::xml_node& node, TransportDescription& description) {
-  const std::string addressing = node.attribute("Addressing").value();
-  if (addressing == "extended" || addressing == "normal") {
-    description.extended_addressing = addressing == "extended";
-  } else {
-    description.unknown_addressing = addressing;
+  const Attribute& rule = kFunction["Addressing"];
+  const std::string_view text = TextAttribute(node, rule);
+  const auto known = KnownChoice(node, rule);
+  if (!known) {
+    description.unknown_addressing = text;
+  } else if (!text.empty()) {
+    description.extended_addressing = *known == 1;
   }
 }
 
 TransportDescription::Number ReadPadding(const pugi::xml_node& node) {
-  if (std::string_view(node.attribute("Padding").value()) == "none") return TransportDescription::kNoPadding;
-  const auto value = HexAttribute(node, "Padding");
-  if (!value || *value > 0xFF) return std::nullopt;
-  return static_cast<std::int32_t>(*value);
+  const Attribute& rule = kFunction["Padding"];
+  if (std::string_view(TextAttribute(node, rule)) == rule.word) return TransportDescription::kNoPadding;
+  const auto value = HexAttribute(node, rule);
+  return value ? TransportDescription::Number(static_cast<std::int32_t>(*value)) : std::nullopt;
 }
 
 }  // namespace
 
 FunctionDescription ReadFunction(const pugi::xml_node& node) {
   FunctionDescription function;
-  function.name = node.attribute("Name").value();
-  function.ecu = node.attribute("Ecu").as_string(function.name.c_str());
-  function.protocol = node.attribute("Protocol").as_string(function.protocol.c_str());
-  function.address = ByteAttribute(node, "Address", function.address);
-  function.tester = ByteAttribute(node, "Tester", function.tester);
-  if (const auto session = HexAttribute(node, "Session"); session && *session <= 0xFF) {
-    function.session = static_cast<std::uint8_t>(*session);
-  }
-  function.keep_alive = MillisecondsAttribute(node, "KeepAliveMs", function.keep_alive, 0, 3600000);
-  function.repeats = OptionalIntegerAttribute(node, "Repeats", 0, 10);
+  function.name = TextAttribute(node, kFunction["Name"]);
+  function.ecu = node.attribute(kFunction["Ecu"].name).as_string(function.name.c_str());
+  const Attribute& protocol = kFunction["Protocol"];
+  function.protocol = node.attribute(protocol.name).as_string(protocol.choices[0]);
+  function.address = ByteAttribute(node, kFunction["Address"]);
+  function.tester = ByteAttribute(node, kFunction["Tester"]);
+  function.session = OptionalByte(node, kFunction["Session"]);
+  function.keep_alive = MillisecondsAttribute(node, kFunction["KeepAliveMs"]);
+  function.repeats = OptionalInteger(node, kFunction["Repeats"]);
   function.timing = ReadTiming(node);
   function.links = {ReadKLine(node, function.address), ReadTransport(node)};
   return function;
 }
 
 KLineDescription ReadKLine(const pugi::xml_node& node, std::uint8_t address) {
+  using Link = KLineDescription;
   KLineDescription kline;
-  kline.init = InitOf(node.attribute("Init").value());
-  kline.echo = EchoOf(node.attribute("Echo").value());
-  kline.rts = ModemLineOf(node.attribute("Rts").value());
-  kline.dtr = ModemLineOf(node.attribute("Dtr").value());
-  kline.l_line = LLineOf(node.attribute("LLine").value());
-  kline.wake_up = WakeUpOf(node.attribute("WakeUp").value());
-  kline.header = HeaderOf(node.attribute("Header").value());
-  kline.functional = FlagAttribute(node, "Functional");
-  kline.init_address = ByteAttribute(node, "InitAddress", kline.functional ? kFunctionalAddress : address);
-  kline.baud = IntegerAttribute(node, "Baud", kline.baud, 1, 4000000);
-  const auto speed = HexAttribute(node, "SessionBaud");
-  if (speed && *speed >= 1 && *speed <= 0xFF) kline.session_baud = static_cast<std::uint8_t>(*speed);
+  kline.init = EnumAttribute<Link::Init>(node, kFunction["Init"]);
+  kline.echo = EnumAttribute<Link::Echo>(node, kFunction["Echo"]);
+  kline.rts = ModemLine(node, kFunction["Rts"]);
+  kline.dtr = ModemLine(node, kFunction["Dtr"]);
+  kline.l_line = EnumAttribute<Link::LLine>(node, kFunction["LLine"]);
+  kline.wake_up = EnumAttribute<Link::WakeUp>(node, kFunction["WakeUp"]);
+  kline.header = EnumAttribute<Link::Header>(node, kFunction["Header"]);
+  kline.functional = FlagAttribute(node, kFunction["Functional"]);
+  kline.init_address =
+      ByteAttribute(node, kFunction["InitAddress"], kline.functional ? kFunctionalAddress : address);
+  kline.baud = IntegerAttribute(node, kFunction["Baud"]);
+  kline.session_baud = OptionalByte(node, kFunction["SessionBaud"]);
   return kline;
 }
 
 Timing ReadTiming(const pugi::xml_node& node) {
   Timing timing;
   for (const TimingParameter& parameter : kTimingParameters) {
-    timing.*parameter.value =
-        OptionalIntegerAttribute(node, parameter.attribute, parameter.lowest, parameter.highest);
+    timing.*parameter.value = OptionalInteger(node, grammar::Of(parameter));
   }
   return timing;
 }
 
 TransportDescription ReadTransport(const pugi::xml_node& node) {
   TransportDescription description;
-  description.request_id = CanIdentifierAttribute(node, "RequestId");
-  description.response_id = CanIdentifierAttribute(node, "ResponseId");
+  description.request_id = CanIdentifierAttribute(node, kFunction["RequestId"]);
+  description.response_id = CanIdentifierAttribute(node, kFunction["ResponseId"]);
   ReadAddressing(node, description);
   description.padding = ReadPadding(node);
   for (const TransportParameter& parameter : kTransportParameters) {
-    description.*parameter.value =
-        OptionalIntegerAttribute(node, parameter.attribute, parameter.lowest, parameter.highest);
+    description.*parameter.value = OptionalInteger(node, grammar::Of(parameter));
   }
   return description;
 }

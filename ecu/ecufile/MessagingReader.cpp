@@ -11,13 +11,17 @@
 #include "ecu/dbc/DbcMessaging.h"
 #include "ecu/ecufile/AttributeReader.h"
 #include "ecu/ecufile/FunctionReader.h"
+#include "ecu/ecufile/Grammar.h"
 #include "ecu/ecufile/ItemReader.h"
 
 namespace korval::ecu {
 namespace {
 
+using grammar::kFrame;
+
 void ReadDiagnostic(const pugi::xml_node& node, MessagingFile& file) {
-  MessagingFile::Diagnostic diagnostic{node.attribute("Function").value(), ReadTransport(node)};
+  MessagingFile::Diagnostic diagnostic{TextAttribute(node, grammar::kDiagnostic["Function"]),
+                                       ReadTransport(node)};
   if (!diagnostic.transport.request_id || !diagnostic.transport.response_id) return;
   file.diagnostics.push_back(std::move(diagnostic));
 }
@@ -32,12 +36,12 @@ void RequireInside(const MessagingFile::Frame& frame, const ItemDescription& ite
 }
 
 void ReadFrame(const pugi::xml_node& node, MessagingFile& file) {
-  const auto identifier = CanIdentifierAttribute(node, "Id");
+  const auto identifier = CanIdentifierAttribute(node, kFrame["Id"]);
   MessagingFile::Frame frame;
-  frame.name = node.attribute("Name").value();
+  frame.name = TextAttribute(node, kFrame["Name"]);
   if (!identifier || frame.name.empty()) return;
   frame.identifier = *identifier;
-  frame.cycle = MillisecondsAttribute(node, "CycleMs", frame.cycle, 0, 3600000);
+  frame.cycle = MillisecondsAttribute(node, kFrame["CycleMs"]);
   frame.items = ReadDataItems(node);
   for (const ItemDescription& item : frame.items) RequireInside(frame, item);
   file.frames.push_back(std::move(frame));
@@ -52,9 +56,9 @@ bool IsDbc(const std::string& path) {
 
 MessagingFile ReadMessaging(const pugi::xml_node& messaging) {
   MessagingFile file;
-  file.bitrate = IntegerAttribute(messaging, "Bitrate", file.bitrate, 1000, 1000000);
-  for (const pugi::xml_node& node : messaging.children("Diagnostic")) ReadDiagnostic(node, file);
-  for (const pugi::xml_node& node : messaging.children("Frame")) ReadFrame(node, file);
+  file.bitrate = IntegerAttribute(messaging, grammar::kMessaging["Bitrate"]);
+  for (const pugi::xml_node& node : messaging.children(grammar::kDiagnostic.name)) ReadDiagnostic(node, file);
+  for (const pugi::xml_node& node : messaging.children(kFrame.name)) ReadFrame(node, file);
   return file;
 }
 
@@ -67,7 +71,7 @@ MessagingFile LoadMessagingFile(const std::string& path) {
     return file;
   }
   const base::XmlDocument document = base::LoadXmlFile(path);
-  const pugi::xml_node messaging = document->child("xml").child("messaging");
+  const pugi::xml_node messaging = document->child(grammar::kXml.name).child(grammar::kMessaging.name);
   if (!messaging) throw base::Failure("CAN messaging file " + path + " has no element xml/messaging");
   try {
     return ReadMessaging(messaging);

@@ -1,76 +1,86 @@
 // SPDX-License-Identifier: MIT
 #include "ecu/ecufile/SimulationReader.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string_view>
 #include <utility>
+#include <vector>
 
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/ecufile/AttributeReader.h"
+#include "ecu/ecufile/Grammar.h"
 
 namespace korval::ecu {
 namespace {
 
-SignalDescription::Wave WaveOf(std::string_view name) {
-  using Wave = SignalDescription::Wave;
-  if (name == "ramp") return Wave::kRamp;
-  if (name == "sine") return Wave::kSine;
-  if (name == "square") return Wave::kSquare;
-  return name == "noise" ? Wave::kNoise : Wave::kConstant;
-}
-
 SignalDescription ReadSignal(const pugi::xml_node& node) {
+  using grammar::kSignal;
   SignalDescription signal;
-  signal.item = node.attribute("Item").value();
-  signal.wave = WaveOf(node.attribute("Wave").value());
-  signal.value = node.attribute("Value").as_string("0");
-  signal.min = NumberAttribute(node, "Min").value_or(0);
-  signal.max = NumberAttribute(node, "Max").value_or(0);
-  signal.period = MillisecondsAttribute(node, "PeriodMs", signal.period, 1, 86400000);
+  signal.item = TextAttribute(node, kSignal["Item"]);
+  signal.wave = EnumAttribute<SignalDescription::Wave>(node, kSignal["Wave"]);
+  signal.value = node.attribute(kSignal["Value"].name).as_string("0");
+  signal.min = NumberAttribute(node, kSignal["Min"]).value_or(*kSignal["Min"].fallback);
+  signal.max = NumberAttribute(node, kSignal["Max"]).value_or(*kSignal["Max"].fallback);
+  signal.period = MillisecondsAttribute(node, kSignal["PeriodMs"]);
   return signal;
 }
 
-std::optional<WireFault> WireFaultOf(std::string_view name) {
-  if (name == "late") return WireFault::kLate;
-  if (name == "missing") return WireFault::kMissing;
-  if (name == "damaged") return WireFault::kDamaged;
-  if (name == "pending") return WireFault::kPending;
-  if (name == "foreign") return WireFault::kForeign;
-  return std::nullopt;
+// None without a code.
+std::optional<SimulationDescription::Dtc> ReadDtc(const pugi::xml_node& node) {
+  const auto code = HexAttribute(node, grammar::kDtc["Code"]);
+  if (!code) return std::nullopt;
+  return SimulationDescription::Dtc{static_cast<std::uint16_t>(*code),
+                                    ByteAttribute(node, grammar::kDtc["Status"])};
+}
+
+// None unless both are bytes and there is a request.
+std::optional<SimulationDescription::Answer> ReadAnswer(const pugi::xml_node& node) {
+  auto request = BytesAttribute(node, grammar::kAnswer["Request"]);
+  auto response = BytesAttribute(node, grammar::kAnswer["Response"]);
+  if (!request || !response || request->Empty()) return std::nullopt;
+  return SimulationDescription::Answer{*std::move(request), *std::move(response)};
+}
+
+// None when it names nothing that could fail.
+std::optional<SimulationDescription::Fault> ReadFault(const pugi::xml_node& node) {
+  using grammar::kFault;
+  SimulationDescription::Fault fault;
+  fault.request = TextAttribute(node, kFault["Request"]);
+  fault.number = IntegerAttribute(node, kFault["Number"]);
+  fault.times = IntegerAttribute(node, kFault["Times"]);
+  if (const auto wire = KnownChoice(node, kFault["Wire"])) fault.wire = static_cast<WireFault>(*wire);
+  if (fault.request.empty() && !FlagAttribute(node, kFault["Init"])) return std::nullopt;
+  return fault;
+}
+
+// The children of a kind that can be used, in the order of the file.
+template <typename Part>
+std::vector<Part> ReadParts(const pugi::xml_node& node, const Element& element,
+                            std::optional<Part> (*read)(const pugi::xml_node&)) {
+  std::vector<Part> parts;
+  for (const pugi::xml_node& child : node.children(element.name)) {
+    if (auto part = read(child)) parts.push_back(*std::move(part));
+  }
+  return parts;
 }
 
 }  // namespace
 
 SimulationDescription ReadSimulation(const pugi::xml_node& node) {
+  using grammar::kSimulation;
   SimulationDescription simulation;
-  simulation.latency = MillisecondsAttribute(node, "LatencyMs", simulation.latency, 0, 3600000);
-  simulation.dtc_per_answer = static_cast<std::size_t>(IntegerAttribute(node, "DtcPerAnswer", 80, 1, 255));
-  if (const auto key_bytes = BytesAttribute(node, "KeyBytes"); key_bytes && key_bytes->Length() == 2) {
+  simulation.latency = MillisecondsAttribute(node, kSimulation["LatencyMs"]);
+  simulation.dtc_per_answer = static_cast<std::size_t>(IntegerAttribute(node, kSimulation["DtcPerAnswer"]));
+  const auto key_bytes = BytesAttribute(node, kSimulation["KeyBytes"]);
+  if (key_bytes && HasLength(kSimulation["KeyBytes"], key_bytes->Length())) {
     simulation.key_bytes = {key_bytes->At(0), key_bytes->At(1)};
   }
-  for (const pugi::xml_node& signal : node.children("Signal"))
+  for (const pugi::xml_node& signal : node.children(grammar::kSignal.name)) {
     simulation.signals.push_back(ReadSignal(signal));
-  for (const pugi::xml_node& dtc : node.children("Dtc")) {
-    const auto code = HexAttribute(dtc, "Code");
-    if (!code || *code > 0xFFFF) continue;
-    simulation.dtcs.push_back({static_cast<std::uint16_t>(*code), ByteAttribute(dtc, "Status", 0)});
   }
-  for (const pugi::xml_node& answer : node.children("Answer")) {
-    auto request = BytesAttribute(answer, "Request");
-    auto response = BytesAttribute(answer, "Response");
-    if (request && response && !request->Empty()) simulation.answers.push_back({*request, *response});
-  }
-  for (const pugi::xml_node& fault : node.children("Fault")) {
-    SimulationDescription::Fault read;
-    read.request = fault.attribute("Request").value();
-    read.number = IntegerAttribute(fault, "Number", kNoAnswer, 1, 65535);
-    read.times = IntegerAttribute(fault, "Times", 1, 0, 2147483647);
-    read.wire = WireFaultOf(fault.attribute("Wire").value());
-    if (!read.request.empty() || std::string_view(fault.attribute("Init").value()) == "1") {
-      simulation.faults.push_back(std::move(read));
-    }
-  }
+  simulation.dtcs = ReadParts(node, grammar::kDtc, ReadDtc);
+  simulation.answers = ReadParts(node, grammar::kAnswer, ReadAnswer);
+  simulation.faults = ReadParts(node, grammar::kFault, ReadFault);
   return simulation;
 }
 
