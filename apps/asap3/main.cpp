@@ -12,8 +12,8 @@
 #include "apps/asap3/JsonLine.h"
 #include "base/VisibleText.h"
 #include "client/ClientErrors.h"
-#include "client/DeviceChannel.h"
 #include "client/ReplyReader.h"
+#include "client/device/DeviceChannel.h"
 #include "platform/process/EventBarrier.h"
 
 namespace {

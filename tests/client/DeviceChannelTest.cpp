@@ -12,7 +12,7 @@
 
 #include "PseudoTerminal.h"
 #include "client/ClientErrors.h"
-#include "client/DeviceChannel.h"
+#include "client/device/DeviceChannel.h"
 
 namespace korval::client {
 namespace {

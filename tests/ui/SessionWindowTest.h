@@ -10,7 +10,7 @@
 #include <QTimer>
 
 #include "client/Asap3Client.h"
-#include "client/DeviceChannel.h"
+#include "client/device/DeviceChannel.h"
 #include "ecu/session/SessionFactory.h"
 #include "host/control/ControlParts.h"
 #include "platform/QtEventLoop.h"

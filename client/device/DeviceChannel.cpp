@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "client/DeviceChannel.h"
+#include "client/device/DeviceChannel.h"
 
 #include <string>
 #include <utility>
