@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include <filesystem>
+#include <string>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -39,7 +42,8 @@ class DiagnosisObjectTest : public testing::Test {
 
 TEST_F(DiagnosisObjectTest, CreationOpensTheReportedPort) {
   EXPECT_TRUE(Create());
-  EXPECT_THAT(session_->log, ElementsAre("Language=en", "ErrorsFile=/opt/server/errors.xml", "Port=COM7"));
+  const std::string errors_file = (std::filesystem::path("/opt/server") / "errors.xml").string();
+  EXPECT_THAT(session_->log, ElementsAre("Language=en", "ErrorsFile=" + errors_file, "Port=COM7"));
   EXPECT_EQ(terminal_.Text(), "Create diagnosis object\r\n  Server = /opt/server\r\n");
   EXPECT_EQ(diagnosis_.Session(), session_);
   EXPECT_FALSE(diagnosis_.SessionIsExternal());

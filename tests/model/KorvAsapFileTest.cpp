@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include "base/Failure.h"
@@ -136,7 +138,7 @@ TEST_F(KorvAsapFileTest, BackslashSeparatesFoldersInUrls) {
   std::filesystem::create_directory(folder_.Path("sub"));
   folder_.Write("sub/ecu.xml", kEcuFile);
   const KorvAsapFile file = Loaded("<xml><ecu name='ENGINE' url='sub\\ecu.xml'/></xml>");
-  EXPECT_EQ(file.KorvFileName(), folder_.Path("sub/ecu.xml"));
+  EXPECT_EQ(file.KorvFileName(), (std::filesystem::path(folder_.Path("sub")) / "ecu.xml").string());
 }
 
 TEST_F(KorvAsapFileTest, MissingAndEmptyFilesAreFailures) {

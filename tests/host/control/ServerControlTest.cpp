@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -198,13 +202,20 @@ TEST_F(ServerControlTest, InitOpensTheSessionAndExitClosesIt) {
   EXPECT_EQ(status->session_status, "Status: Idle");
 }
 
+// With the separators of the system that the test runs on.
+std::string PathOf(std::initializer_list<const char*> parts) {
+  std::filesystem::path path;
+  for (const char* const part : parts) path /= part;
+  return path.string();
+}
+
 TEST_F(ServerControlTest, TheServerFolderIsTheInstallLocation) {
   settings->machine = {{"QOR/DoNotUseWeb", "1"}, {"QOR/InstallFolder", "/opt/host"}};
   const auto control = Started();
   tcp->Connect();
   tcp->Arrive(kInit);
   EXPECT_THAT(Trace(), HasSubstr("Create diagnosis object\r\n  Server = /opt/host\r\n"));
-  EXPECT_THAT(session->log, ::testing::Contains("ErrorsFile=/opt/host/errors.xml"));
+  EXPECT_THAT(session->log, ::testing::Contains("ErrorsFile=" + PathOf({"/opt/host", "errors.xml"})));
 }
 
 TEST_F(ServerControlTest, TheErrorTextsAreNeverLookedForInTheWorkingDirectory) {
@@ -215,9 +226,9 @@ TEST_F(ServerControlTest, TheErrorTextsAreNeverLookedForInTheWorkingDirectory) {
     tcp->Arrive(kInit);
     return session->log.at(1);
   };
-  EXPECT_EQ(errors_file(), "ErrorsFile=/opt/korval/errors.xml") << "nothing is installed";
+  EXPECT_EQ(errors_file(), "ErrorsFile=" + PathOf({"/opt/korval", "errors.xml"})) << "nothing is installed";
   settings->user["QOR/General/ServerName"] = "data";
-  EXPECT_EQ(errors_file(), "ErrorsFile=/opt/korval/data/errors.xml");
+  EXPECT_EQ(errors_file(), "ErrorsFile=" + PathOf({"/opt/korval", "data", "errors.xml"}));
 }
 
 TEST_F(ServerControlTest, ResetAllTracesItsStepsAndReopensBothTransports) {
