@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include <array>
 #include <bit>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <random>
 #include <string>
+#include <string_view>
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,6 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -10,8 +9,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pugixml.hpp>
 
-#include "base/XmlFile.h"
 #include "ecu/description/KLineDescription.h"
 #include "ecu/ecufile/FunctionReader.h"
 #include "ecu/ecufile/Grammar.h"
@@ -22,7 +21,6 @@ namespace korval::ecu {
 namespace {
 
 using grammar::kFunction;
-using grammar::kItem;
 
 pugi::xml_document Parsed(const std::string& text) {
   pugi::xml_document document;

@@ -28,11 +28,11 @@ TEST(SchemaTextTest, SchemasThatComeWithTheProjectAreThoseOfTheGrammar) {
   }
 }
 
-// A file that is valid has status 0, one that is not 3, and one that is no XML 1.
+// The status that xmllint ends with: 0 for a valid file, 3 for one that is not, 1 for one that is no XML.
 int Validate(const std::string& schema, const std::string& path) {
   const std::string command = "xmllint --noout --nonet --schema '" KORVAL_SOURCE_DIR "/data/schema/" +
                               schema + "' '" + path + "' 2>/dev/null";
-  return WEXITSTATUS(std::system(command.c_str()));
+  return std::system(command.c_str()) >> 8;  // where a POSIX system puts the status
 }
 
 class SchemaTest : public testing::Test {
