@@ -47,10 +47,25 @@ function(korval_include_root target scope path)
   target_include_directories(${target} ${scope} ${root})
 endfunction()
 
-# korval_floor(<target> FOLDER <path> SOURCES ... DEPENDS ...)
+# korval_floor(<target> FOLDER <path> SOURCES ... DEPENDS ... [THROUGH ...])
+# DEPENDS names what the folder includes, THROUGH what the headers of those include in turn. Nothing is handed on, so a
+# folder reaches what stands here and no more; tests/floors shows that it also needs it.
 function(korval_floor target)
-  cmake_parse_arguments(FLOOR "" "FOLDER" "SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(FLOOR "" "FOLDER" "SOURCES;DEPENDS;THROUGH" ${ARGN})
   add_library(${target} STATIC ${FLOOR_SOURCES})
   korval_include_root(${target} PUBLIC ${FLOOR_FOLDER})
-  target_link_libraries(${target} PUBLIC ${FLOOR_DEPENDS} PRIVATE korval_build_flags)
+  set(libraries ${FLOOR_DEPENDS})
+  list(FILTER libraries EXCLUDE REGEX "^korval_")
+  set(floors ${FLOOR_DEPENDS})
+  list(FILTER floors INCLUDE REGEX "^korval_")
+  target_link_libraries(${target} PUBLIC ${libraries} PRIVATE ${floors} ${FLOOR_THROUGH} korval_build_flags)
+  list(TRANSFORM FLOOR_SOURCES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ REGEX "^[^/]")
+  string(REPLACE ";" "," floor "${target}|${FLOOR_FOLDER}|${FLOOR_SOURCES}|${floors}|${FLOOR_THROUGH}")
+  set_property(GLOBAL APPEND PROPERTY KORVAL_FLOORS ${floor})
+endfunction()
+
+# korval_top(<target>): sees every folder. For the programs and the tests, which wire everything together; what they link
+# is still theirs to say.
+function(korval_top target)
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
 endfunction()

@@ -9,11 +9,11 @@
 #include "diag/LinkErrors.h"
 #include "host/trace/TraceConsole.h"
 #include "platform/DevicePortScout.h"
-#include "platform/LogindPower.h"
 #include "platform/QSettingsStore.h"
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
 #include "platform/QtTcpSocket.h"
+#include "platform/logind/LogindPower.h"
 
 namespace korval::ui {
 namespace {

@@ -11,7 +11,7 @@
 
 #include "QtTest.h"
 #include "base/Failure.h"
-#include "platform/LogindPower.h"
+#include "platform/logind/LogindPower.h"
 #include "tests/support/TempFolder.h"
 
 namespace korval::platform {

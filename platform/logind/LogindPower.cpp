@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/LogindPower.h"
+#include "platform/logind/LogindPower.h"
 
 #include <string>
 
