@@ -4,9 +4,9 @@
 namespace korval::ecu {
 
 const SimulationDescription& EcuDescription::Simulation() const {
-  static const SimulationDescription kNone;
+  static const SimulationDescription none;
   const auto& simulation = parts_.simulation.Get();
-  return simulation ? *simulation : kNone;
+  return simulation ? *simulation : none;
 }
 
 }  // namespace korval::ecu

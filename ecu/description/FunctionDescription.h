@@ -39,11 +39,11 @@ struct FunctionDescription {
  private:
   template <typename Options>
   const Options& On() const {
-    static const Options kDefaults;
+    static const Options defaults;
     for (const LinkOptions& link : links) {
       if (const Options* options = std::get_if<Options>(&link)) return *options;
     }
-    return kDefaults;
+    return defaults;
   }
 };
 
