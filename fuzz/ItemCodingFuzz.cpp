@@ -3,6 +3,7 @@
 // from. The item is 8 bytes (first byte, bit offset, bits as a word, coding, byte order, step, offset), the
 // rest is the message.
 #include <array>
+#include <bit>
 #include <cmath>
 #include <string>
 
@@ -11,6 +12,7 @@
 #include "base/Failure.h"
 #include "ecu/description/ItemCoding.h"
 #include "ecu/description/ItemEncoding.h"
+#include "ecu/description/ItemPlan.h"
 #include "ecu/ecufile/ItemReader.h"
 #include "fuzz/Input.h"
 #include "fuzz/Require.h"
@@ -83,6 +85,14 @@ void EncodeAnything(const ecu::ItemDescription& item, base::ByteBuffer message) 
   }
 }
 
+void PlanAsDecoded(const ecu::ItemDescription& item, const base::ByteBuffer& message) {
+  const auto expected = ecu::DecodeItem(item, message.View()).ToSingle();
+  const auto single = ecu::ItemPlan(item).Single(message.View());
+  fuzz::Require(single.has_value() == expected.has_value(), "a plan has a value where decoding has one");
+  fuzz::Require(!single || std::bit_cast<std::uint32_t>(*single) == std::bit_cast<std::uint32_t>(*expected),
+                "a plan gives the decoded value");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -91,8 +101,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!item) return 0;
   base::ByteBuffer message(input.Rest());
   EncodeWhatWasDecoded(*item, message);
+  PlanAsDecoded(*item, message);
   if (message.Length() < item->BytesNeeded()) message.SetLength(item->BytesNeeded());
   EncodeWhatWasDecoded(*item, message);
+  PlanAsDecoded(*item, message);
   EncodeAnything(*item, message);
   return 0;
 }
