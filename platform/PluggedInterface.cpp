@@ -2,6 +2,8 @@
 #include "platform/PluggedInterface.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include <QDir>
 #include <QFile>
@@ -42,12 +44,22 @@ void AddCanInterfaces(const QDir& net, std::vector<PluggedInterface>& found) {
 
 // Serial numbers come from USB devices. Where Linux shows none behind a serial port, Qt need not go through
 // them all.
-bool MayHaveNumberedPorts(const QDir& tty) {
-  if (!tty.exists()) return true;
-  const QStringList names = tty.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-  return std::any_of(names.begin(), names.end(), [&](const QString& name) {
-    return QFile::symLinkTarget(tty.filePath(name)).contains(QLatin1String("/usb"));
+bool MayHaveNumberedPorts(const std::filesystem::path& tty) {
+  std::error_code unreadable;
+  const std::filesystem::directory_iterator ports(tty, unreadable);
+  if (unreadable) return true;
+  return std::any_of(begin(ports), end(ports), [](const std::filesystem::directory_entry& port) {
+    std::error_code no_link;
+    return std::filesystem::read_symlink(port.path(), no_link).string().find("/usb") != std::string::npos;
   });
+}
+
+// QDir would ask for each entry what it is.
+void AddNames(const std::filesystem::path& folder, QStringList& names) {
+  std::error_code unreadable;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, unreadable)) {
+    names.append(QString::fromStdString(entry.path().filename().string()));
+  }
 }
 
 }  // namespace
@@ -61,7 +73,7 @@ std::vector<PluggedInterface> ScanInterfaces(const QString& class_folder) {
 
 std::vector<PluggedInterface> ScanNumberedInterfaces(const QString& class_folder) {
   std::vector<PluggedInterface> found;
-  if (MayHaveNumberedPorts(QDir(class_folder + "/tty"))) AddSerialPorts(found);
+  if (MayHaveNumberedPorts(class_folder.toStdString() + "/tty")) AddSerialPorts(found);
   AddCanInterfaces(QDir(class_folder + "/net"), found);
   std::erase_if(found, [](const auto& plugged) { return plugged.serial_number.empty(); });
   return found;
@@ -74,13 +86,15 @@ std::vector<PluggedInterface> WithoutDevice(std::vector<PluggedInterface> interf
 }
 
 QStringList InterfaceNames(const QString& class_folder) {
-  if (!QDir(class_folder).exists()) {
-    QStringList names;
+  QStringList names;
+  if (QDir(class_folder).exists()) {
+    AddNames(class_folder.toStdString() + "/tty", names);
+    AddNames(class_folder.toStdString() + "/net", names);
+  } else {
     for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts()) names.append(info.portName());
-    return names;
   }
-  return QDir(class_folder + "/tty").entryList(QDir::Dirs | QDir::NoDotAndDotDot) +
-         QDir(class_folder + "/net").entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+  names.sort();
+  return names;
 }
 
 }  // namespace korval::platform
