@@ -20,8 +20,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kStarts = 20;
 constexpr int kReadings = 2000;
-constexpr double kMostMilliseconds = 100;
-constexpr double kMostMegabytes = 40;
+constexpr double kMostMilliseconds = 10;
+constexpr double kMostMegabytes = 16;
 
 double StartOnce() {
   const Clock::time_point start = Clock::now();
