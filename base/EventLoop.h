@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-// Time, timers and waiting, as the floors below the user interface see them. Everything runs on one
-// thread: whoever waits keeps the events running, so any event can arrive inside a wait.
+// Time and timers, as the floors below the user interface see them. Everything runs on one thread, and nobody
+// holds it up: what waits is a task (Task.h), and any event can arrive meanwhile.
 #pragma once
 
 #include <chrono>
 #include <functional>
 #include <memory>
 
-#include "Time.h"
+#include "base/Time.h"
 
 namespace korval::base {
 
@@ -42,10 +42,9 @@ class EventLoop {
   virtual std::unique_ptr<Timer> CreateTimer(std::function<void()> fire) = 0;
   /// For what is to be given up at a time. `passed` runs from the event loop, never from inside Set.
   virtual std::unique_ptr<Deadline> CreateDeadline(std::function<void()> passed) = 0;
-  /// Runs events until `done` holds or `deadline` has come, and says whether `done` holds. `done` is
-  /// asked before the first event and after each. Waits may nest; an outer one ends after an inner one.
-  /// Raises Failure as soon as the errand (Errand.h) that waits is called off.
-  virtual bool RunUntil(TimePoint deadline, const std::function<bool()>& done) = 0;
+  /// Runs `step` when the event that is being handled is over, before the next one; outside an event as an
+  /// event of its own. For what must not stand on the stack of the one who sets it off.
+  virtual void Defer(std::function<void()> step) = 0;
 };
 
 }  // namespace korval::base

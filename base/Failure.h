@@ -7,10 +7,9 @@
 #include <stdexcept>
 #include <string>
 
-namespace korval::base {
+#include "base/ErrorNumbers.h"
 
-/// Number of the server's own failures, as it stands in the first word of an error record.
-inline constexpr std::int32_t kOwnFailure = 1;
+namespace korval::base {
 
 /// The one exception type of the system: a number and a description (UTF-8) that a user can act on.
 /// Numbers of the diagnostic-session library (1000 and above) pass through to the client unchanged.

@@ -98,7 +98,7 @@ Case OnlineValues(const bench::AsapClient& client, int items) {
   for (int i = 0; i < items; ++i) names.push_back(bench::ItemName(i));
   client.Acquire(lun, names);
   const std::string request = tests::Request(tests::kGetOnlineValue);
-  return {"online values, " + std::to_string(items) + " items", request, client.Ask(request).size(), 2.0};
+  return {"online values, " + std::to_string(items) + " items", request, client.Ask(request).size(), 1.5};
 }
 
 std::vector<std::string> Row(const Case& subject) {

@@ -25,7 +25,7 @@ constexpr int kItems = 50000;
 constexpr int kItemsARequest = 100;
 constexpr int kMovingItems = 50;
 constexpr int kDescribedItems = 100;
-constexpr double kLimit = 2.0;
+constexpr double kLimit = 1.5;
 
 double Milliseconds(Clock::duration span) { return std::chrono::duration<double, std::milli>(span).count(); }
 

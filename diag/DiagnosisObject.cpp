@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "diag/DiagnosisObject.h"
 
+#include <exception>
 #include <filesystem>
 #include <utility>
 
 #include "base/Failure.h"
-#include "diag/LinkErrors.h"
+#include "base/Job.h"
 #include "protocol/Reply.h"
 
 namespace korval::diag {
@@ -21,26 +22,26 @@ void DiagnosisObject::SetSession(std::shared_ptr<viator3::Session> session) {
 }
 
 std::shared_ptr<viator3::Session> DiagnosisObject::RequireSession() const {
-  if (!session_) throw base::Failure(kSessionLost, "No diagnostic session, send init first");
+  if (!session_) throw base::Failure(kLinkLost, "No diagnostic session, send init first");
   return session_;
 }
 
-bool DiagnosisObject::CreateDiagnosisObject(base::ByteBuffer& reply) {
-  if (session_) return true;
+base::Task<bool> DiagnosisObject::CreateDiagnosisObject(base::ByteBuffer& reply) {
+  if (session_) co_return true;
   session_is_external_ = false;
   console_.Line("Create diagnosis object");
   console_.Line("  Server = " + server_folder_);
   try {
-    Open();
-    return true;
+    co_await Open();
+    co_return true;
   } catch (const base::Failure& failure) {
     console_.Line("Open Diagnostic Session error : " + failure.Description());
     protocol::AppendErrorRecord(reply, failure.Description(), failure.Number());
-    return false;
+    co_return false;
   }
 }
 
-void DiagnosisObject::Open() {
+base::Task<void> DiagnosisObject::Open() {
   std::shared_ptr<viator3::Session> session;
   try {
     session = create_session_();
@@ -48,9 +49,9 @@ void DiagnosisObject::Open() {
     session->SetLanguage("en");
     session->SetErrorsFile(
         (std::filesystem::path(application_folder_) / server_folder_ / "errors.xml").string());
-    session->SetPort(session->Port());
-    // An event inside the wait for the interface may have ended the client's session.
-    if (session_ != session) throw base::Failure(kSessionLost, "The session was closed while it was opened");
+    co_await session->SetPort(session->Port());
+    // The client's session may have ended meanwhile.
+    if (session_ != session) throw base::Failure(kLinkLost, "The session was closed while it was opened");
   } catch (const base::Failure&) {
     console_.Line("Diagnosis Communication port = " + (session ? session->Port() : std::string()));
     if (session_ == session) session_.reset();
@@ -60,12 +61,19 @@ void DiagnosisObject::Open() {
 
 void DiagnosisObject::ReleaseDiagnosisObject(HostSession host_session) noexcept {
   if (!session_) return;
-  // Taken out first, so that an event inside the closing finds nothing left to release.
   const std::shared_ptr<viator3::Session> session = std::exchange(session_, nullptr);
   base::IgnoreFailure(drop_collections_);
   if (session_is_external_ && host_session == HostSession::kKeepOpen) return;
-  base::IgnoreFailure([&] { session->Close(); });
-  base::IgnoreFailure([&] { session->SetPort(""); });
+  base::IgnoreFailure([&] { base::Job::Run(Close(session)); });
+}
+
+base::Task<void> DiagnosisObject::Close(std::shared_ptr<viator3::Session> session) {
+  try {
+    co_await session->Close();
+  } catch (const std::exception&) {
+    // The port is released all the same.
+  }
+  co_await session->SetPort("");
 }
 
 }  // namespace korval::diag

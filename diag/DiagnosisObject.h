@@ -13,7 +13,7 @@ namespace korval::diag {
 
 /// Owns the one diagnosis object through which all traffic with the ECUs goes: a session that an init
 /// command opened, or one that the host application handed in, which is used but not closed. Commands
-/// hold the session they work on themselves, because an event inside any wait may release it here.
+/// hold the session they work on themselves, because it may be released here while they wait.
 class DiagnosisObject {
  public:
   using SessionFactory = std::function<std::shared_ptr<viator3::Session>()>;
@@ -41,14 +41,15 @@ class DiagnosisObject {
 
   /// Makes a diagnosis object available, if need be by opening one on the port it reports. When that
   /// fails, traces it, appends the error's number and description to `reply` and returns false.
-  bool CreateDiagnosisObject(base::ByteBuffer& reply);
+  base::Task<bool> CreateDiagnosisObject(base::ByteBuffer& reply);
 
   /// Drops the collections and releases the diagnosis object; its own session is closed, a host's only on
-  /// request. Does nothing without one, and no failure leaves it.
+  /// request, and the closing goes to its end by itself. Does nothing without one, and no failure leaves it.
   void ReleaseDiagnosisObject(HostSession host_session = HostSession::kKeepOpen) noexcept;
 
  private:
-  void Open();
+  base::Task<void> Open();
+  static base::Task<void> Close(std::shared_ptr<viator3::Session> session);
 
   host::TraceConsole& console_;
   SessionFactory create_session_;

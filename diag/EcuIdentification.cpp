@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "diag/EcuIdentification.h"
 
-#include "base/Errand.h"
 #include "base/Failure.h"
-#include "diag/LinkErrors.h"
 
 namespace korval::diag {
 namespace {
@@ -21,24 +19,20 @@ std::string InitialisationText(const base::Failure& failure) {
 
 }  // namespace
 
-std::string ReadEcuIdentification(viator3::Session& session, viator3::Ecu& ecu) {
-  if (ecu.Protocol() == kDiagOnCan && !session.MessagingLoaded()) {
-    return "No CAN messaging loaded, unable to read identification";
+base::Task<std::string> ReadEcuIdentification(std::shared_ptr<viator3::Session> session,
+                                              std::shared_ptr<viator3::Ecu> ecu) {
+  if (ecu->Features().needs_messaging && !session->MessagingLoaded()) {
+    co_return "No CAN messaging loaded, unable to read identification";
   }
   try {
-    if (!ecu.Initialised()) ecu.Initialise();
+    if (!ecu->Initialised()) co_await ecu->Initialise();
   } catch (const base::Failure& failure) {
-    return InitialisationText(failure);
+    co_return InitialisationText(failure);
   }
-  const base::ByteBuffer request{0x21, 0x80};
-  base::ByteBuffer response;
-  try {
-    base::Errand::RequireWanted();
-    ecu.Send(request, response);
-  } catch (const base::Failure& failure) {
-    return "Read ident error : " + failure.Description() + " s=" + request.ToHex() + " r=" + response.ToHex();
-  }
-  return response.ToHex();
+  const viator3::Exchange exchange = co_await ecu->ReadIdentification();
+  if (!exchange.failure) co_return exchange.answer.ToHex();
+  co_return "Read ident error : " + exchange.failure->Description() + " s=" + exchange.request.ToHex() +
+      " r=" + exchange.answer.ToHex();
 }
 
 }  // namespace korval::diag

@@ -29,42 +29,44 @@ std::vector<std::string> SerialNumbers(const std::string& device_list) {
 }  // namespace
 
 void InterfaceSelection::SelectDiagInterface() {
-  asked_ = true;
-  if (selecting_) return;
-  selecting_ = true;
-  while (std::exchange(asked_, false)) Select();
-  selecting_ = false;
+  has_changed_ = true;
+  if (!selection_.IsUnderWay()) selection_.Start(SelectUntilSettled());
 }
 
-void InterfaceSelection::Select() {
+base::Task<void> InterfaceSelection::SelectUntilSettled() {
+  while (std::exchange(has_changed_, false)) co_await Select();
+}
+
+base::Task<void> InterfaceSelection::Select() {
   const std::string port = settings_.RegGetValue("General", "CommPort", "");
   if (port != kUsbPort) {
     ShowReady();
     label_.SetCaption(port);
-    return;
+    co_return;
   }
   std::string chosen = settings_.RegGetValue("Hardware", "InstanceName", "");
   const std::vector<std::string> plugged = SerialNumbers(scout_.DeviceList());
   if (plugged.empty()) {
     ReportMissing(chosen);
   } else {
-    chosen = Choose(chosen, plugged);
+    chosen = co_await Choose(chosen, plugged);
     ShowReady();
   }
   label_.SetCaption("USB " + chosen);
 }
 
-std::string InterfaceSelection::Choose(const std::string& chosen, const std::vector<std::string>& plugged) {
-  if (!chosen.empty() && std::find(plugged.begin(), plugged.end(), chosen) != plugged.end()) return chosen;
-  const std::string& first = plugged.front();
+base::Task<std::string> InterfaceSelection::Choose(std::string chosen,
+                                                   const std::vector<std::string>& plugged) {
+  if (!chosen.empty() && std::find(plugged.begin(), plugged.end(), chosen) != plugged.end()) co_return chosen;
+  const std::string first = plugged.front();
   if (chosen.empty()) {
     console_.Line("No interface selected, automaticaly choose first one : " + first);
   } else {
     console_.Line("Interface " + chosen + " missing , automaticaly choose first one : " + first);
   }
   settings_.RegSetValue("Hardware", "InstanceName", first);
-  ReopenLink();
-  return first;
+  co_await ReopenLink();
+  co_return first;
 }
 
 void InterfaceSelection::ReportMissing(const std::string& chosen) {
@@ -79,18 +81,18 @@ void InterfaceSelection::ShowReady() {
   label_.SetForeColour(PortLabel::kBlack);
 }
 
-void InterfaceSelection::ReopenLink() {
+base::Task<void> InterfaceSelection::ReopenLink() {
   const auto session = diagnosis_.Session();
-  if (!session) return;
+  if (!session) co_return;
   try {
-    session->SetPort("");
+    co_await session->SetPort("");
   } catch (const base::Failure&) {
     // The old interface is gone; what counts is whether the new one opens.
   }
-  // An event inside the closing may have ended the session: its port is no longer ours to open.
-  if (diagnosis_.Session() != session) return;
+  // The session may have ended meanwhile: its port is no longer ours to open.
+  if (diagnosis_.Session() != session) co_return;
   try {
-    session->SetPort(kUsbPort);
+    co_await session->SetPort(kUsbPort);
   } catch (const base::Failure& failure) {
     console_.Line("Error when opening com port : " + failure.Description());
   }

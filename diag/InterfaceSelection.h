@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "base/Job.h"
+#include "base/Task.h"
 #include "diag/DiagnosisObject.h"
 #include "diag/PortLabel.h"
 #include "diag/PortScout.h"
@@ -21,23 +23,28 @@ class InterfaceSelection {
                      PortLabel& label, DiagnosisObject& diagnosis)
       : console_(console), settings_(settings), scout_(scout), label_(label), diagnosis_(diagnosis) {}
 
-  /// Runs at show and whenever the plugged-in interfaces change. Raises nothing.
+  /// `owner` owns this and everything it works on; it is held for the length of each step.
+  void Bind(const std::weak_ptr<void>& owner) { selection_.SetOwner(owner); }
+
+  /// Runs at show and whenever the plugged-in interfaces change, once more behind a selection that is under
+  /// way. Raises nothing.
   void SelectDiagInterface();
 
  private:
-  void Select();
-  std::string Choose(const std::string& chosen, const std::vector<std::string>& plugged);
+  base::Task<void> SelectUntilSettled();
+  base::Task<void> Select();
+  base::Task<std::string> Choose(std::string chosen, const std::vector<std::string>& plugged);
   void ReportMissing(const std::string& chosen);
   void ShowReady();
-  void ReopenLink();
+  base::Task<void> ReopenLink();
 
   host::TraceConsole& console_;
   host::HostSettings& settings_;
   PortScout& scout_;
   PortLabel& label_;
   DiagnosisObject& diagnosis_;
-  bool selecting_ = false;  // reopening the link may wait, and the interfaces may change again inside
-  bool asked_ = false;
+  bool has_changed_ = false;  // since the selection under way began
+  base::Job selection_;
 };
 
 }  // namespace korval::diag

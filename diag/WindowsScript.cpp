@@ -8,9 +8,9 @@
 namespace korval::diag {
 namespace {
 
-constexpr std::int32_t kCreateObjectFailed = 10010;
-constexpr std::int32_t kSetProtocolFailed = 10011;
-constexpr std::int32_t kAccessFailed = 10012;
+base::Failure Renumbered(std::int32_t number, const std::string& what, const base::Failure& failure) {
+  return {number, what + "  Error : " + failure.Description()};
+}
 
 // Does a step; a failure of it becomes one with the given number, introduced by `what`.
 template <typename Step>
@@ -18,7 +18,7 @@ auto Renumbered(std::int32_t number, const std::string& what, Step step) {
   try {
     return step();
   } catch (const base::Failure& failure) {
-    throw base::Failure(number, what + "  Error : " + failure.Description());
+    throw Renumbered(number, what, failure);
   }
 }
 
@@ -41,17 +41,25 @@ std::shared_ptr<viator3::InstanceObject> WindowsScript::InstanceOf(
   return object;
 }
 
-void WindowsScript::Set(const std::shared_ptr<ScriptFile>& file, const std::string& name,
-                        const base::Variant& value) const {
-  const auto session = diagnosis_.Session();  // held: an event inside the wait may release it
+base::Task<void> WindowsScript::Set(std::shared_ptr<ScriptFile> file, std::string name,
+                                    base::Variant value) const {
+  const auto session = diagnosis_.Session();  // held: it may be released in the wait
   const auto object = InstanceOf(file);
-  Renumbered(kAccessFailed, "obj." + name, [&] { object->Set(name, value); });
+  try {
+    co_await object->Set(name, std::move(value));
+  } catch (const base::Failure& failure) {
+    throw Renumbered(kAccessFailed, "obj." + name, failure);
+  }
 }
 
-base::Variant WindowsScript::Get(const std::shared_ptr<ScriptFile>& file, const std::string& name) const {
+base::Task<base::Variant> WindowsScript::Get(std::shared_ptr<ScriptFile> file, std::string name) const {
   const auto session = diagnosis_.Session();
   const auto object = InstanceOf(file);
-  return Renumbered(kAccessFailed, "obj." + name, [&] { return object->Get(name); });
+  try {
+    co_return co_await object->Get(name);
+  } catch (const base::Failure& failure) {
+    throw Renumbered(kAccessFailed, "obj." + name, failure);
+  }
 }
 
 }  // namespace korval::diag

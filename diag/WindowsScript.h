@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "base/Task.h"
 #include "base/Variant.h"
 #include "diag/DiagnosisObject.h"
 #include "diag/ScriptFile.h"
@@ -18,9 +19,8 @@ class WindowsScript {
   /// The diagnosis object outlives this one.
   explicit WindowsScript(const DiagnosisObject& diagnosis) : diagnosis_(diagnosis) {}
 
-  void Set(const std::shared_ptr<ScriptFile>& file, const std::string& name,
-           const base::Variant& value) const;
-  base::Variant Get(const std::shared_ptr<ScriptFile>& file, const std::string& name) const;
+  base::Task<void> Set(std::shared_ptr<ScriptFile> file, std::string name, base::Variant value) const;
+  base::Task<base::Variant> Get(std::shared_ptr<ScriptFile> file, std::string name) const;
 
  private:
   std::shared_ptr<viator3::InstanceObject> InstanceOf(const std::shared_ptr<ScriptFile>& file) const;

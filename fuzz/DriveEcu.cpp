@@ -7,6 +7,7 @@
 
 #include "base/Failure.h"
 #include "fuzz/Require.h"
+#include "tests/support/Await.h"
 
 namespace korval::fuzz {
 namespace {
@@ -47,18 +48,18 @@ void ReadItem(const viator3::DataItem& item) {
 }
 
 void DriveRequest(viator3::Request& request) {
-  MayRefuse([&] { request.Execute(); });
+  MayRefuse([&] { tests::Await(request.Execute()); });
   const std::size_t count = std::min(request.Data().size(), kMostItems);
   for (std::size_t i = 0; i < count; ++i) ReadItem(*request.Data()[i]);
   for (std::size_t i = 0; i < count; ++i) WriteItem(*request.Data()[i]);
   for (std::size_t i = 0; i < count; ++i) ReadItem(*request.Data()[i]);
-  MayRefuse([&] { request.Execute(); });
+  MayRefuse([&] { tests::Await(request.Execute()); });
 }
 
 }  // namespace
 
 void DriveEcu(viator3::Ecu& ecu) {
-  MayRefuse([&] { ecu.Initialise(); });
+  MayRefuse([&] { tests::Await(ecu.Initialise()); });
   MayRefuse([&] {
     const std::size_t count = std::min(ecu.RequestList().size(), kMostRequests);
     for (std::size_t i = 0; i < count; ++i) DriveRequest(*ecu.RequestList()[i]);
@@ -67,7 +68,7 @@ void DriveEcu(viator3::Ecu& ecu) {
   for (const char* request : {"17FF00", "17FFFF", "14FF00", "2180", "3E", "21", "1081", "30"}) {
     MayRefuse([&] {
       base::ByteBuffer answer;
-      ecu.Send(base::ByteBuffer::FromHex(request), answer);
+      tests::Await(ecu.Send(base::ByteBuffer::FromHex(request), answer));
     });
   }
 }

@@ -10,6 +10,8 @@
 #include "fuzz/FuzzServer.h"
 #include "fuzz/Input.h"
 #include "fuzz/Require.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
 
 namespace {
 
@@ -21,8 +23,8 @@ void UseByName(viator3::Session& session, const std::shared_ptr<viator3::Ecu>& e
   instance->SetNameResolver([](const std::string& name) { return name == "Short" ? "U" : std::string(); });
   for (const char* name : {"U", "Short", "W", ""}) {
     try {
-      instance->Get(name);
-      instance->Set(name, 3.5F);
+      tests::Await(instance->Get(name));
+      tests::Await(instance->Set(name, 3.5F));
     } catch (const base::Failure& failure) {
       fuzz::Require(!failure.Description().empty(), "a refusal says why");
     }
@@ -33,13 +35,13 @@ void UseFile(const base::XmlDocument& document) {
   const std::string function =
       document->child("xml").child("qor:Target").child("Function").attribute("Name").value();
   const auto session = fuzz::SimulatedSession(std::make_shared<tests::ManualEventLoop>());
-  session->SetPort(session->Port());
-  session->OfferEcuFile("fuzzed.xml", document);
+  tests::Await(session->SetPort(session->Port()));
+  session->OfferEcuFile(tests::EcuFileOf("fuzzed.xml", document));
   const auto ecu = session->EcuByFunction(function);
   fuzz::DriveEcu(*ecu);
   UseByName(*session, ecu);
-  ecu->Reinitialise();
-  session->Close();
+  tests::Await(ecu->Reinitialise());
+  tests::Await(session->Close());
 }
 
 }  // namespace

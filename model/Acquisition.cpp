@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "model/Acquisition.h"
 
+#include <array>
+#include <optional>
 #include <unordered_set>
 
 #include "base/Failure.h"
+#include "protocol/FieldCodec.h"
 
 namespace korval::model {
 
@@ -12,6 +15,7 @@ void Acquisition::Start(const std::shared_ptr<viator3::Ecu>& ecu) {
   current_ecu_ = ecu;
   items_ = std::make_shared<DataItems>();
   requests_.reset();
+  runs_.clear();
 }
 
 bool Acquisition::Add(const std::string& value_name, const viator3::Ecu& ecu,
@@ -25,6 +29,7 @@ bool Acquisition::Add(const std::string& value_name, const viator3::Ecu& ecu,
   items_->Append(item, value_name);
   if (ecu.Function() == current_ecu_->Function()) carriers_.push_back(item->OwningRequest());
   requests_.reset();
+  runs_.clear();
   return true;
 }
 
@@ -33,6 +38,34 @@ void Acquisition::Drop() {
   items_.reset();
   carriers_.clear();
   requests_.reset();
+  runs_.clear();
+}
+
+void Acquisition::GatherRuns() {
+  for (const auto& item : *items_) {
+    auto request = item->OwningRequest();
+    if (runs_.empty() || runs_.back().request != request) runs_.push_back({std::move(request), nullptr, {}});
+    runs_.back().items.push_back(item);
+  }
+  for (Run& run : runs_) {
+    if (run.request) run.singles = run.request->SinglesOf(run.items);
+    if (run.singles) run.items.clear();
+  }
+}
+
+void Acquisition::AppendValues(base::ByteBuffer& reply) {
+  static constexpr std::array<std::uint8_t, 4> kNoValue{0xFF, 0x00, 0x00, 0x00};
+  if (runs_.empty()) GatherRuns();
+  for (const Run& run : runs_) {
+    if (run.singles) run.singles->AppendTo(reply);
+    for (const auto& item : run.items) {
+      if (const std::optional<float> value = item->Value().ToSingle()) {
+        protocol::AppendReal(reply, *value);
+      } else {
+        reply.Append(base::ByteView(kNoValue));
+      }
+    }
+  }
 }
 
 std::shared_ptr<const Acquisition::Requests> Acquisition::RequestsToExecute() {

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "base/ByteBuffer.h"
 #include "diag/viator3.h"
 #include "model/KeyedList.h"
 
@@ -31,15 +33,26 @@ class Acquisition {
   /// Null until Start.
   std::shared_ptr<viator3::Ecu> CurrentEcu() const { return current_ecu_; }
   std::shared_ptr<const DataItems> Items() const { return items_; }
+  /// Appends the values of Items, in their order, as viator3::Singles does.
+  void AppendValues(base::ByteBuffer& reply);
   /// The requests of the current ECU object that carry values of the list, in the library's order. Behind
   /// them those of objects that serve the same function since its file has changed, or did so before.
   std::shared_ptr<const Requests> RequestsToExecute();
 
  private:
+  // Neighbours in the list that come with the same request.
+  struct Run {
+    std::shared_ptr<viator3::Request> request;
+    std::unique_ptr<viator3::Singles> singles;              // null: asked one by one
+    std::vector<std::shared_ptr<viator3::DataItem>> items;  // none when they need not be asked
+  };
+
+  void GatherRuns();
   std::shared_ptr<viator3::Ecu> current_ecu_;
   std::shared_ptr<DataItems> items_;
   Requests carriers_;  // of the items of the current function; held, for their ECU object may be replaced
   std::shared_ptr<const Requests> requests_;  // null: to be gathered anew
+  std::vector<Run> runs_;                     // of the items; empty: to be gathered anew
 };
 
 }  // namespace korval::model

@@ -10,16 +10,7 @@
 namespace korval::model {
 namespace {
 
-pugi::xml_attribute FunctionName(const pugi::xml_document& ecu_file) {
-  for (const pugi::xml_node& target : ecu_file.child("xml").children("qor:Target")) {
-    for (const pugi::xml_node& function : target.children("Function")) {
-      if (const pugi::xml_attribute name = function.attribute("Name")) return name;
-    }
-  }
-  return {};
-}
-
-using NameSet = std::unordered_set<std::string_view>;
+using NameSet = viator3::EcuFile::Names;
 
 // The data items that a section names; a few, where the ECU file may have tens of thousands.
 NameSet NamesOf(const pugi::xml_node& section) {
@@ -30,30 +21,8 @@ NameSet NamesOf(const pugi::xml_node& section) {
   return names;
 }
 
-void KeepReferenced(const pugi::xml_node& request, const NameSet& wanted, NameSet& found) {
-  for (const pugi::xml_node& received : request.children("Received")) {
-    for (const pugi::xml_node& item : received.children("DataItem")) {
-      const pugi::xml_attribute name = item.attribute("Name");
-      if (!name || std::string_view(item.attribute("Ref").value()) != "1") continue;
-      if (const auto known = wanted.find(name.value()); known != wanted.end()) found.insert(*known);
-    }
-  }
-}
-
-// Those of the wanted names that stand for a referenced item of an answer.
-NameSet ReferencedItems(const pugi::xml_document& ecu_file, const NameSet& wanted) {
-  NameSet found;
-  for (const pugi::xml_node& target : ecu_file.child("xml").children("qor:Target")) {
-    for (const pugi::xml_node& requests : target.children("Requests")) {
-      for (const pugi::xml_node& request : requests.children("Request"))
-        KeepReferenced(request, wanted, found);
-    }
-  }
-  return found;
-}
-
-void ReadShortNames(const pugi::xml_node& section, const pugi::xml_document& ecu_file, FileContent& content) {
-  const NameSet data_items = ReferencedItems(ecu_file, NamesOf(section));
+void ReadShortNames(const pugi::xml_node& section, const viator3::EcuFile& ecu_file, FileContent& content) {
+  const NameSet data_items = ecu_file.Offered(NamesOf(section));
   for (const pugi::xml_node& data : section.children("data")) {
     const pugi::xml_attribute name = data.attribute("name");
     const std::string_view short_name = data.attribute("shortname").value();
@@ -73,7 +42,7 @@ pugi::xml_node SectionOf(const pugi::xml_document& description, std::string_view
 }
 
 FileContents::Loaded FileContents::Load(const Folders& folders, const std::string& description_file,
-                                        const std::string& section_name) {
+                                        const std::string& section_name, const ReadEcuFile& read_ecu_file) {
   const std::filesystem::path path = base::PathInFolder(folders.asap, description_file);
   FileContent content;
   content.description = documents_.Load(path);
@@ -84,26 +53,26 @@ FileContents::Loaded FileContents::Load(const Folders& folders, const std::strin
     throw base::Failure("Korval file URL not found in the binary file '" + section_name + "' section");
   }
   const std::filesystem::path ecu_path = base::PathInFolder(folders.korv, url.value());
-  const base::XmlDocument ecu_document = documents_.Load(ecu_path);
+  const EcuFile ecu_file = read_ecu_file(ecu_path.string());
   content.korv_file_name = ecu_path.string();
 
   const auto key = std::pair(path.string(), section_name);
   const auto known = known_.find(key);
-  if (known != known_.end() && known->second.ecu_document.lock() == ecu_document &&
+  if (known != known_.end() && known->second.ecu_file.lock() == ecu_file &&
       known->second.content->description == content.description &&
       known->second.content->korv_file_name == content.korv_file_name) {
-    return {known->second.content, ecu_document};
+    return {known->second.content, ecu_file};
   }
-  const pugi::xml_attribute function = FunctionName(*ecu_document);
-  if (!function) throw base::Failure("Bad Ecu XML file 'ecuFileName', unable to load Ecu description");
-  content.korv_function = function.value();
-  ReadShortNames(section, *ecu_document, content);
+  if (ecu_file->Function().empty())
+    throw base::Failure("Bad Ecu XML file 'ecuFileName', unable to load Ecu description");
+  content.korv_function = ecu_file->Function();
+  ReadShortNames(section, *ecu_file, content);
   Known& kept = known_[key];
   if (!kept.content || *kept.content != content) {
     kept.content = std::make_shared<const FileContent>(std::move(content));
   }
-  kept.ecu_document = ecu_document;
-  return {kept.content, ecu_document};
+  kept.ecu_file = ecu_file;
+  return {kept.content, ecu_file};
 }
 
 }  // namespace korval::model

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -10,6 +11,7 @@
 
 #include "base/XmlFile.h"
 #include "base/XmlFileCache.h"
+#include "diag/viator3.h"
 #include "model/Folders.h"
 
 namespace korval::model {
@@ -28,18 +30,22 @@ struct FileContent {
 /// selected again they share their content; one that has changed is seen at the next selection.
 class FileContents {
  public:
+  using EcuFile = std::shared_ptr<const viator3::EcuFile>;
+  /// Reads an ECU file, given its full path.
+  using ReadEcuFile = std::function<EcuFile(const std::string&)>;
   struct Loaded {
     std::shared_ptr<const FileContent> content;
-    base::XmlDocument ecu_document;
+    EcuFile ecu_file;
   };
 
   /// Raises Failure with a text for the client.
-  Loaded Load(const Folders& folders, const std::string& description_file, const std::string& section);
+  Loaded Load(const Folders& folders, const std::string& description_file, const std::string& section,
+              const ReadEcuFile& read_ecu_file);
 
  private:
   struct Known {
     std::shared_ptr<const FileContent> content;
-    std::weak_ptr<const pugi::xml_document> ecu_document;  // the session holds the one that it uses
+    std::weak_ptr<const viator3::EcuFile> ecu_file;  // the session holds the one that it uses
   };
 
   base::XmlFileCache documents_;

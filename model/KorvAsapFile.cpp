@@ -32,10 +32,10 @@ const std::string& KorvAsapFile::KorvFunction() const {
   return content_ ? content_->korv_function : kNotLoaded;
 }
 
-void KorvAsapFile::ReadDescriptionFile() {
-  auto [content, ecu_document] = contents_->Load(folders_, description_file_, binary_file_);
+void KorvAsapFile::ReadDescriptionFile(const FileContents::ReadEcuFile& read_ecu_file) {
+  auto [content, ecu_file] = contents_->Load(folders_, description_file_, binary_file_, read_ecu_file);
   content_ = std::move(content);
-  ecu_document_ = std::move(ecu_document);
+  ecu_file_ = std::move(ecu_file);
 }
 
 bool KorvAsapFile::IsDataExist(const std::string& data_name) const {

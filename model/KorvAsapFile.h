@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "base/ByteBuffer.h"
-#include "base/XmlFile.h"
 #include "diag/ScriptFile.h"
 #include "model/DtcStore.h"
 #include "model/FileContents.h"
@@ -18,11 +17,9 @@ namespace korval::model {
 /// One selected description file. It maps the client's short names to the data items of one ECU function:
 ///   /xml/ecu[name = section]          url: the ECU file;  data children: name (data item), shortname
 ///   /xml/ecu[name = 'AUTOCAN']        url: the CAN messaging file
-/// of the ECU file are read:
-///   /xml/qor:Target/Function          Name
-///   /xml/qor:Target/Requests/Request/Received/DataItem[Ref = '1']   Name
-/// What was read is shared with the files that are selected alike. Commands share ownership of the file
-/// for as long as they work on it, because the collection may be emptied inside a wait.
+/// of the ECU file its function, and which of those data items it offers. What was read is shared with the
+/// files that are selected alike. Commands share ownership of the file for as long as they work on it,
+/// because the collection may be emptied while they wait.
 class KorvAsapFile : public diag::ScriptFile {
  public:
   /// A raw diagnostic request and its answer.
@@ -48,15 +45,15 @@ class KorvAsapFile : public diag::ScriptFile {
 
   /// Loads the description file and the ECU file its section points to. Raises Failure with a text for
   /// the client; the file then stays without names.
-  void ReadDescriptionFile();
+  void ReadDescriptionFile(const FileContents::ReadEcuFile& read_ecu_file);
   /// Whether a data item that the ECU returns has this short name.
   bool IsDataExist(const std::string& data_name) const;
   std::string KorvDataName(const std::string& asap_data_name) const override;
   /// Full path of the CAN messaging file, "" when none is named. Raises Failure when its name leads out of
   /// the folder.
   std::string GetAutoCanFile() const;
-  /// Gives the parsed ECU file away, which only the session still needs.
-  base::XmlDocument TakeEcuDocument() { return std::move(ecu_document_); }
+  /// Gives the ECU file away, which only the session still needs.
+  FileContents::EcuFile TakeEcuFile() { return std::move(ecu_file_); }
 
   std::shared_ptr<viator3::InstanceObject> WshObject() const override { return wsh_object_; }
   void SetWshObject(std::shared_ptr<viator3::InstanceObject> object) override {
@@ -80,7 +77,7 @@ class KorvAsapFile : public diag::ScriptFile {
   std::int32_t id_;
   std::shared_ptr<FileContents> contents_;
   std::shared_ptr<const FileContent> content_;  // null until it is loaded
-  base::XmlDocument ecu_document_;
+  FileContents::EcuFile ecu_file_;
   std::shared_ptr<viator3::InstanceObject> wsh_object_;
   DtcStore dtcs_;
   std::shared_ptr<RawExchange> raw_exchange_;

@@ -4,8 +4,7 @@
 #include <algorithm>
 #include <array>
 
-#include "base/Errand.h"
-#include "diag/LinkErrors.h"
+#include "base/ErrorNumbers.h"
 #include "protocol/FieldCodec.h"
 #include "protocol/Reply.h"
 
@@ -13,13 +12,14 @@ namespace korval::model {
 namespace {
 
 constexpr std::size_t kValueColumn = 2;
-constexpr std::array<std::uint8_t, 4> kNoValue{0xFF, 0x00, 0x00, 0x00};
 
 bool IsLinkLost(const base::Failure& failure) {
-  static constexpr std::array kNumbers{diag::kSessionLost, diag::kNoAnswer, diag::kInitialisationLost,
-                                       diag::kCommunicationEnded, diag::kTesterPresentUnanswered};
+  static constexpr std::array kNumbers{kLinkLost, kNoAnswer, kInitialisationRefused, kCommunicationEnded,
+                                       kTesterPresentUnanswered};
   return std::find(kNumbers.begin(), kNumbers.end(), failure.Number()) != kNumbers.end();
 }
+
+base::Failure SessionClosed() { return {kLinkLost, "The session was closed while values were read"}; }
 
 void AppendError(base::ByteBuffer& reply, const base::Failure& failure) {
   protocol::AppendErrorRecord(reply, failure.Description(), failure.Number());
@@ -32,100 +32,98 @@ OnlineValues::OnlineValues(host::TraceConsole& console, const diag::DiagnosisObj
     : console_(console), diagnosis_(diagnosis), acquisition_(acquisition), data_view_(data_view) {}
 
 void OnlineValues::AttachTo(protocol::Dispatcher& dispatcher) {
-  dispatcher.Attach(protocol::CommandCode::kGetOnlineValue, [this](base::ByteView, base::ByteBuffer& reply) {
-    return GetOnlineValue(reply) ? protocol::kSuccess : protocol::kError;
-  });
+  dispatcher.Attach(
+      protocol::CommandCode::kGetOnlineValue,
+      [this](base::ByteView, base::ByteBuffer& reply) -> base::Task<std::int32_t> { return Handle(reply); });
 }
 
-bool OnlineValues::GetOnlineValue(base::ByteBuffer& reply) {
+base::Task<std::int32_t> OnlineValues::Handle(base::ByteBuffer& reply) {
+  co_return co_await GetOnlineValue(reply) ? protocol::kSuccess : protocol::kError;
+}
+
+base::Task<bool> OnlineValues::GetOnlineValue(base::ByteBuffer& reply) {
   const auto items = acquisition_.Items();
   if (!items) {
     protocol::AppendWord(reply, 0);
-    return true;
+    co_return true;
   }
   const Session session = diagnosis_.RequireSession();
   const auto ecu = acquisition_.CurrentEcu();
   const auto requests = acquisition_.RequestsToExecute();
-  if (const auto failed = ExecuteUntilFailure(session, *requests)) {
+  if (const auto failed = co_await ExecuteUntilFailure(session, requests)) {
     if (!IsLinkLost(failed->failure)) {
       AppendError(reply, failed->failure);
       console_.Line("GetOnlineValue error : Function='" + ecu->Function() + "' Request='" + failed->name +
                     "'  Error=" + failed->failure.Description());
-      return false;
+      co_return false;
     }
-    if (!Reinitialise(session, reply)) return false;
-    ExecuteAll(session, *requests);
+    if (!co_await Reinitialise(session, reply)) co_return false;
+    co_await ExecuteAll(session, requests);
   }
+  if (acquisition_.Items() != items) throw SessionClosed();
   AppendValues(*items, reply);
   if (show_value_) ShowValues(items);
-  return true;
+  co_return true;
 }
 
-std::optional<OnlineValues::FailedRequest> OnlineValues::ExecuteUntilFailure(
-    const Session& session, const Acquisition::Requests& requests) {
-  for (const auto& request : requests) {
+base::Task<std::optional<OnlineValues::FailedRequest>> OnlineValues::ExecuteUntilFailure(
+    Session session, std::shared_ptr<const Acquisition::Requests> requests) {
+  for (const auto& request : *requests) {
     try {
-      request->Execute();
+      co_await request->Execute();
     } catch (const base::Failure& failure) {
       RequireCurrent(session);
-      return FailedRequest{request->Name(), failure};
+      co_return FailedRequest{request->Name(), failure};
     }
     RequireCurrent(session);
   }
-  return std::nullopt;
+  co_return std::nullopt;
 }
 
-void OnlineValues::ExecuteAll(const Session& session, const Acquisition::Requests& requests) {
-  for (const auto& request : requests) {
+base::Task<void> OnlineValues::ExecuteAll(Session session,
+                                          std::shared_ptr<const Acquisition::Requests> requests) {
+  for (const auto& request : *requests) {
     try {
-      request->Execute();
+      co_await request->Execute();
     } catch (const base::Failure&) {
       // After the repetition the values are answered as they then stand.
-      RequireCurrent(session);
-      continue;
     }
     RequireCurrent(session);
   }
 }
 
-bool OnlineValues::Reinitialise(const Session& session, base::ByteBuffer& reply) {
+base::Task<bool> OnlineValues::Reinitialise(Session session, base::ByteBuffer& reply) {
   for (const auto& ecu : session->Ecus()) {
-    if (ecu->Function() == diag::kCanFunction) continue;
+    if (!ecu->Features().initialisation) continue;
     console_.Line("GetOnlineValue : Reinit Ecu " + ecu->Name());
     try {
-      ecu->Reinitialise();
+      co_await ecu->Reinitialise();
     } catch (const base::Failure& failure) {
       RequireCurrent(session);
       AppendError(reply, failure);
       console_.Line("GetOnlineValue Function='" + ecu->Function() + "' Name='" + ecu->Name() +
                     "'  Init Error=" + failure.Description());
-      return false;
+      co_return false;
     }
     RequireCurrent(session);
   }
-  return true;
+  co_return true;
 }
 
-// Without this, a command whose client is gone would go on working on a host's session.
+// Without this, a command whose session is gone would go on working on a host's.
 void OnlineValues::RequireCurrent(const Session& session) const {
-  base::Errand::RequireWanted();
   if (diagnosis_.Session() != session || !acquisition_.Items()) {
-    throw base::Failure(diag::kSessionLost, "The session was closed while values were read");
+    throw SessionClosed();
   }
 }
 
 void OnlineValues::AppendValues(const Acquisition::DataItems& items, base::ByteBuffer& reply) {
   reply.Reserve(reply.Length() + 2 + 4 * static_cast<std::size_t>(items.Count()));
   protocol::AppendWord(reply, items.Count());
-  const bool trace = console_.DebugTrace();
-  for (const auto& item : items) {
-    if (trace) console_.Line("Data : " + item->Name() + " = " + item->Value().ToText());
-    if (const std::optional<float> value = item->Value().ToSingle()) {
-      protocol::AppendReal(reply, *value);
-    } else {
-      reply.Append(base::ByteView(kNoValue));
-    }
+  if (console_.DebugTrace()) {
+    for (const auto& item : items) console_.Line("Data : " + item->Name() + " = " + item->Value().ToText());
   }
+  acquisition_.AppendValues(reply);
 }
 
 // A client reads far more often than a list is repainted, and the texts cost more than the values.

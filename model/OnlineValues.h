@@ -7,6 +7,7 @@
 
 #include "base/ByteBuffer.h"
 #include "base/Failure.h"
+#include "base/Task.h"
 #include "diag/DiagnosisObject.h"
 #include "host/trace/ListView.h"
 #include "host/trace/TraceConsole.h"
@@ -29,8 +30,8 @@ class OnlineValues {
 
   void AttachTo(protocol::Dispatcher& dispatcher);
   /// True when values were written, false when an error's number and description were. Raises Failure 1000
-  /// without a diagnostic session, also when an event ended it inside a wait.
-  bool GetOnlineValue(base::ByteBuffer& reply);
+  /// without a diagnostic session, also when it ended in a wait.
+  base::Task<bool> GetOnlineValue(base::ByteBuffer& reply);
 
  private:
   using Session = std::shared_ptr<viator3::Session>;
@@ -39,10 +40,11 @@ class OnlineValues {
     base::Failure failure;
   };
 
-  std::optional<FailedRequest> ExecuteUntilFailure(const Session& session,
-                                                   const Acquisition::Requests& requests);
-  void ExecuteAll(const Session& session, const Acquisition::Requests& requests);
-  bool Reinitialise(const Session& session, base::ByteBuffer& reply);
+  base::Task<std::int32_t> Handle(base::ByteBuffer& reply);
+  base::Task<std::optional<FailedRequest>> ExecuteUntilFailure(
+      Session session, std::shared_ptr<const Acquisition::Requests> requests);
+  base::Task<void> ExecuteAll(Session session, std::shared_ptr<const Acquisition::Requests> requests);
+  base::Task<bool> Reinitialise(Session session, base::ByteBuffer& reply);
   void RequireCurrent(const Session& session) const;
   void AppendValues(const Acquisition::DataItems& items, base::ByteBuffer& reply);
   void ShowValues(const std::shared_ptr<const Acquisition::DataItems>& items);

@@ -4,10 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "base/Errand.h"
 #include "base/Failure.h"
 #include "diag/EcuIdentification.h"
-#include "diag/LinkErrors.h"
 #include "protocol/FieldCodec.h"
 #include "protocol/NamedField.h"
 #include "protocol/Reply.h"
@@ -16,6 +14,8 @@ namespace korval::model {
 namespace {
 
 constexpr char kCommand[] = "select file";
+// The function that stands for the CAN messaging.
+constexpr char kCanFunction[] = "CAN";
 
 // Null when the session does not know the function.
 std::shared_ptr<viator3::Ecu> EcuOf(viator3::Session& session, const std::string& function) {
@@ -24,10 +24,6 @@ std::shared_ptr<viator3::Ecu> EcuOf(viator3::Session& session, const std::string
   } catch (const base::Failure&) {
     return nullptr;
   }
-}
-
-bool HasIdentification(const viator3::Ecu& ecu) {
-  return ecu.Protocol() == diag::kKwp2000 || ecu.Protocol() == diag::kDiagOnCan;
 }
 
 }  // namespace
@@ -46,7 +42,7 @@ void SelectFile::AttachTo(protocol::Dispatcher& dispatcher) {
       [this](base::ByteView parameters, base::ByteBuffer& reply) { return Handle(parameters, reply); });
 }
 
-std::int32_t SelectFile::Handle(base::ByteView parameters, base::ByteBuffer& reply) {
+base::Task<std::int32_t> SelectFile::Handle(base::ByteView parameters, base::ByteBuffer& reply) {
   std::string description_file;
   Session session;
   try {
@@ -54,43 +50,44 @@ std::int32_t SelectFile::Handle(base::ByteView parameters, base::ByteBuffer& rep
     description_file = protocol::ReadNamedField(kCommand, "description file", "string",
                                                 [&] { return protocol::ReadString(parameters, position); });
     session = diagnosis_.RequireSession();
-    const auto file = Select(session, description_file, parameters, position);
+    const auto file = co_await Select(session, description_file, parameters, position);
     protocol::AppendWord(reply, file->Id());
   } catch (const base::Failure& failure) {
     console_.Line("   error when loading korval file : " + description_file);
     console_.Line("   error : " + failure.Description());
-    protocol::AppendErrorRecord(reply, "select file error : " + failure.Description(), base::kOwnFailure);
-    return protocol::kError;
+    protocol::AppendErrorRecord(reply, "select file error : " + failure.Description(), kOwnFailure);
+    co_return protocol::kError;
   }
   on_selected_();
-  RebuildFileView(session);
-  return protocol::kSuccess;
+  co_await RebuildFileView(session);
+  co_return protocol::kSuccess;
 }
 
-std::shared_ptr<KorvAsapFile> SelectFile::Select(const Session& session, const std::string& description_file,
-                                                 base::ByteView parameters, std::size_t position) {
+base::Task<std::shared_ptr<KorvAsapFile>> SelectFile::Select(Session session, std::string description_file,
+                                                             base::ByteView parameters,
+                                                             std::size_t position) {
   const std::string section = protocol::ReadNamedField(
       kCommand, "section", "string", [&] { return protocol::ReadString(parameters, position); });
   const std::int32_t address = protocol::ReadNamedField(
       kCommand, "address", "word", [&] { return protocol::ReadWord(parameters, position); });
   console_.Line("select file(" + description_file + "," + section + "," + std::to_string(address) + ")");
   auto file = files_.Add(description_file, section, address);
-  file->ReadDescriptionFile();
+  file->ReadDescriptionFile([&session](const std::string& path) { return session->ReadEcuFile(path); });
   const std::string messaging = file->GetAutoCanFile();
-  session->OfferEcuFile(file->KorvFileName(), file->TakeEcuDocument());
+  session->OfferEcuFile(file->TakeEcuFile());
   console_.Line(file->KorvFileName() + " load in Korval session");
   TraceServingFile(*file);
-  if (!messaging.empty()) LoadMessaging(*session, messaging);
-  base::Errand::RequireWanted();
+  if (!messaging.empty()) co_await LoadMessaging(session, messaging);
   if (!IsCurrent(session)) {
-    throw base::Failure(diag::kSessionLost, "The session was closed while the file was selected");
+    throw base::Failure(kLinkLost, "The session was closed while the file was selected");
   }
-  return file;
+  co_return file;
 }
 
-void SelectFile::LoadMessaging(viator3::Session& session, const std::string& path) {
+base::Task<void> SelectFile::LoadMessaging(Session session, std::string path) {
   try {
-    session.EcuByFunction(diag::kCanFunction)->LoadMessaging(path);
+    const auto can = session->EcuByFunction(kCanFunction);
+    co_await can->LoadMessaging(path);
     console_.Line("   messaging automatic loading : " + path);
   } catch (const base::Failure& failure) {
     console_.Line("   Error messaging automatic loading : " + path + " " + failure.Description());
@@ -115,10 +112,10 @@ void SelectFile::ForgetOldSession() {
   sorted_in_ = 0;
 }
 
-// Shows the files as they are once every ECU has been asked: events inside the waits may change them.
-void SelectFile::RebuildFileView(const Session& session) {
+// Shows the files as they are once every ECU has been asked: they may change in the waits.
+base::Task<void> SelectFile::RebuildFileView(Session session) {
   SortInNewFiles();
-  if (!AskFunctions(session)) return;
+  if (!co_await AskFunctions(session)) co_return;
   file_view_.RebuildWhenShown([watch = std::weak_ptr(self_)] {
     if (const auto self = watch.lock()) (*self)->AddRows();
   });
@@ -135,30 +132,29 @@ void SelectFile::SortInNewFiles() {
 }
 
 // False when the session ended meanwhile.
-bool SelectFile::AskFunctions(const Session& session) {
+base::Task<bool> SelectFile::AskFunctions(Session session) {
   std::vector<std::string> names;
   for (const auto& [name, function] : functions_) names.push_back(name);
   for (const std::string& name : names) {
-    if (!base::Errand::IsWanted()) break;  // who selects next asks again
     const auto ecu = EcuOf(*session, name);
     functions_[name].protocol = ecu ? ecu->Protocol() : std::string();
-    if (ecu && HasIdentification(*ecu) && !Identify(session, *ecu, name)) return false;
+    if (!ecu || !ecu->Features().identification) continue;
+    if (!co_await Identify(session, ecu, name)) co_return false;
   }
-  return true;
+  co_return true;
 }
 
-bool SelectFile::Identify(const Session& session, viator3::Ecu& ecu, const std::string& function) {
+base::Task<bool> SelectFile::Identify(Session session, std::shared_ptr<viator3::Ecu> ecu,
+                                      std::string function) {
   const auto files = Unidentified(function);
-  if (files.empty()) return true;
-  const std::string identification = diag::ReadEcuIdentification(*session, ecu);
-  if (!IsCurrent(session)) return false;
-  if (base::Errand::IsWanted()) {
-    for (const auto& file : files) file->SetIdentification(identification);
-  }
-  return true;
+  if (files.empty()) co_return true;
+  const std::string identification = co_await diag::ReadEcuIdentification(session, ecu);
+  if (!IsCurrent(session)) co_return false;
+  for (const auto& file : files) file->SetIdentification(identification);
+  co_return true;
 }
 
-// False once an event inside a wait has ended the client's session.
+// False once the client's session has ended.
 bool SelectFile::IsCurrent(const Session& session) const {
   return diagnosis_.Session() == session && generation_ == files_.Generation();
 }

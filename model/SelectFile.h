@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/ByteBuffer.h"
+#include "base/Task.h"
 #include "diag/DiagnosisObject.h"
 #include "host/trace/ListView.h"
 #include "host/trace/TraceConsole.h"
@@ -29,7 +30,7 @@ class SelectFile {
   SelectFile& operator=(const SelectFile&) = delete;
 
   void AttachTo(protocol::Dispatcher& dispatcher);
-  std::int32_t Handle(base::ByteView parameters, base::ByteBuffer& reply);
+  base::Task<std::int32_t> Handle(base::ByteView parameters, base::ByteBuffer& reply);
 
  private:
   using Session = std::shared_ptr<viator3::Session>;
@@ -40,15 +41,15 @@ class SelectFile {
     std::vector<std::int32_t> unidentified;  // positions of files in the collection
   };
 
-  std::shared_ptr<KorvAsapFile> Select(const Session& session, const std::string& description_file,
-                                       base::ByteView parameters, std::size_t position);
-  void LoadMessaging(viator3::Session& session, const std::string& path);
+  base::Task<std::shared_ptr<KorvAsapFile>> Select(Session session, std::string description_file,
+                                                   base::ByteView parameters, std::size_t position);
+  base::Task<void> LoadMessaging(Session session, std::string path);
   void TraceServingFile(const KorvAsapFile& file);
   void ForgetOldSession();
-  void RebuildFileView(const Session& session);
+  base::Task<void> RebuildFileView(Session session);
   void SortInNewFiles();
-  bool AskFunctions(const Session& session);
-  bool Identify(const Session& session, viator3::Ecu& ecu, const std::string& function);
+  base::Task<bool> AskFunctions(Session session);
+  base::Task<bool> Identify(Session session, std::shared_ptr<viator3::Ecu> ecu, std::string function);
   std::vector<std::shared_ptr<KorvAsapFile>> Unidentified(const std::string& function);
   bool IsCurrent(const Session& session) const;
   void AddRows();

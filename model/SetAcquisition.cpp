@@ -11,7 +11,6 @@
 namespace korval::model {
 namespace {
 
-constexpr std::int32_t kUnknownData = 12003;
 constexpr char kCommand[] = "set acq para";
 constexpr std::string_view kDirectPrefix = "qor(";
 
@@ -63,7 +62,7 @@ std::int32_t SetAcquisition::Handle(base::ByteView parameters, base::ByteBuffer&
   if (!file) {
     const std::string message = head + "...) : Error unknown Emulator LUN";
     console_.Line(message);
-    protocol::AppendErrorRecord(reply, message, base::kOwnFailure);
+    protocol::AppendErrorRecord(reply, message, kOwnFailure);
     return protocol::kError;
   }
   const std::int32_t status = Choose(*file, count, parameters.subspan(position), head, reply);

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <sstream>
 
+#include <pugixml.hpp>
+
 #include "base/AnsiText.h"
 
 namespace korval::parameters {
@@ -45,25 +47,26 @@ std::vector<std::string_view> SplitFrames(std::string_view text) {
   return frames;
 }
 
-CanDocument::CanDocument() : frames_(document_.append_child("can").append_child("x")) {
-  frames_.append_attribute("i") = 0;
-}
-
-bool CanDocument::Add(std::string_view frame) {
+std::optional<viator3::CanFrame> ReadFrame(std::string_view frame) {
   const std::size_t length = CharacterCount(frame);
-  // XML cannot carry a NUL, which would cut the data unseen.
+  // XML cannot carry a NUL, which would cut the data unseen in the trace.
   const bool has_nul = frame.find('\0') != std::string_view::npos;
-  if (length < kIdentifierLength || (length - kIdentifierLength) % 2 != 0 || has_nul) return false;
+  if (length < kIdentifierLength || (length - kIdentifierLength) % 2 != 0 || has_nul) return std::nullopt;
   const std::size_t data = IdentifierEnd(frame);
-  frames_.append_child("i").text() = Identifier(frame.substr(0, data));
-  pugi::xml_node digits = frames_.append_child("s").append_child("d");
-  if (data < frame.size()) digits.text().set(std::string(frame.substr(data)).c_str());
-  return true;
+  return viator3::CanFrame{Identifier(frame.substr(0, data)), std::string(frame.substr(data))};
 }
 
-std::string CanDocument::Text() const {
+std::string CanDocumentText(std::span<const viator3::CanFrame> frames) {
+  pugi::xml_document document;
+  pugi::xml_node group = document.append_child("can").append_child("x");
+  group.append_attribute("i") = 0;
+  for (const viator3::CanFrame& frame : frames) {
+    group.append_child("i").text() = frame.identifier;
+    pugi::xml_node digits = group.append_child("s").append_child("d");
+    if (!frame.data.empty()) digits.text().set(frame.data.c_str());
+  }
   std::ostringstream text;
-  document_.save(text, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+  document.save(text, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
   return text.str();
 }
 

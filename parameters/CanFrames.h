@@ -2,11 +2,12 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include <pugixml.hpp>
+#include "diag/viator3.h"
 
 namespace korval::parameters {
 
@@ -14,21 +15,12 @@ namespace korval::parameters {
 /// and two digits a data byte.
 std::vector<std::string_view> SplitFrames(std::string_view text);
 
-/// The document in which frames are handed to the session:
+/// One of them; none for a frame whose length is wrong. The identifier is read up to the first character that
+/// is no hexadecimal digit, eight digits as a signed number; the data is taken over unread.
+std::optional<viator3::CanFrame> ReadFrame(std::string_view frame);
+
+/// The document in which frames are traced:
 ///   <can><x i="0"><i>291</i><s><d>01020304</d></s> ...</x></can>
-class CanDocument {
- public:
-  CanDocument();
-
-  /// False for a frame whose length is wrong. The identifier is read up to the first character that is no
-  /// hexadecimal digit, eight digits as a signed number; the data is taken over unread.
-  bool Add(std::string_view frame);
-  pugi::xml_document& Document() { return document_; }
-  std::string Text() const;
-
- private:
-  pugi::xml_document document_;
-  pugi::xml_node frames_;
-};
+std::string CanDocumentText(std::span<const viator3::CanFrame> frames);
 
 }  // namespace korval::parameters

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "parameters/ExtendedParameter.h"
 
+#include <optional>
+#include <vector>
+
 #include "base/Failure.h"
 #include "base/NumberText.h"
 #include "parameters/CanFrames.h"
@@ -11,14 +14,6 @@ namespace korval::parameters {
 namespace {
 
 enum class DataType : std::int32_t { kReal = 0, kReal8 = 1, kString = 2 };
-
-constexpr std::int32_t kBadCanFrame = 11001;
-constexpr std::int32_t kBadString = 11002;
-constexpr std::int32_t kBadWord = 11003;
-constexpr std::int32_t kBadReal = 11004;
-constexpr std::int32_t kBadReal8 = 11005;
-constexpr std::int32_t kUnknownLun = 12000;
-constexpr std::int32_t kUnknownDataType = 12001;
 
 // The get has always answered with the set's texts, and test benches compare them.
 constexpr char kSyntax[] = "extended set parameter(lun,name,datatype,v)";
@@ -50,26 +45,9 @@ class Fields {
   std::size_t position_ = 0;
 };
 
-// Does the work of a command; its failure keeps its number and is introduced by the command's words.
-template <typename Work>
-auto Introduced(const std::string& introduction, Work work) {
-  try {
-    return work();
-  } catch (const base::Failure& failure) {
-    throw base::Failure(failure.Number(), introduction + " : Error = " + failure.Description());
-  }
-}
-
-// Does what follows the work also when the work fails.
-template <typename Work, typename After>
-void DoAndThen(Work work, After after) {
-  try {
-    work();
-  } catch (const base::Failure&) {
-    after();
-    throw;
-  }
-  after();
+// A failure of a command's work keeps its number and is introduced by the command's words.
+base::Failure Introduced(const std::string& introduction, const base::Failure& failure) {
+  return {failure.Number(), introduction + " : Error = " + failure.Description()};
 }
 
 // The same number stands for value, minimum and maximum; the increment is 0.
@@ -128,17 +106,17 @@ void ExtendedParameter::AttachTo(protocol::Dispatcher& dispatcher) {
       [this](base::ByteView parameters, base::ByteBuffer& reply) { return Set(parameters, reply); });
 }
 
-std::int32_t ExtendedParameter::Set(base::ByteView parameters, base::ByteBuffer& reply) {
-  const auto session = diagnosis_.Session();  // held: an event inside a wait may release it
+base::Task<std::int32_t> ExtendedParameter::Set(base::ByteView parameters, base::ByteBuffer& reply) {
+  const auto session = diagnosis_.Session();  // held: it may be released in a wait
   try {
-    SetValue(parameters);
-    return protocol::kSuccess;
+    co_await SetValue(parameters);
+    co_return protocol::kSuccess;
   } catch (const base::Failure& failure) {
-    return protocol::ReplyError(console_, reply, failure.Description(), failure.Number());
+    co_return protocol::ReplyError(console_, reply, failure.Description(), failure.Number());
   }
 }
 
-void ExtendedParameter::SetValue(base::ByteView parameters) {
+base::Task<void> ExtendedParameter::SetValue(base::ByteView parameters) {
   Fields fields(parameters);
   SetCall call;
   call.lun = fields.Word("lun");
@@ -157,69 +135,92 @@ void ExtendedParameter::SetValue(base::ByteView parameters) {
   throw base::Failure(kUnknownDataType, call.Introduction() + " : Unknown data type");
 }
 
-void ExtendedParameter::SetReal(const SetCall& call, float value) {
-  Introduced(call.Introduction(), [&] {
-    DoAndThen([&] { script_.Set(call.file, call.name, value); },
-              [&] { TraceSet(call, base::SingleText(value)); });
-  });
+// The call is traced when it has been carried out, and when it has failed.
+base::Task<void> ExtendedParameter::SetReal(SetCall call, float value) {
+  std::optional<base::Failure> failed;
+  try {
+    co_await script_.Set(call.file, call.name, value);
+  } catch (const base::Failure& failure) {
+    failed = failure;
+  }
+  TraceSet(call, base::SingleText(value));
+  if (failed) throw Introduced(call.Introduction(), *failed);
 }
 
-void ExtendedParameter::SetReal8(const SetCall& call, double value) {
-  Introduced(call.Introduction(), [&] {
-    DoAndThen([&] { WriteByName(call.file, call.name, value); },
-              [&] { TraceSet(call, base::DoubleText(value)); });
-  });
+base::Task<void> ExtendedParameter::SetReal8(SetCall call, double value) {
+  std::optional<base::Failure> failed;
+  try {
+    co_await WriteByName(call.file, call.name, value);
+  } catch (const base::Failure& failure) {
+    failed = failure;
+  }
+  TraceSet(call, base::DoubleText(value));
+  if (failed) throw Introduced(call.Introduction(), *failed);
 }
 
-void ExtendedParameter::SetString(const SetCall& call, const std::string& value) {
+base::Task<void> ExtendedParameter::SetString(SetCall call, std::string value) {
   TraceSet(call, value);
-  if (call.name == "xcanframe") return SendCanFrames(call, value);
-  Introduced(call.Introduction(), [&] { SetSpecial(call, value); });
+  if (call.name == "xcanframe") {
+    co_await SendCanFrames(call, value);
+    co_return;
+  }
+  try {
+    co_await SetSpecial(call, value);
+  } catch (const base::Failure& failure) {
+    throw Introduced(call.Introduction(), failure);
+  }
 }
 
-void ExtendedParameter::SetSpecial(const SetCall& call, const std::string& value) {
+base::Task<void> ExtendedParameter::SetSpecial(SetCall call, std::string value) {
   if (call.name == "pcreboot") {
     power_request_ = protocol::PowerRequest::kReboot;
   } else if (call.name == "pcshutdown") {
     power_request_ = protocol::PowerRequest::kShutdown;
   } else if (call.name == "kwprequest") {
-    raw_request_.Send(*call.file, value);
+    co_await raw_request_.Send(call.file, value);
   } else {
-    WriteByName(call.file, call.name, value);
+    co_await WriteByName(call.file, call.name, value);
   }
 }
 
-void ExtendedParameter::SendCanFrames(const SetCall& call, const std::string& value) {
-  CanDocument frames;
-  for (const std::string_view frame : SplitFrames(value)) {
-    Trace("Frame = " + std::string(frame));
-    if (!frames.Add(frame)) {
+base::Task<void> ExtendedParameter::SendCanFrames(SetCall call, std::string value) {
+  std::vector<viator3::CanFrame> frames;
+  for (const std::string_view text : SplitFrames(value)) {
+    Trace("Frame = " + std::string(text));
+    const auto frame = ReadFrame(text);
+    if (!frame) {
       throw base::Failure(kBadCanFrame,
                           call.Head() + value + ") : Invalid can frame syntax (ex : iiiiiiiidd)");
     }
+    frames.push_back(*frame);
   }
-  const auto trace_document = [&] { Trace(frames.Text()); };
-  trace_document();
-  Introduced(call.Introduction(), [&] {
-    DoAndThen([&] { diagnosis_.RequireSession()->SendFrames(frames.Document()); }, trace_document);
-  });
+  std::optional<base::Failure> failed;
+  Trace(CanDocumentText(frames));
+  try {
+    const auto session = diagnosis_.RequireSession();
+    co_await session->SendFrames(frames);
+  } catch (const base::Failure& failure) {
+    failed = failure;
+  }
+  Trace(CanDocumentText(frames));
+  if (failed) throw Introduced(call.Introduction(), *failed);
 }
 
-void ExtendedParameter::WriteByName(const File& file, const std::string& name, const base::Variant& value) {
-  if (!variables_.Write(*file, name, value)) script_.Set(file, name, value);
+base::Task<void> ExtendedParameter::WriteByName(File file, std::string name, base::Variant value) {
+  if (!variables_.Write(*file, name, value)) co_await script_.Set(file, name, value);
 }
 
-std::int32_t ExtendedParameter::Get(base::ByteView parameters, base::ByteBuffer& reply) {
+base::Task<std::int32_t> ExtendedParameter::Get(base::ByteView parameters, base::ByteBuffer& reply) {
   const auto session = diagnosis_.Session();
   try {
-    GetValue(parameters, reply);
-    return protocol::kSuccess;
+    co_await GetValue(parameters, reply);
+    co_return protocol::kSuccess;
   } catch (const base::Failure& failure) {
-    return protocol::ReplyError(console_, reply, failure.Description(), failure.Number());
+    co_return protocol::ReplyError(console_, reply, failure.Description(), failure.Number());
   }
 }
 
-void ExtendedParameter::GetValue(base::ByteView parameters, base::ByteBuffer& reply) {
+base::Task<void> ExtendedParameter::GetValue(base::ByteView parameters, base::ByteBuffer& reply) {
   Fields fields(parameters);
   const std::int32_t lun = fields.Word("lun");
   const std::string name = fields.String("name");
@@ -228,18 +229,22 @@ void ExtendedParameter::GetValue(base::ByteView parameters, base::ByteBuffer& re
   if (!file) {
     throw base::Failure(kUnknownLun, "extended get parameter(" + arguments + " : Error unknown Emulator LUN");
   }
-  AppendTyped(reply, Introduced(kSet + arguments, [&] { return ValueOf(file, name); }));
+  try {
+    AppendTyped(reply, co_await ValueOf(file, name));
+  } catch (const base::Failure& failure) {
+    throw Introduced(kSet + arguments, failure);
+  }
   Trace("extended get parameter(" + arguments + " ok");
 }
 
-base::Variant ExtendedParameter::ValueOf(const File& file, const std::string& name) {
-  if (name == "kwprequest") return RawRequest::LastAnswer(*file);
-  if (name == "readdtc") return read_dtc_.Read(*file);
-  if (name == "dtccode") return file->Dtcs().dtccode();
-  if (name == "dtcstatus") return file->Dtcs().dtcstatus();
-  if (name == "nextdtc") return file->Dtcs().NextDtc();
-  if (auto value = variables_.Read(*file, name)) return *std::move(value);
-  return script_.Get(file, name);
+base::Task<base::Variant> ExtendedParameter::ValueOf(File file, std::string name) {
+  if (name == "kwprequest") co_return RawRequest::LastAnswer(*file);
+  if (name == "readdtc") co_return co_await read_dtc_.Read(file);
+  if (name == "dtccode") co_return file->Dtcs().dtccode();
+  if (name == "dtcstatus") co_return file->Dtcs().dtcstatus();
+  if (name == "nextdtc") co_return file->Dtcs().NextDtc();
+  if (ScriptVariables::IsVariable(name)) co_return co_await variables_.Read(file, name);
+  co_return co_await script_.Get(file, name);
 }
 
 void ExtendedParameter::TraceSet(const SetCall& call, const std::string& value) {

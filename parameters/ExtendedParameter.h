@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/ByteBuffer.h"
+#include "base/Task.h"
 #include "base/Variant.h"
 #include "diag/WindowsScript.h"
 #include "host/trace/TraceConsole.h"
@@ -30,23 +31,23 @@ class ExtendedParameter {
 
   void AttachTo(protocol::Dispatcher& dispatcher);
   /// Reads lun (word) and name (string); answers a data type word and the value in that type.
-  std::int32_t Get(base::ByteView parameters, base::ByteBuffer& reply);
+  base::Task<std::int32_t> Get(base::ByteView parameters, base::ByteBuffer& reply);
   /// Reads lun (word), name (string), data type (word) and the value in that type; answers nothing.
-  std::int32_t Set(base::ByteView parameters, base::ByteBuffer& reply);
+  base::Task<std::int32_t> Set(base::ByteView parameters, base::ByteBuffer& reply);
 
  private:
   using File = std::shared_ptr<model::KorvAsapFile>;
   struct SetCall;
 
-  void SetValue(base::ByteView parameters);
-  void SetReal(const SetCall& call, float value);
-  void SetReal8(const SetCall& call, double value);
-  void SetString(const SetCall& call, const std::string& value);
-  void SetSpecial(const SetCall& call, const std::string& value);
-  void SendCanFrames(const SetCall& call, const std::string& value);
-  void GetValue(base::ByteView parameters, base::ByteBuffer& reply);
-  base::Variant ValueOf(const File& file, const std::string& name);
-  void WriteByName(const File& file, const std::string& name, const base::Variant& value);
+  base::Task<void> SetValue(base::ByteView parameters);
+  base::Task<void> SetReal(SetCall call, float value);
+  base::Task<void> SetReal8(SetCall call, double value);
+  base::Task<void> SetString(SetCall call, std::string value);
+  base::Task<void> SetSpecial(SetCall call, std::string value);
+  base::Task<void> SendCanFrames(SetCall call, std::string value);
+  base::Task<void> GetValue(base::ByteView parameters, base::ByteBuffer& reply);
+  base::Task<base::Variant> ValueOf(File file, std::string name);
+  base::Task<void> WriteByName(File file, std::string name, base::Variant value);
   void TraceSet(const SetCall& call, const std::string& value);
   void Trace(const std::string& text);
 

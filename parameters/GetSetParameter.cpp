@@ -35,7 +35,7 @@ void GetSetParameter::AttachTo(protocol::Dispatcher& dispatcher) {
                     [this](base::ByteView parameters, base::ByteBuffer&) { return Set(parameters); });
 }
 
-std::int32_t GetSetParameter::Set(base::ByteView parameters) {
+base::Task<std::int32_t> GetSetParameter::Set(base::ByteView parameters) {
   std::size_t position = 0;
   const std::int32_t lun = ReadLun(kSetSyntax, parameters, position);
   const std::string name = ReadName(kSetSyntax, parameters, position);
@@ -47,14 +47,14 @@ std::int32_t GetSetParameter::Set(base::ByteView parameters) {
   if (!file) throw base::Failure(call + " : Error unknown Emulator LUN");
   console_.Line(call);  // traced even without debugging: a bench wants to see what was written
   try {
-    script_.Set(file, name, value);
+    co_await script_.Set(file, name, value);
   } catch (const base::Failure& failure) {
     throw base::Failure(call + " : Error = " + failure.Description());
   }
-  return protocol::kSuccess;
+  co_return protocol::kSuccess;
 }
 
-std::int32_t GetSetParameter::Get(base::ByteView parameters, base::ByteBuffer& reply) {
+base::Task<std::int32_t> GetSetParameter::Get(base::ByteView parameters, base::ByteBuffer& reply) {
   std::size_t position = 0;
   const std::int32_t lun = ReadLun(kGetSyntax, parameters, position);
   const std::string name = ReadName(kGetSyntax, parameters, position);
@@ -63,7 +63,7 @@ std::int32_t GetSetParameter::Get(base::ByteView parameters, base::ByteBuffer& r
   if (!file) throw base::Failure("g" + arguments + " : Error unknown Emulator LUN");
   base::Variant value;
   try {
-    value = script_.Get(file, name);
+    value = co_await script_.Get(file, name);
   } catch (const base::Failure& failure) {
     // This one message has always begun with a capital, and test benches compare it.
     throw base::Failure("G" + arguments + " : Error = " + failure.Description());
@@ -79,7 +79,7 @@ std::int32_t GetSetParameter::Get(base::ByteView parameters, base::ByteBuffer& r
     console_.Append("g" + arguments + " ok");
     console_.Line("   value = " + value.ToText());
   }
-  return protocol::kSuccess;
+  co_return protocol::kSuccess;
 }
 
 }  // namespace korval::parameters

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "base/ByteBuffer.h"
+#include "base/Task.h"
 #include "diag/WindowsScript.h"
 #include "host/trace/TraceConsole.h"
 #include "model/KorvAsapFiles.h"
@@ -23,9 +24,9 @@ class GetSetParameter {
   void AttachTo(protocol::Dispatcher& dispatcher);
   /// Reads lun (word) and name (string); answers value, minimum, maximum (the value, all three) and
   /// increment (0) as reals.
-  std::int32_t Get(base::ByteView parameters, base::ByteBuffer& reply);
+  base::Task<std::int32_t> Get(base::ByteView parameters, base::ByteBuffer& reply);
   /// Reads lun (word), name (string) and v (real); answers nothing.
-  std::int32_t Set(base::ByteView parameters);
+  base::Task<std::int32_t> Set(base::ByteView parameters);
 
  private:
   host::TraceConsole& console_;

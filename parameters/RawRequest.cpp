@@ -4,7 +4,6 @@
 #include <memory>
 
 #include "base/Failure.h"
-#include "diag/LinkErrors.h"
 #include "parameters/EcuFunction.h"
 
 namespace korval::parameters {
@@ -22,23 +21,23 @@ base::ByteBuffer RequestFromHex(const std::string& hex) {
   throw base::Failure("Invalid request");
 }
 
-void SendAndTakeAnyAnswer(viator3::Ecu& ecu, Exchange& exchange) {
+base::Task<void> SendAndTakeAnyAnswer(std::shared_ptr<viator3::Ecu> ecu, Exchange& exchange) {
   try {
-    ecu.Send(exchange.request, exchange.answer);
+    co_await ecu->Send(exchange.request, exchange.answer);
   } catch (const base::Failure& failure) {
-    if (failure.Number() != diag::kNegativeAnswer || exchange.answer.Empty()) throw;
+    if (failure.Number() != kNegativeAnswer || exchange.answer.Empty()) throw;
   }
 }
 
 }  // namespace
 
-void RawRequest::Send(model::KorvAsapFile& file, const std::string& hex) {
-  const auto ecu = EcuFunction(diagnosis_, file);
-  file.SetLastRawExchange(nullptr);
+base::Task<void> RawRequest::Send(std::shared_ptr<model::KorvAsapFile> file, std::string hex) {
+  const auto ecu = EcuFunction(diagnosis_, *file);
+  file->SetLastRawExchange(nullptr);
   const auto exchange = std::make_shared<Exchange>();
   exchange->request = RequestFromHex(hex);
-  SendAndTakeAnyAnswer(*ecu, *exchange);
-  file.SetLastRawExchange(exchange);
+  co_await SendAndTakeAnyAnswer(ecu, *exchange);
+  file->SetLastRawExchange(exchange);
   if (console_.DebugTrace()) {
     console_.Line("kwprequest ok send:" + exchange->request.ToHex() + " receive:" + exchange->answer.ToHex());
   }

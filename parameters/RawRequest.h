@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <memory>
 #include <string>
 
+#include "base/Task.h"
 #include "diag/DiagnosisObject.h"
 #include "host/trace/TraceConsole.h"
 #include "model/KorvAsapFile.h"
@@ -18,7 +20,7 @@ class RawRequest {
       : console_(console), diagnosis_(diagnosis) {}
 
   /// Raises Failure 1 for a text that is no request, and the library's own. The file then has no answer.
-  void Send(model::KorvAsapFile& file, const std::string& hex);
+  base::Task<void> Send(std::shared_ptr<model::KorvAsapFile> file, std::string hex);
   /// The last answer in hexadecimal. Raises Failure 1 when there is none.
   static std::string LastAnswer(const model::KorvAsapFile& file);
 

@@ -1,88 +1,70 @@
 // SPDX-License-Identifier: MIT
 #include "parameters/ReadDtc.h"
 
-#include "base/Errand.h"
 #include "base/Failure.h"
-#include "diag/LinkErrors.h"
 #include "parameters/EcuFunction.h"
 
 namespace korval::parameters {
 namespace {
 
-constexpr std::size_t kFirstRecord = 2;
-constexpr std::size_t kRecordLength = 3;
-
-const base::ByteBuffer& AllGroups() {
-  static const base::ByteBuffer request{0x17, 0xFF, 0x00};
-  return request;
+std::string HexDigits(std::uint32_t value, int bytes) {
+  base::ByteBuffer digits;
+  for (int i = bytes - 1; i >= 0; --i) digits.Append(static_cast<std::uint8_t>(value >> (8 * i)));
+  return digits.ToHex();
 }
 
-const base::ByteBuffer& Continuation() {
-  static const base::ByteBuffer request{0x17, 0xFF, 0xFF};
-  return request;
-}
+// Keeps what is read with the file, and traces it while debugging.
+class Keeper : public viator3::TroubleCodeListener {
+ public:
+  Keeper(host::TraceConsole& console, model::DtcStore& store) : console_(console), store_(store) {}
+
+  std::int16_t Count() const { return count_; }
+
+  void Exchanged(const viator3::Exchange& exchange) override {
+    const std::string bytes = " send:" + exchange.request.ToHex() + " receive:" + exchange.answer.ToHex();
+    if (!exchange.failure) return Trace("readdtc_get ok" + bytes);
+    Trace("readdtc_get Error" + bytes);
+    Trace("  Error(" + std::to_string(exchange.failure->Number()) + ") " + exchange.failure->Description());
+  }
+  void Counted(std::int32_t count) override {
+    count_ = static_cast<std::int16_t>(count);
+    store_.InitFailures(count);
+  }
+  void Read(std::int32_t index, const viator3::TroubleCode& code) override {
+    store_.SetFailure(index, static_cast<std::int32_t>(code.code), code.status);
+    Trace("   failure " + std::to_string(index) + " = $" + HexDigits(code.code, code.code_bytes) +
+          " status = $" + HexDigits(code.status, 1));
+  }
+
+ private:
+  void Trace(const std::string& text) {
+    if (console_.DebugTrace()) console_.Line(text);
+  }
+
+  host::TraceConsole& console_;
+  model::DtcStore& store_;
+  std::int16_t count_ = 0;
+};
 
 }  // namespace
 
-std::int16_t ReadDtc::Read(model::KorvAsapFile& file) {
-  const auto ecu = EcuFunction(diagnosis_, file);
-  model::DtcStore& store = file.Dtcs();
-  store.ClearFailures();
-  if (!ecu->Initialised()) Initialise(*ecu);
-  base::ByteBuffer answer = Send(*ecu, AllGroups());
-  if (answer.Length() < kFirstRecord) {
-    throw base::Failure(diag::kAnswerTooShort, "service 17 must answer at least 2 bytes");
-  }
-  const std::int16_t count = answer.At(1);
-  store.InitFailures(count);
-  std::size_t offset = kFirstRecord;
-  for (std::int32_t i = 1; i <= count; ++i) {
-    if (offset >= answer.Length()) {
-      answer = Send(*ecu, Continuation());
-      offset = kFirstRecord;
-    }
-    Keep(store, i, answer, offset);
-    offset += kRecordLength;
-  }
-  return count;
+base::Task<std::int16_t> ReadDtc::Read(std::shared_ptr<model::KorvAsapFile> file) {
+  const auto ecu = EcuFunction(diagnosis_, *file);
+  file->Dtcs().ClearFailures();
+  if (!ecu->Initialised()) co_await Initialise(ecu);
+  Keeper keeper(console_, file->Dtcs());
+  co_await ecu->ReadTroubleCodes(keeper);
+  co_return keeper.Count();
 }
 
-void ReadDtc::Initialise(viator3::Ecu& ecu) {
+base::Task<void> ReadDtc::Initialise(std::shared_ptr<viator3::Ecu> ecu) {
   try {
-    ecu.Initialise();
+    co_await ecu->Initialise();
   } catch (const base::Failure& failure) {
     Trace("readdtc_get Error init(" + std::to_string(failure.Number()) + ") " + failure.Description());
     throw;
   }
   Trace("readdtc_get ECU Initialisation done");
-}
-
-base::ByteBuffer ReadDtc::Send(viator3::Ecu& ecu, const base::ByteBuffer& request) {
-  base::Errand::RequireWanted();
-  base::ByteBuffer answer;
-  const auto exchange = [&] { return " send:" + request.ToHex() + " receive:" + answer.ToHex(); };
-  try {
-    ecu.Send(request, answer);
-  } catch (const base::Failure& failure) {
-    Trace("readdtc_get Error" + exchange());
-    Trace("  Error(" + std::to_string(failure.Number()) + ") " + failure.Description());
-    throw;
-  }
-  Trace("readdtc_get ok" + exchange());
-  return answer;
-}
-
-void ReadDtc::Keep(model::DtcStore& store, std::int32_t index, const base::ByteBuffer& answer,
-                   std::size_t offset) {
-  if (offset + kRecordLength > answer.Length()) {
-    throw base::Failure(diag::kAnswerTooShort,
-                        "the answer of service 17 ends before DTC record " + std::to_string(index));
-  }
-  const std::uint16_t code = answer.Word(offset);
-  const std::uint8_t status = answer.At(offset + 2);
-  store.SetFailure(index, code, status);
-  Trace("   failure " + std::to_string(index) + " = $" + base::HexText(answer.View(offset, 2)) +
-        " status = $" + base::HexText(answer.View(offset + 2, 1)));
 }
 
 void ReadDtc::Trace(const std::string& text) {

@@ -8,7 +8,6 @@
 #include "base/AnsiText.h"
 #include "base/Failure.h"
 #include "base/NumberText.h"
-#include "diag/LinkErrors.h"
 #include "parameters/EcuFunction.h"
 
 namespace korval::parameters {
@@ -17,8 +16,6 @@ namespace {
 using base::Variant;
 using DataItem = std::shared_ptr<viator3::DataItem>;
 using Request = std::shared_ptr<viator3::Request>;
-
-constexpr std::int32_t kScriptError = 11001;
 
 [[noreturn]] void Fail(const std::string& description) { throw base::Failure(kScriptError, description); }
 
@@ -91,16 +88,6 @@ Variant ItemNameAt(const Call& call, const viator3::Request::Items& (viator3::Re
   return list[*position]->Name();
 }
 
-template <typename Step>
-Variant ErrorNumberOf(Step step) {
-  try {
-    step();
-    return std::int32_t{0};
-  } catch (const base::Failure& failure) {
-    return failure.Number();
-  }
-}
-
 Variant ReferenceDataCount(const Call& call) { return Count(call.Function()->ReferenceData().size()); }
 
 Variant ReferenceDataName(const Call& call) {
@@ -149,17 +136,27 @@ Variant ItemValue(const Call& call) {
 
 Variant ItemUnit(const Call& call) { return NamedItem(call)->Unit(); }
 
-Variant ExecuteRequest(const Call& call) {
+// The two that talk to the ECU are answered by the number of their failure.
+
+base::Task<Variant> ExecuteRequest(Call call) {
   const auto ecu = call.Function();  // held through the wait, as the request is
   const Request request = RequestNamed(*ecu, call.argument);
-  return ErrorNumberOf([&] { request->Execute(); });
+  try {
+    co_await request->Execute();
+    co_return std::int32_t{0};
+  } catch (const base::Failure& failure) {
+    co_return failure.Number();
+  }
 }
 
-Variant InitialiseFunction(const Call& call) {
-  return ErrorNumberOf([&] {
+base::Task<Variant> InitialiseFunction(Call call) {
+  try {
     const auto ecu = call.Function();
-    ecu->Initialise();
-  });
+    co_await ecu->Initialise();
+    co_return std::int32_t{0};
+  } catch (const base::Failure& failure) {
+    co_return failure.Number();
+  }
 }
 
 void WriteText(viator3::DataItem& item, const Variant& value) { item.SetText(value.ToText()); }
@@ -168,8 +165,9 @@ void WriteValue(viator3::DataItem& item, const Variant& value) { item.SetValue(v
 
 struct Variable {
   std::string_view name;  // one that ends with "(" takes arguments
-  Variant (*read)(const Call&);
+  Variant (*read)(const Call&) = nullptr;
   void (*write)(viator3::DataItem&, const Variant&) = nullptr;
+  base::Task<Variant> (*execute)(Call) = nullptr;
 };
 
 constexpr std::array<Variable, 13> kVariables{{
@@ -184,8 +182,8 @@ constexpr std::array<Variable, 13> kVariables{{
     {"qortext(", ItemText, WriteText},
     {"qorvalue(", ItemValue, WriteValue},
     {"qorunit(", ItemUnit},
-    {"qorexecreq(", ExecuteRequest},
-    {"qorinit", InitialiseFunction},
+    {"qorexecreq(", nullptr, nullptr, ExecuteRequest},
+    {"qorinit", nullptr, nullptr, InitialiseFunction},
 }};
 
 const Variable* FindVariable(const std::string& name) {
@@ -212,10 +210,13 @@ std::string ArgumentOf(const Variable& variable, const std::string& name) {
 
 }  // namespace
 
-std::optional<Variant> ScriptVariables::Read(const model::KorvAsapFile& file, const std::string& name) const {
-  const Variable* variable = FindVariable(name);
-  if (variable == nullptr) return std::nullopt;
-  return variable->read(Call{diagnosis_, file, ArgumentOf(*variable, name)});
+bool ScriptVariables::IsVariable(const std::string& name) { return FindVariable(name) != nullptr; }
+
+base::Task<Variant> ScriptVariables::Read(std::shared_ptr<model::KorvAsapFile> file, std::string name) const {
+  const Variable& variable = *FindVariable(name);
+  const Call call{diagnosis_, *file, ArgumentOf(variable, name)};
+  if (variable.execute) co_return co_await variable.execute(call);
+  co_return variable.read(call);
 }
 
 bool ScriptVariables::Write(const model::KorvAsapFile& file, const std::string& name,
@@ -226,8 +227,8 @@ bool ScriptVariables::Write(const model::KorvAsapFile& file, const std::string& 
   try {
     variable->write(*item, value);
   } catch (const base::Failure& failure) {
-    if (failure.Number() == diag::kReadOnly) Fail("data " + item->Name() + " is readonly");
-    if (failure.Number() == diag::kValueRefused) Fail("data not available or invalid");
+    if (failure.Number() == kReadOnly) Fail("data " + item->Name() + " is readonly");
+    if (failure.Number() == kValueRefused) Fail("data not available or invalid");
     throw;
   }
   return true;

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <optional>
+#include <memory>
 #include <string>
 
+#include "base/Task.h"
 #include "base/Variant.h"
 #include "diag/DiagnosisObject.h"
 #include "model/KorvAsapFile.h"
@@ -27,8 +28,9 @@ class ScriptVariables {
   /// The diagnosis object outlives this one.
   explicit ScriptVariables(const diag::DiagnosisObject& diagnosis) : diagnosis_(diagnosis) {}
 
-  /// The variable's value; none when the name is no script variable.
-  std::optional<base::Variant> Read(const model::KorvAsapFile& file, const std::string& name) const;
+  static bool IsVariable(const std::string& name);
+  /// The value of the variable; REQUIRES IsVariable(name).
+  base::Task<base::Variant> Read(std::shared_ptr<model::KorvAsapFile> file, std::string name) const;
   /// False when the name is no script variable that can be written.
   bool Write(const model::KorvAsapFile& file, const std::string& name, const base::Variant& value) const;
 

@@ -5,10 +5,8 @@
 #include <limits>
 #include <utility>
 
-#include <QAbstractEventDispatcher>
 #include <QTimer>
 
-#include "base/Errand.h"
 #include "platform/process/EventBarrier.h"
 
 namespace korval::platform {
@@ -120,22 +118,11 @@ std::unique_ptr<base::Deadline> QtEventLoop::CreateDeadline(std::function<void()
   return std::make_unique<QtDeadline>(std::move(passed));
 }
 
-bool QtEventLoop::RunUntil(base::TimePoint deadline, const std::function<bool()>& done) {
-  const base::Errand::Wait wait;
-  QAbstractEventDispatcher& dispatcher = *QAbstractEventDispatcher::instance();
-  QTimer wake_up;  // ends the last wait for an event
-  wake_up.setSingleShot(true);
-  wake_up.setTimerType(Qt::PreciseTimer);
-  while (!done()) {
-    wait.RequireWanted();
-    const base::Duration left = deadline - Now();
-    if (left <= base::Duration::zero()) return false;
-    // Some dispatchers deliver posted events and then wait all the same, so these are delivered first.
-    if (dispatcher.processEvents(QEventLoop::AllEvents) || done()) continue;
-    if (!wake_up.isActive()) wake_up.start(QtInterval(left));
-    dispatcher.processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
-  }
-  return true;
+// Posted, so that a host's own loop inside the event delivers it too.
+void QtEventLoop::Defer(std::function<void()> step) {
+  QMetaObject::invokeMethod(
+      &deferred_, [step = std::move(step)] { EventBarrier::Run("a step behind an event", step); },
+      Qt::QueuedConnection);
 }
 
 }  // namespace korval::platform

@@ -6,9 +6,9 @@
 #include <QSerialPort>
 #include <QSerialPortInfo>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
 #include "base/SerialSettings.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "platform/serial/ApplySettings.h"
 #include "platform/serial/SerialDevice.h"
 #include "platform/serial/SerialDriver.h"
@@ -80,9 +80,8 @@ void SerialKLineWire::SetSpeed(std::int32_t baud) {
     ApplySettings(settings, *port_);
   } catch (const base::Failure& failure) {
     port_->close();
-    throw base::Failure(ecu::kInterfaceRefused, "serial device " + device_ + " cannot be set to " +
-                                                    std::to_string(baud) +
-                                                    " bit/s: " + failure.Description());
+    throw base::Failure(kInterfaceRefused, "serial device " + device_ + " cannot be set to " +
+                                               std::to_string(baud) + " bit/s: " + failure.Description());
   }
 }
 

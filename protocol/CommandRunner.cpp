@@ -13,12 +13,12 @@ bool CommandRunner::VerifyChecksum() {
   return false;
 }
 
-CommandRunner::Outcome CommandRunner::Run() {
+base::Task<CommandRunner::Outcome> CommandRunner::Run() {
   const base::ByteBuffer parameters(ParameterArea(frame_));
   Outcome outcome;
   outcome.code = frame_.Word(kCommandOffset);
-  outcome.status = dispatcher_.Dispatch(outcome.code, parameters.View(), outcome.data);
-  return outcome;
+  outcome.status = co_await dispatcher_.Dispatch(outcome.code, parameters.View(), outcome.data);
+  co_return outcome;
 }
 
 void CommandRunner::Finish(const Outcome& outcome) {

@@ -35,8 +35,8 @@ class CommandRunner {
 
   /// Traces a wrong checksum. The frame that the length field spans is wholly in the buffer.
   bool VerifyChecksum();
-  /// Dispatches the request in the frame buffer.
-  Outcome Run();
+  /// Dispatches the request that is in the frame buffer when the task begins.
+  base::Task<Outcome> Run();
   /// Makes the frame buffer the reply, whatever it holds by now.
   void Finish(const Outcome& outcome);
 

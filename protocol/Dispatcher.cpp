@@ -59,34 +59,49 @@ void Dispatcher::Attach(CommandCode code, Handler handler) {
   rows_.at(static_cast<std::int32_t>(code)).handler = std::move(handler);
 }
 
-std::int32_t Dispatcher::Dispatch(std::int32_t code, base::ByteView parameters, base::ByteBuffer& reply) {
-  reply.Clear();
-  const auto row = rows_.find(code);
-  if (row == rows_.end() || !row->second.handler) return Unknown(code, parameters);
-  if (!row->second.allowed(state_.Current())) {
-    if (!row->second.refusal_only_when_debugging || console_.DebugTrace()) console_.Line(row->second.refusal);
-    return kNotProcessed;
-  }
-  const std::int32_t status = Run(row->second, parameters, reply);
-  if (reply.Length() <= kMaxReplyData) return status;
-  const std::string size = std::to_string(reply.Length());
-  reply.Clear();
-  return ReplyError(console_, reply,
-                    "the answer of " + size + " bytes does not fit into one frame, ask for less",
-                    base::kOwnFailure);
+void Dispatcher::Attach(CommandCode code, Immediate handler) {
+  rows_.at(static_cast<std::int32_t>(code)).handler = std::move(handler);
 }
 
-std::int32_t Dispatcher::Run(const Row& row, base::ByteView parameters, base::ByteBuffer& reply) {
+base::Task<std::int32_t> Dispatcher::Dispatch(std::int32_t code, base::ByteView parameters,
+                                              base::ByteBuffer& reply) {
+  reply.Clear();
+  const auto row = rows_.find(code);
+  if (row == rows_.end() || std::holds_alternative<std::monostate>(row->second.handler)) {
+    co_return Unknown(code, parameters);
+  }
+  if (!row->second.allowed(state_.Current())) {
+    if (!row->second.refusal_only_when_debugging || console_.DebugTrace()) console_.Line(row->second.refusal);
+    co_return kNotProcessed;
+  }
   std::string description;
   try {
-    return row.handler(parameters, reply);
+    const std::int32_t status = co_await Run(row->second, parameters, reply);
+    co_return Fitting(status, reply);
   } catch (const base::Failure& failure) {
     description = failure.Description();
   } catch (const std::exception& failure) {
     description = failure.what();
   }
   reply.Clear();
-  return ReplyError(console_, reply, description, base::kOwnFailure);
+  co_return ReplyError(console_, reply, description, kOwnFailure);
+}
+
+base::Task<std::int32_t> Dispatcher::Run(const Row& row, base::ByteView parameters, base::ByteBuffer& reply) {
+  if (const Handler* handler = std::get_if<Handler>(&row.handler)) return (*handler)(parameters, reply);
+  return
+      [](const Immediate& handler, base::ByteView area, base::ByteBuffer& data) -> base::Task<std::int32_t> {
+        co_return handler(area, data);
+      }(std::get<Immediate>(row.handler), parameters, reply);
+}
+
+std::int32_t Dispatcher::Fitting(std::int32_t status, base::ByteBuffer& reply) {
+  if (reply.Length() <= kMaxReplyData) return status;
+  const std::string size = std::to_string(reply.Length());
+  reply.Clear();
+  return ReplyError(console_, reply,
+                    "the answer of " + size + " bytes does not fit into one frame, ask for less",
+                    kOwnFailure);
 }
 
 std::int32_t Dispatcher::Unknown(std::int32_t code, base::ByteView parameters) {
@@ -94,12 +109,12 @@ std::int32_t Dispatcher::Unknown(std::int32_t code, base::ByteView parameters) {
   return kUnknownCommand;
 }
 
-std::int32_t Dispatcher::Init(base::ByteBuffer& reply) {
+base::Task<std::int32_t> Dispatcher::Init(base::ByteBuffer& reply) {
   console_.Line("init()");
-  const bool available = services_.CreateDiagnosisObject(reply);
+  const bool available = co_await services_.CreateDiagnosisObject(reply);
   state_.Set(available ? State::kInit : State::kIdle);
   services_.ClearAcquiredDataView();
-  return available ? kSuccess : kError;
+  co_return available ? kSuccess : kError;
 }
 
 std::int32_t Dispatcher::Identify(base::ByteView parameters, base::ByteBuffer& reply) {

@@ -5,8 +5,10 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <variant>
 
 #include "base/ByteBuffer.h"
+#include "base/Task.h"
 #include "host/trace/TraceConsole.h"
 #include "protocol/SessionServices.h"
 #include "protocol/SessionState.h"
@@ -33,29 +35,34 @@ enum class CommandCode : std::int32_t {
 class Dispatcher {
  public:
   /// Takes the parameter area (read position 0) and the empty reply data, returns the status. Raises
-  /// Failure for an error record with code 1.
-  using Handler = std::function<std::int32_t(base::ByteView parameters, base::ByteBuffer& reply)>;
+  /// Failure for an error record with code 1. Both arguments outlive the task.
+  using Handler = std::function<base::Task<std::int32_t>(base::ByteView parameters, base::ByteBuffer& reply)>;
+  /// The same for a command that never waits.
+  using Immediate = std::function<std::int32_t(base::ByteView parameters, base::ByteBuffer& reply)>;
 
   /// The arguments outlive the dispatcher.
   Dispatcher(host::TraceConsole& console, SessionState& state, SessionServices& services);
 
   /// Until its handler is attached, a command is answered as unknown.
   void Attach(CommandCode code, Handler handler);
+  void Attach(CommandCode code, Immediate handler);
 
-  /// Carries out one request; `reply` is filled from empty and never exceeds kMaxReplyData.
-  std::int32_t Dispatch(std::int32_t code, base::ByteView parameters, base::ByteBuffer& reply);
+  /// Carries out one request; `reply` is filled from empty and never exceeds kMaxReplyData. Both arguments
+  /// outlive the task.
+  base::Task<std::int32_t> Dispatch(std::int32_t code, base::ByteView parameters, base::ByteBuffer& reply);
 
  private:
   struct Row {
     bool (*allowed)(SessionState::State state);
     std::string refusal;
     bool refusal_only_when_debugging;
-    Handler handler;
+    std::variant<std::monostate, Immediate, Handler> handler;
   };
 
-  std::int32_t Run(const Row& row, base::ByteView parameters, base::ByteBuffer& reply);
+  base::Task<std::int32_t> Run(const Row& row, base::ByteView parameters, base::ByteBuffer& reply);
+  std::int32_t Fitting(std::int32_t status, base::ByteBuffer& reply);
   std::int32_t Unknown(std::int32_t code, base::ByteView parameters);
-  std::int32_t Init(base::ByteBuffer& reply);
+  base::Task<std::int32_t> Init(base::ByteBuffer& reply);
   std::int32_t Identify(base::ByteView parameters, base::ByteBuffer& reply);
   std::int32_t SwitchOffline(base::ByteView parameters);
   std::int32_t Exit();

@@ -131,36 +131,38 @@ void SerialPath::OnReceive() {
   }
   if (length > frame.Length()) return;
   StopWatchdog();
-  if (IsFrameLength(length)) {
-    Serve();
-  } else {
-    console_.Line("Error : Invalid asap frame (" + base::Utf8FromAnsi(frame.View()) + ")");
-  }
+  if (IsFrameLength(length)) return Serve();
+  console_.Line("Error : Invalid asap frame (" + base::Utf8FromAnsi(frame.View()) + ")");
   frame.Clear();
 }
 
 void SerialPath::Serve() {
-  if (nesting_ == kMaxNesting) {
-    console_.Line("Error : serial frame dropped, " + std::to_string(kMaxNesting) +
+  std::erase_if(commands_, [](const base::Job& command) { return !command.IsUnderWay(); });
+  if (commands_.size() == kMostCommands) {
+    console_.Line("Error : serial frame dropped, " + std::to_string(kMostCommands) +
                   " commands are in progress");
+    runner_.FrameBuffer().Clear();
     return;
   }
-  ++nesting_;
-  Answer();
-  --nesting_;
+  base::Job& command = commands_.emplace_back();
+  command.SetOwner(owner_);
+  command.Start(Answer());
 }
 
-void SerialPath::Answer() {
-  if (!runner_.VerifyChecksum()) return;
-  const int opening = opening_;
-  const CommandRunner::Outcome outcome = runner_.Run();
-  if (opening != opening_) {  // who asked is not at the other end any more
-    runner_.DropPowerRequest();
-    return;
+// The frame stays in the buffer until its command has ended.
+base::Task<void> SerialPath::Answer() {
+  if (runner_.VerifyChecksum()) {
+    const int opening = opening_;
+    const CommandRunner::Outcome outcome = co_await runner_.Run();
+    if (opening != opening_) {  // who asked is not at the other end any more
+      runner_.DropPowerRequest();
+    } else {
+      runner_.Finish(outcome);
+      port_.Write(runner_.FrameBuffer().View());
+      tcp_.ServePowerRequest(true);
+    }
   }
-  runner_.Finish(outcome);
-  port_.Write(runner_.FrameBuffer().View());
-  tcp_.ServePowerRequest(true);
+  runner_.FrameBuffer().Clear();
 }
 
 void SerialPath::ArmWatchdog() {

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <functional>
+#include <list>
 #include <memory>
 #include <string>
 
 #include "base/EventLoop.h"
+#include "base/Job.h"
 #include "host/trace/StatusView.h"
 #include "host/trace/TraceConsole.h"
 #include "protocol/CommandRunner.h"
@@ -23,9 +25,8 @@ class SerialPath {
 
   /// Silence after which an incomplete frame is dropped.
   static constexpr std::chrono::milliseconds kWatchdogInterval{1000};
-  /// Frames that may be served inside each other's waits; without a bound a noisy line could exhaust the
-  /// stack.
-  static constexpr int kMaxNesting = 8;
+  /// Commands that may be under way at a time; without a bound a noisy line could fill the memory.
+  static constexpr std::size_t kMostCommands = 8;
 
   /// The arguments outlive the path.
   SerialPath(SerialPort& port, CommandRunner& runner, TcpPath& tcp, host::TraceConsole& console,
@@ -49,7 +50,7 @@ class SerialPath {
   void OnLost();
   void OnReceive();
   void Serve();
-  void Answer();
+  base::Task<void> Answer();
   void ArmWatchdog();
   void StopWatchdog();
   void OnWatchdog();
@@ -64,7 +65,7 @@ class SerialPath {
   std::weak_ptr<void> owner_;
   base::EventLoop& loop_;
   std::unique_ptr<base::Deadline> watchdog_;
-  int nesting_ = 0;
+  std::list<base::Job> commands_;
   std::string failure_;  // of the last change
   int opening_ = 0;      // counts the changes of the port
 };

@@ -2,17 +2,18 @@
 #pragma once
 
 #include "base/ByteBuffer.h"
+#include "base/Task.h"
 
 namespace korval::protocol {
 
 /// What the session commands and the receive paths ask of the floors above. Each of these may be called
-/// from an event inside another command's wait.
+/// while another command waits.
 class SessionServices {
  public:
   virtual ~SessionServices() = default;
   /// Makes a diagnosis object available. False after a failure, whose number and description then stand
   /// in the reply.
-  virtual bool CreateDiagnosisObject(base::ByteBuffer& reply) = 0;
+  virtual base::Task<bool> CreateDiagnosisObject(base::ByteBuffer& reply) = 0;
   /// Empties the list of acquired data.
   virtual void ClearAcquiredDataView() = 0;
   /// Ends the client's session: empties both lists and both collections, drops the acquisition lists and

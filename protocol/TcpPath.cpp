@@ -25,6 +25,7 @@ TcpPath::TcpPath(TcpSocket& socket, CommandRunner& runner, SessionState& state, 
 
 void TcpPath::Bind(const std::weak_ptr<void>& owner) {
   owner_ = owner;
+  command_.SetOwner(owner);
   TcpSocket::Events events;
   events.on_connection_request = [this, owner](TcpSocket::RequestId request) {
     if (const auto held = owner.lock()) OnConnectionRequest(request);
@@ -100,7 +101,7 @@ void TcpPath::OnClose() {
 void TcpPath::SetClient(Client client) {
   if (awaiting_ == Awaiting::kRestOfFrame) ServeArrival();  // the rest will not come any more
   Await(Awaiting::kNothing);
-  if (command_) command_->CallOff();
+  CallOffCommand();
   client_ = client;
   rest_ = 0;
   refused_ = 0;
@@ -109,7 +110,7 @@ void TcpPath::SetClient(Client client) {
 void TcpPath::OnDataArrival() {
   if (awaiting_ == Awaiting::kRestOfRefused) {
     FollowRefused();
-  } else if (busy_ && client_ == served_) {
+  } else if (command_.IsUnderWay() && !command_.IsCalledOff()) {
     RefuseWhileBusy();
   } else {
     TakeArrival();
@@ -130,18 +131,15 @@ void TcpPath::OnGap() {
 }
 
 void TcpPath::TakeArrival() {
-  if (busy_) return;  // with a client that is gone; this is looked at again below
+  if (command_.IsUnderWay()) return;  // of a client that is gone; this is looked at again when it has ended
   Client served;
   do {
     const base::ByteView received = socket_.Received();
     // The rest of a frame that was refused is not waited with: what comes behind it begins a frame again.
-    if (IsIncomplete(received) && received.size() != rest_) {
-      Await(Awaiting::kRestOfFrame);
-      return;
-    }
+    if (IsIncomplete(received) && received.size() != rest_) return Await(Awaiting::kRestOfFrame);
     served = client_;
     ServeArrival();
-  } while (client_ != served && !socket_.Received().empty());
+  } while (!command_.IsUnderWay() && client_ != served && !socket_.Received().empty());
 }
 
 void TcpPath::RefuseWhileBusy() {
@@ -163,43 +161,45 @@ void TcpPath::FollowRefused() {
 void TcpPath::ServeArrival() {
   Await(Awaiting::kNothing);
   refused_ = 0;
-  busy_ = true;
-  served_ = client_;
   reply_suppressed_ = false;
   runner_.FrameBuffer() = socket_.Receive();
-  Serve();
-  reply_suppressed_ = false;
-  runner_.FrameBuffer().Clear();
-  busy_ = false;
+  const auto ended_later = [this, served = client_] {
+    CommandEnded();
+    if (client_ != served && !socket_.Received().empty()) TakeArrival();
+  };
+  if (command_.Start(Serve(), ended_later)) CommandEnded();
 }
 
-void TcpPath::Serve() {
+void TcpPath::CommandEnded() {
+  reply_suppressed_ = false;
+  runner_.FrameBuffer().Clear();
+}
+
+void TcpPath::CallOffCommand() {
+  if (!command_.IsUnderWay()) return;
+  command_.CallOff();
+  if (!command_.IsUnderWay()) CommandEnded();
+}
+
+base::Task<void> TcpPath::Serve() {
   const base::ByteBuffer& frame = runner_.FrameBuffer();
   if (IsIncomplete(frame.View()) || !IsFrameLength(frame.Word(kLengthOffset))) {
     rest_ = frame.Length() <= rest_ ? rest_ - frame.Length() : MissingBytes(frame.View());
     console_.Line("Error : Invalid asap frame (" + base::Utf8FromAnsi(frame.View()) + ")");
-    return;
+    co_return;
   }
   rest_ = 0;
   if (console_.DebugTrace()) console_.Line("Byte received : " + frame.ToHex());
-  if (!runner_.VerifyChecksum()) return;
-  const CommandRunner::Outcome outcome = RunCommand();
-  if (reply_suppressed_ || !client_ || client_ != served_) {
+  if (!runner_.VerifyChecksum()) co_return;
+  const CommandRunner::Outcome outcome = co_await runner_.Run();
+  if (reply_suppressed_ || command_.IsCalledOff()) {
     runner_.DropPowerRequest();
-    return;
+    co_return;
   }
   if (runner_.PendingPowerRequest() != PowerRequest::kNone && !socket_.IsClientTrusted())
     runner_.RefusePowerRequest(socket_.RemoteHostIp());
   Answer(outcome);
   ServePowerRequest(false);
-}
-
-CommandRunner::Outcome TcpPath::RunCommand() {
-  base::Errand command;
-  command_ = &command;
-  CommandRunner::Outcome outcome = runner_.Run();
-  command_ = nullptr;
-  return outcome;
 }
 
 void TcpPath::Answer(const CommandRunner::Outcome& outcome) {

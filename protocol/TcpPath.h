@@ -7,8 +7,8 @@
 #include <memory>
 #include <optional>
 
-#include "base/Errand.h"
 #include "base/EventLoop.h"
+#include "base/Job.h"
 #include "host/trace/TraceConsole.h"
 #include "protocol/CommandRunner.h"
 #include "protocol/TcpSocket.h"
@@ -16,9 +16,8 @@
 namespace korval::protocol {
 
 /// The TCP transport: listens, serves one client at a time, and answers each frame that arrives whole in
-/// one arrival. While a command waits its events keep coming: a further frame gets the canned "Global
-/// error" frame and silences the command's own reply. The command of a client that leaves or is replaced is
-/// called off; its successor is served when it has ended, and not before.
+/// one arrival. While a command waits, a further frame gets the canned "Global error" frame and silences the
+/// command's own reply. The command of a client that leaves or is replaced is called off.
 ///
 /// A network cuts a long frame into pieces. Those that come within kArrivalGap of one another are one
 /// arrival; a frame that is whole is served in the event that completes it.
@@ -59,8 +58,9 @@ class TcpPath {
   void FollowRefused();
   void Await(Awaiting rest);
   void ServeArrival();
-  void Serve();
-  CommandRunner::Outcome RunCommand();
+  base::Task<void> Serve();
+  void CommandEnded();
+  void CallOffCommand();
   void Answer(const CommandRunner::Outcome& outcome);
 
   TcpSocket& socket_;
@@ -69,11 +69,9 @@ class TcpPath {
   SessionServices& services_;
   host::TraceConsole& console_;
   std::uint16_t port_ = 0;
-  bool busy_ = false;
   bool reply_suppressed_ = false;
   Client client_;
-  Client served_;                    // whose frame it is busy with
-  base::Errand* command_ = nullptr;  // that is in progress
+  base::Job command_;  // of the client, unless it is called off
   unsigned openings_ = 0;
   std::weak_ptr<void> owner_;
   Awaiting awaiting_ = Awaiting::kNothing;

@@ -188,7 +188,18 @@ void KorvAsapServer::SetSession(std::shared_ptr<viator3::Session> session) {
   if (d_->Control()) d_->Control()->SetSession(std::move(session));
 }
 
+void KorvAsapServer::SetSession(std::shared_ptr<hosted::Session> session) {
+  if (d_->Control()) SetSession(hosted::Awaitable(std::move(session), d_->Control()->Loop()));
+}
+
 void KorvAsapServer::SetSessionFactory(SessionFactory factory) { d_->SetSessionFactory(std::move(factory)); }
+
+void KorvAsapServer::SetSessionFactory(HostSessionFactory factory) {
+  if (!d_->Control()) return;
+  d_->SetSessionFactory([factory = std::move(factory), loop = d_->Control()->Loop()] {
+    return hosted::Awaitable(factory(), loop);
+  });
+}
 
 QVariant KorvAsapServer::QORGetInstallationInformation() {
   if (d_->Control()) d_->Control()->QORGetInstallationInformation();

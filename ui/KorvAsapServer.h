@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 
@@ -8,6 +9,7 @@
 #include <QWidget>
 
 #include "diag/viator3.h"
+#include "ecu/hosted/HostSession.h"
 #include "ui/Export.h"
 
 namespace korval::host {
@@ -30,6 +32,7 @@ class KORVAL_UI_EXPORT KorvAsapServer : public QWidget {
 
  public:
   using SessionFactory = std::function<std::shared_ptr<viator3::Session>()>;
+  using HostSessionFactory = std::function<std::shared_ptr<hosted::Session>()>;
   /// Completes the outside of the control, of which the views are given.
   using Assemble = std::function<host::ControlParts(host::ControlParts views)>;
 
@@ -46,8 +49,12 @@ class KORVAL_UI_EXPORT KorvAsapServer : public QWidget {
   /// control lets it go when its client leaves.
   std::shared_ptr<viator3::Session> Session() const;
   void SetSession(std::shared_ptr<viator3::Session> session);
+  void SetSession(std::nullptr_t) { SetSession(std::shared_ptr<viator3::Session>()); }
+  /// One whose operations block.
+  void SetSession(std::shared_ptr<hosted::Session> session);
   /// How a client's init makes a session, which is closed when the client leaves.
   void SetSessionFactory(SessionFactory factory);
+  void SetSessionFactory(HostSessionFactory factory);
 
   /// Reads the installation record of the host application again. Returns an invalid variant.
   Q_INVOKABLE QVariant QORGetInstallationInformation();

@@ -5,8 +5,8 @@
 
 #include <QCoreApplication>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "diag/LinkErrors.h"
 #include "host/trace/TraceConsole.h"
 #include "platform/DevicePortScout.h"
 #include "platform/QSettingsStore.h"
@@ -20,7 +20,7 @@ namespace {
 
 std::shared_ptr<viator3::Session> NoSession() {
   throw base::Failure(
-      diag::kNoInterface,
+      kNoInterface,
       "No diagnostic session: the host application has to hand one over before the client's init");
 }
 

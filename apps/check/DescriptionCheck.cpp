@@ -11,6 +11,7 @@
 #include "ecu/ecufile/EcuFile.h"
 #include "ecu/ecufile/Grammar.h"
 #include "ecu/ecufile/MessagingReader.h"
+#include "ecu/ecufile/XmlEcuFileCache.h"
 #include "model/KorvAsapFile.h"
 
 namespace korval::apps {
@@ -127,7 +128,8 @@ void DescriptionCheck::CheckData(const pugi::xml_node& section, const EcuFile& e
   const std::filesystem::path& path = file_.Path();
   model::KorvAsapFile names({path.parent_path().string(), korv_folder_}, path.filename().string(),
                             section.attribute("name").value(), 0, 0);
-  names.ReadDescriptionFile();
+  ecu::XmlEcuFileCache ecu_files;
+  names.ReadDescriptionFile([&](const std::string& path) { return ecu_files.Read(path); });
   const std::set<std::string> items = ItemNames(*ecu_file.document);
   std::set<std::string> short_names;
   for (const pugi::xml_node& data : section.children("data")) {

@@ -86,12 +86,10 @@ std::string EightDigits(std::int32_t identifier) {
 }
 
 // A session on the port that is chosen when it is created.
-diag::DiagnosisObject::SessionFactory SessionFactory(const ServerOptions& options,
-                                                     const host::ControlParts& parts,
-                                                     const VehicleLinks::ClientLine& client_line) {
+diag::DiagnosisObject::SessionFactory SessionFactory(const host::ControlParts& parts,
+                                                     const VehicleLinks& links) {
   const auto trace = TraceTo(parts.terminal);
-  return [loop = parts.loop, store = parts.settings, folder = parts.application_folder, trace,
-          links = VehicleLinks(parts.settings, client_line, options, trace)] {
+  return [loop = parts.loop, store = parts.settings, folder = parts.application_folder, trace, links] {
     ecu::SessionEnvironment environment;
     links.AddTo(environment);
     environment.loop = loop;
@@ -124,7 +122,9 @@ host::ControlParts CompleteParts(const ServerOptions& options, host::ControlPart
   parts.asap_folder = options.asap_folder;
   parts.korv_folder = options.korv_folder;
   parts.port_scout = std::make_shared<platform::DevicePortScout>(parts.loop, client_line);
-  parts.create_session = SessionFactory(options, parts, client_line);
+  const VehicleLinks links(parts.settings, client_line, options, TraceTo(parts.terminal));
+  parts.create_session = SessionFactory(parts, links);
+  parts.is_taking_leave = [links] { return links.IsTakingLeave(); };
   return parts;
 }
 

@@ -8,6 +8,7 @@
 #include "ControlAssembly.h"
 #include "base/Failure.h"
 #include "host/trace/TextTerminal.h"
+#include "platform/process/RunWhile.h"
 #include "platform/process/StopSignals.h"
 
 namespace korval::apps {
@@ -72,6 +73,7 @@ void HeadlessServer::OnOutputLost(std::error_code failure) {
 
 int HeadlessServer::Finish(int status) {
   control_->Terminate();
+  platform::RunWhile(parts_.is_taking_leave);
   console_->FinishTrace();
   const std::error_code failure(output_error_, std::generic_category());
   if (!failure || status != 0) return status;

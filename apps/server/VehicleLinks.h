@@ -25,6 +25,8 @@ class VehicleLinks {
                const ServerOptions& options, std::function<void(const std::string&)> trace);
 
   void AddTo(ecu::SessionEnvironment& environment) const;
+  /// As ControlParts::is_taking_leave.
+  bool IsTakingLeave() const { return kline_ports_->IsTakingLeave(); }
 
  private:
   std::shared_ptr<host::SettingsStore> settings_;

@@ -29,6 +29,7 @@ void CyclicFrames::FrameArrived(const CanFrame& frame, base::TimePoint now) {
     watch->last_ = frame;
     watch->arrival_ = now;
   }
+  changed_->Raise();
 }
 
 void CyclicFrames::Forget() {
@@ -40,6 +41,7 @@ void CyclicFrames::Forget() {
       ++watch->times_left_;
     }
   }
+  changed_->Raise();
 }
 
 }  // namespace korval::ecu

@@ -9,6 +9,7 @@
 
 #include "base/ByteBuffer.h"
 #include "base/EventLoop.h"
+#include "base/Signal.h"
 #include "ecu/can/CanFrame.h"
 
 namespace korval::ecu {
@@ -38,6 +39,11 @@ class CyclicFrames {
     unsigned times_left_ = 0;
   };
 
+  explicit CyclicFrames(std::shared_ptr<base::EventLoop> loop)
+      : changed_(std::make_shared<base::Signal>(std::move(loop))) {}
+
+  /// A watched frame came in, or the bus was left.
+  const std::shared_ptr<base::Signal>& Changed() const { return changed_; }
   /// Watches for as long as somebody holds the result, which begins with what another watch of the identifier
   /// has seen.
   std::shared_ptr<const Watch> Add(CanIdentifier identifier, Selector selector);
@@ -47,6 +53,7 @@ class CyclicFrames {
 
  private:
   std::map<CanIdentifier, std::vector<std::weak_ptr<Watch>>> watches_;
+  std::shared_ptr<base::Signal> changed_;
 };
 
 }  // namespace korval::ecu

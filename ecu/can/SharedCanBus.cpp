@@ -67,14 +67,22 @@ void SharedCanBus::Wait(const CanFrame& frame, const std::shared_ptr<const Liste
 }
 
 void SharedCanBus::Retry() {
+  std::vector<std::weak_ptr<const Listener>> taken;
   while (!waiting_.empty()) {
     const Waiting next = waiting_.front();
     waiting_.pop_front();
-    if (HandOver(next.frame, next.sender)) continue;
+    if (HandOver(next.frame, next.sender)) {
+      taken.push_back(next.sender);
+      continue;
+    }
     waiting_.push_front(next);
     break;
   }
   DropOverdue();
+  for (const auto& sender : taken) {
+    const auto listener = sender.lock();
+    if (listener && !IsWaiting(listener)) listener->on_taken();
+  }
   if (!waiting_.empty()) retry_timer_->Start(kRetryInterval);
 }
 

@@ -5,7 +5,7 @@
 #include <array>
 #include <string_view>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 
 namespace korval::ecu {
 namespace {

@@ -7,6 +7,8 @@
 #include <limits>
 
 #include "base/AnsiText.h"
+#include "base/ErrorNumbers.h"
+#include "base/Failure.h"
 #include "ecu/description/BitField.h"
 #include "ecu/description/RawRange.h"
 

@@ -8,9 +8,9 @@
 #include <optional>
 
 #include "base/AnsiText.h"
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
 #include "ecu/description/BitField.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/description/RawRange.h"
 
 namespace korval::ecu {

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/ecufile/AttributeReader.h"
 #include "ecu/ecufile/FunctionReader.h"
 #include "ecu/ecufile/Grammar.h"

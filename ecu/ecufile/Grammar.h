@@ -10,7 +10,7 @@
 #include <array>
 #include <limits>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 #include "ecu/description/ItemDescription.h"
 #include "ecu/description/Timing.h"
 #include "ecu/description/TransportDescription.h"

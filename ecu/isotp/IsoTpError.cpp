@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ecu/isotp/IsoTpError.h"
 
+#include "base/ErrorNumbers.h"
 #include "base/NumberText.h"
-#include "ecu/description/ErrorNumbers.h"
 
 namespace korval::ecu {
 

@@ -3,8 +3,8 @@
 
 #include <utility>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/description/ErrorNumbers.h"
 
 namespace korval::ecu {
 namespace {

@@ -5,8 +5,8 @@
 #include <chrono>
 #include <utility>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/description/ErrorNumbers.h"
 
 namespace korval::ecu {
 

@@ -2,6 +2,11 @@
 #include "ecu/kline/KLinePorts.h"
 
 namespace korval::ecu {
+namespace {
+
+constexpr std::chrono::seconds kLongestFarewell{1};
+
+}  // namespace
 
 std::shared_ptr<SharedKLine> KLinePorts::Open(const std::shared_ptr<base::EventLoop>& loop,
                                               const std::string& port, const OpenWire& open) {
@@ -17,6 +22,21 @@ std::shared_ptr<SharedKLine> KLinePorts::Open(const std::shared_ptr<base::EventL
   std::shared_ptr<SharedKLine> in_use(line.get(), [line](SharedKLine*) { line->Close(); });
   lines_[port] = in_use;
   return in_use;
+}
+
+void KLinePorts::TakeLeave(const std::shared_ptr<base::EventLoop>& loop, std::shared_ptr<SharedKLine> line) {
+  if (line->IsFree()) return;
+  const SharedKLine* const key = line.get();
+  const auto end = [ports = weak_from_this(), key] {
+    if (const auto held = ports.lock()) held->leaving_.erase(key);
+  };
+  // Letting go closes the line, which must not happen inside its own operation.
+  line->SetOnFree([loop = std::weak_ptr(loop), end] {
+    if (const auto held = loop.lock()) held->Defer(end);
+  });
+  auto limit = loop->CreateDeadline(end);
+  limit->Set(loop->Now() + kLongestFarewell);
+  leaving_[key] = {std::move(line), std::move(limit)};
 }
 
 }  // namespace korval::ecu

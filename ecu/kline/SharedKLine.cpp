@@ -68,11 +68,16 @@ void SharedKLine::Release(const KLineUser* user, base::TimePoint quiet_since) {
 }
 
 void SharedKLine::GrantNext() {
-  if (owner_ || waiting_.empty()) return;
+  if (owner_) return;
+  if (waiting_.empty()) return Free();
   owner_ = std::move(waiting_.front());
   waiting_.pop_front();
   const auto granted = owner_;
   granted->Granted();
+}
+
+void SharedKLine::Free() {
+  if (const std::function<void()> on_free = on_free_) on_free();
 }
 
 void SharedKLine::BytesArrived(base::ByteView bytes) {
@@ -90,6 +95,7 @@ void SharedKLine::Lost(const std::string& why) {
   for (const auto& weak : users) {
     if (const auto user = weak.lock()) user->Lost(why);
   }
+  Free();
 }
 
 void SharedKLine::Close() {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -54,6 +55,8 @@ class SharedKLine : public std::enable_shared_from_this<SharedKLine> {
   /// The user's turn is over, or it no longer waits for one. The line was last busy at `quiet_since`.
   void Release(const KLineUser* user, base::TimePoint quiet_since);
   bool IsFree() const { return !owner_; }
+  /// Told, from inside the operation that frees it, when the line has become free.
+  void SetOnFree(std::function<void()> on_free) { on_free_ = std::move(on_free); }
   /// When the line was last busy.
   base::TimePoint QuietSince() const { return quiet_since_; }
 
@@ -78,6 +81,7 @@ class SharedKLine : public std::enable_shared_from_this<SharedKLine> {
 
  private:
   void GrantNext();
+  void Free();
   void BytesArrived(base::ByteView bytes);
   void Lost(const std::string& why);
 
@@ -88,6 +92,7 @@ class SharedKLine : public std::enable_shared_from_this<SharedKLine> {
   std::optional<bool> rts_;  // as they were set
   std::optional<bool> dtr_;
   bool closed_ = false;
+  std::function<void()> on_free_;
   base::TimePoint quiet_since_;
   std::vector<std::weak_ptr<KLineUser>> users_;
   std::shared_ptr<KLineUser> owner_;

@@ -6,8 +6,7 @@
 #include <chrono>
 #include <utility>
 
-#include "base/Errand.h"
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 #include "ecu/kwp2000/Kwp2000Dialect.h"
 #include "ecu/service/ExchangeFailure.h"
 
@@ -51,7 +50,11 @@ std::chrono::microseconds DelayUntil(base::TimePoint due, base::TimePoint now) {
 
 Channel::Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageLink> link,
                  const FunctionDescription& function, std::shared_ptr<const ErrorTable> errors)
-    : loop_(std::move(loop)), link_(std::move(link)), function_(function), errors_(std::move(errors)) {
+    : loop_(std::move(loop)),
+      link_(std::move(link)),
+      function_(function),
+      errors_(std::move(errors)),
+      changed_(loop_) {
   link_->SetEvents({[this] { StartSession(); },
                     [this](base::ByteView message) {
                       if (!current_) return;  // nobody asked: late or doubled
@@ -79,17 +82,32 @@ Channel::Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageL
 
 Channel::~Channel() { link_->Close(); }
 
-void Channel::Connect(const Asker& asker) {
+Channel::Turn::~Turn() {
+  std::erase(channel_.turns_, this);
+  channel_.changed_.Raise();
+}
+
+base::Task<void> Channel::Connect(Asker asker) {
   const auto self = shared_from_this();
   RequireOpen();
+  if (IsServed(asker) && IsConnected()) co_return;
+  const Turn turn(*this);
+  co_await Take(turn);
   Serve(asker);
-  RequireConnection();
+  co_await RequireConnection();
+}
+
+// What somebody who has gone began goes on to its end.
+base::Task<void> Channel::Take(const Turn& turn) {
+  while (!turn.HasCome() || current_ || state_ == State::kConnecting) {
+    co_await changed_.Next();
+    RequireOpen();
+  }
 }
 
 // Each function has its own times and its own diagnostic session; what the one before began is done by then.
 void Channel::Serve(const Asker& asker) {
   if (IsServed(asker)) return;
-  WaitUntil([this] { return !current_ && state_ != State::kConnecting; });
   const Milliseconds keep_alive = ShorterSilence(function_.keep_alive, asker->keep_alive);
   asker_ = asker;
   function_ = *asker;
@@ -98,28 +116,34 @@ void Channel::Serve(const Asker& asker) {
   if (has_other_session && state_ == State::kConnected) state_ = State::kDisconnected;
 }
 
-void Channel::RequireConnection() {
-  if (IsConnected()) return;
-  if (state_ != State::kConnecting) BeginConnect();
-  if (!Await([this] { return state_ != State::kConnecting; })) GiveUpConnecting();
+base::Task<void> Channel::RequireConnection() {
+  if (IsConnected()) co_return;
+  BeginConnect();
+  while (state_ == State::kConnecting) {
+    co_await changed_.Next();
+    RequireOpen();
+  }
+  RequireOpen();
   if (state_ != State::kConnected) {
     throw base::Failure(connect_failure_ ? *connect_failure_
                                          : errors_->MakeFailure(kInitialisationRefused, function_.ecu));
   }
 }
 
-void Channel::Reconnect(const Asker& asker) {
+base::Task<void> Channel::Reconnect(Asker asker) {
   const auto self = shared_from_this();
   RequireOpen();
-  WaitUntil([this] { return !current_ && state_ != State::kConnecting; });
+  const Turn turn(*this);
+  co_await Take(turn);
   Serve(asker);
   state_ = State::kDisconnected;
-  RequireConnection();
+  co_await RequireConnection();
 }
 
-void Channel::Request(base::ByteView request, base::ByteBuffer& answer, const Asker& asker) {
+base::Task<void> Channel::Request(base::ByteView request, base::ByteBuffer& answer, Asker asker) {
   const auto self = shared_from_this();
-  const auto pending = Perform(request, Kwp2000().IsAnswered(request), asker);
+  std::shared_ptr<Pending> pending;
+  co_await Perform(request, Kwp2000().IsAnswered(request), std::move(asker), pending);
   const auto failure = Outcome(*pending);
   if (pending->exchange.CurrentState() != Exchange::State::kForeign) {
     std::swap(answer, pending->exchange.Answer());
@@ -127,24 +151,34 @@ void Channel::Request(base::ByteView request, base::ByteBuffer& answer, const As
   if (failure) throw base::Failure(*failure);
 }
 
-void Channel::Tell(base::ByteView request, const Asker& asker) {
+base::Task<void> Channel::Tell(base::ByteView request, Asker asker) {
   const auto self = shared_from_this();
-  const auto pending = Perform(request, false, asker);
+  std::shared_ptr<Pending> pending;
+  co_await Perform(request, false, std::move(asker), pending);
   if (const auto failure = Outcome(*pending)) throw base::Failure(*failure);
 }
 
-std::shared_ptr<Channel::Pending> Channel::Perform(base::ByteView request, bool answered,
-                                                   const Asker& asker) {
+base::Task<void> Channel::Perform(base::ByteView request, bool answered, Asker asker,
+                                  std::shared_ptr<Pending>& performed) {
   if (std::exchange(tester_present_lost_, false)) {
     throw errors_->MakeFailure(kTesterPresentUnanswered, function_.ecu);
   }
-  do {
-    Connect(asker);
-    WaitUntil([this] { return !current_; });
-  } while (state_ != State::kConnected || !IsServed(asker));
-  auto pending = Start(request, answered, nullptr);
-  WaitUntil([&] { return pending->done; });
-  return pending;
+  RequireOpen();
+  const bool is_ready = IsReady(asker);
+  const Turn turn(*this);
+  if (!is_ready) {
+    do {  // tester present may go out in between
+      co_await Take(turn);
+      Serve(asker);
+      co_await RequireConnection();
+    } while (current_);
+  }
+  performed = Start(request, answered, nullptr);
+  while (!performed->done) {
+    co_await changed_.Next();
+    RequireOpen();
+  }
+  RequireOpen();
 }
 
 void Channel::Close() {
@@ -154,7 +188,9 @@ void Channel::Close() {
   state_ = State::kDisconnected;
   answer_deadline_.reset();
   keep_alive_timer_.reset();
+  start_deadline_.reset();
   link_->Close();
+  changed_.Raise();
 }
 
 std::shared_ptr<Channel::Pending> Channel::Start(base::ByteView request, bool answered,
@@ -203,6 +239,7 @@ void Channel::Finish() {
   // The silence that the ECU bears changes with accessTimingParameters.
   if (state_ == State::kConnected && keep_alive_ != KeepAliveSilence()) StartKeepAlive();
   if (pending->on_done) pending->on_done(*pending);
+  changed_.Raise();
 }
 
 std::optional<base::Failure> Channel::Outcome(const Pending& pending) const {
@@ -214,6 +251,8 @@ void Channel::BeginConnect() {
   open_session_.reset();
   connect_failure_.reset();
   tester_present_lost_ = false;
+  if (!start_deadline_) start_deadline_ = loop_->CreateDeadline([this] { GiveUpConnecting(); });
+  start_deadline_->Set(LatestEnd());
   link_->Connect();
 }
 
@@ -234,6 +273,8 @@ void Channel::StartSession() {
 void Channel::EndConnect(std::optional<base::Failure> failure) {
   connect_failure_ = std::move(failure);
   state_ = connect_failure_ ? State::kDisconnected : State::kConnected;
+  if (start_deadline_) start_deadline_->Clear();
+  changed_.Raise();
   if (connect_failure_) return;
   open_session_ = function_.session;
   last_exchange_ = loop_->Now();
@@ -307,30 +348,14 @@ void Channel::KeepAlive() {
   });
 }
 
-// Every exchange and every start of the communication ends by its own deadline, well within this one; but for
-// a long message that is on its way.
+// Every start of the communication ends by its own deadlines, well within this one.
 base::TimePoint Channel::LatestEnd() const {
   return loop_->Now() + 2 * (function_.timing.Value(&Timing::pending_cap) + link_->Offer().latency) +
          kConnectWait;
 }
 
-bool Channel::Await(const std::function<bool()>& done) {
-  const auto is_over = [&] { return closed_ || done(); };
-  bool is_done = done() || loop_->RunUntil(LatestEnd(), is_over);
-  while (!is_done && current_ && current_->exchange.Deadline() > loop_->Now()) {
-    is_done = loop_->RunUntil(current_->exchange.Deadline(), is_over);
-  }
-  RequireOpen();
-  return is_done;
-}
-
-void Channel::WaitUntil(const std::function<bool()>& done) {
-  if (!Await(done)) throw errors_->MakeFailure(kNoAnswer, function_.ecu + " is kept busy by other requests");
-}
-
 void Channel::RequireOpen() const {
   if (closed_) throw errors_->MakeFailure(kLinkLost, "communication with " + function_.ecu + " was ended");
-  base::Errand::RequireWanted();
 }
 
 }  // namespace korval::ecu

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The diagnostic services of one ECU over one link, for any number of functions that stand for it: start of
 // the communication and of the diagnostic session, requests one at a time, tester present in between.
-// Everything moves on by events of the link and of one deadline, so that waits can nest: whoever waits in an
-// inner event loop does not hold up what an outer one waits for.
+// Everything moves on by events of the link and of one deadline. Those who want something of the ECU take
+// turns, in the order in which they came.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -12,6 +13,8 @@
 #include "base/ByteBuffer.h"
 #include "base/EventLoop.h"
 #include "base/Failure.h"
+#include "base/Signal.h"
+#include "base/Task.h"
 #include "ecu/description/EcuDescription.h"
 #include "ecu/description/ErrorTable.h"
 #include "ecu/link/MessageLink.h"
@@ -19,9 +22,8 @@
 
 namespace korval::ecu {
 
-/// Waits of its operations run the event loop. Every operation keeps the channel alive until it returns. One
-/// whose errand is called off raises Failure at once; the exchange that is under way goes on to its end, and
-/// whoever asks next waits for that.
+/// Every operation keeps the channel alive until it ends. When one is dropped in its wait, the exchange that
+/// is under way goes on to its end, and whoever asks next waits for that.
 class Channel : public std::enable_shared_from_this<Channel> {
  public:
   /// Whose times, diagnostic session and name hold for an operation; null: of whoever came last.
@@ -38,18 +40,18 @@ class Channel : public std::enable_shared_from_this<Channel> {
 
   /// Starts the communication and the function's diagnostic session; does nothing when that stands. Raises
   /// the link's failure, 2000, 2042 when the ECU refuses the session, or 1000 when closed meanwhile.
-  void Connect(const Asker& asker = nullptr);
+  base::Task<void> Connect(Asker asker = nullptr);
   /// As Connect, but anew.
-  void Reconnect(const Asker& asker = nullptr);
+  base::Task<void> Reconnect(Asker asker = nullptr);
 
   /// Sends `request` (not empty) once no other exchange is under way, connecting first when need be, and
   /// waits for its answer. Raises 2001 for a negative answer, which is in `answer` too, 2000, 2003, the
   /// link's own failure, 2045 when the ECU ends the communication instead, 2046 once after an unanswered
   /// tester present, or 1000 when closed meanwhile. A request that only reads is repeated before 2000 and
   /// the link's own 2000 and 2003.
-  void Request(base::ByteView request, base::ByteBuffer& answer, const Asker& asker = nullptr);
-  /// As Request, but the ECU does not answer this one: returns when it is out.
-  void Tell(base::ByteView request, const Asker& asker = nullptr);
+  base::Task<void> Request(base::ByteView request, base::ByteBuffer& answer, Asker asker = nullptr);
+  /// As Request, but the ECU does not answer this one: ends when it is out.
+  base::Task<void> Tell(base::ByteView request, Asker asker = nullptr);
 
   /// Ends the communication for good: waits that are under way end with Failure 1000.
   void Close();
@@ -64,10 +66,28 @@ class Channel : public std::enable_shared_from_this<Channel> {
     bool done = false;
   };
 
+  // A place in the order of those who want something.
+  class Turn {
+   public:
+    explicit Turn(Channel& channel) : channel_(channel) { channel_.turns_.push_back(this); }
+    ~Turn();
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    bool HasCome() const { return channel_.turns_.front() == this; }
+
+   private:
+    Channel& channel_;
+  };
+
   bool IsServed(const Asker& asker) const { return !asker || asker == asker_; }
+  bool IsReady(const Asker& asker) const {
+    return turns_.empty() && !current_ && IsServed(asker) && IsConnected();
+  }
+  base::Task<void> Take(const Turn& turn);
   void Serve(const Asker& asker);
-  void RequireConnection();
-  std::shared_ptr<Pending> Perform(base::ByteView request, bool answered, const Asker& asker);
+  base::Task<void> RequireConnection();
+  base::Task<void> Perform(base::ByteView request, bool answered, Asker asker,
+                           std::shared_ptr<Pending>& performed);
   std::shared_ptr<Pending> Start(base::ByteView request, bool answered,
                                  std::function<void(Pending&)> on_done);
   void Transmit(const std::shared_ptr<Pending>& pending);
@@ -88,8 +108,6 @@ class Channel : public std::enable_shared_from_this<Channel> {
   bool HasLapsed() const;
 
   base::TimePoint LatestEnd() const;
-  bool Await(const std::function<bool()>& done);
-  void WaitUntil(const std::function<bool()>& done);
   void RequireOpen() const;
 
   std::shared_ptr<base::EventLoop> loop_;
@@ -101,11 +119,14 @@ class Channel : public std::enable_shared_from_this<Channel> {
   State state_ = State::kDisconnected;
   bool closed_ = false;
   std::shared_ptr<Pending> current_;
+  std::deque<const Turn*> turns_;
+  base::Signal changed_;  // an exchange or a start has ended, a turn is over, the channel was closed
   std::optional<base::Failure> connect_failure_;
   bool tester_present_lost_ = false;
   base::TimePoint last_exchange_{};  // its end
   base::Duration keep_alive_{};      // tester present after this much silence
   std::unique_ptr<base::Deadline> answer_deadline_;
+  std::unique_ptr<base::Deadline> start_deadline_;
   std::unique_ptr<base::Timer> keep_alive_timer_;
 };
 

@@ -5,8 +5,8 @@
 #include <array>
 #include <string>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/description/ErrorNumbers.h"
 
 namespace korval::ecu {
 namespace {

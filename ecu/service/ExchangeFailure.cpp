@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ecu/service/ExchangeFailure.h"
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 #include "ecu/link/AnswerBytes.h"
 
 namespace korval::ecu {

@@ -6,14 +6,33 @@
 #include <unordered_map>
 #include <utility>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 #include "ecu/ecufile/MessagingReader.h"
+#include "ecu/kwp2000/Kwp2000Dialect.h"
+#include "ecu/service/ReadTroubleCodes.h"
 
 namespace korval::ecu {
 
-void CanEcu::Send(const base::ByteBuffer& request, base::ByteBuffer& answer) {
+base::Task<void> CanEcu::Send(const base::ByteBuffer& request, base::ByteBuffer& answer) {
   answer.Clear();
-  throw host_->Errors().MakeFailure(
+  throw NoRequest(request);
+  co_return;
+}
+
+base::Task<viator3::Exchange> CanEcu::Refuse(base::ByteBuffer request) const {
+  auto failure = NoRequest(request);
+  co_return viator3::Exchange{std::move(request), {}, std::move(failure)};
+}
+
+base::Task<void> CanEcu::ReadTroubleCodes(viator3::TroubleCodeListener& listener) {
+  return ecu::ReadTroubleCodes(Kwp2000().ReadTroubleCodes(), listener,
+                               [this](base::ByteBuffer request) { return Refuse(std::move(request)); });
+}
+
+base::Task<viator3::Exchange> CanEcu::ReadIdentification() { return Refuse(Kwp2000().Identification()); }
+
+base::Failure CanEcu::NoRequest(const base::ByteBuffer& request) const {
+  return host_->Errors().MakeFailure(
       kValueRefused, "the function CAN takes no diagnostic request, it was sent " + request.ToHex());
 }
 
@@ -40,7 +59,7 @@ CanEcu::Frames CanEcu::RequestsFor(const std::vector<MessagingFile::Frame>& fram
   return requests;
 }
 
-void CanEcu::LoadMessaging(const std::string& path) {
+base::Task<void> CanEcu::LoadMessaging(std::string path) {
   const auto messaging = std::make_shared<const MessagingFile>(LoadMessagingFile(path));
   Frames frames = RequestsFor(messaging->frames);
   table_ = std::make_unique<RequestTable>(Requests(frames.begin(), frames.end()));
@@ -48,6 +67,7 @@ void CanEcu::LoadMessaging(const std::string& path) {
   messaging_loaded_ = true;
   host_->UseMessaging(messaging);
   for (const std::string& note : messaging->notes) host_->Note(std::string(path).append(": ").append(note));
+  co_return;
 }
 
 }  // namespace korval::ecu

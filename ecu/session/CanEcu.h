@@ -14,8 +14,8 @@
 namespace korval::ecu {
 
 /// The function "CAN": the cyclic frames of the messaging file, one request a frame or, of a frame with a
-/// multiplexor, a value of it. There is no ECU behind
-/// it to initialise or to send requests to.
+/// multiplexor, a value of it. There is no ECU behind it to initialise or to
+/// send requests to.
 class CanEcu : public viator3::Ecu {
  public:
   explicit CanEcu(std::shared_ptr<LinkHost> host) : host_(std::move(host)) {}
@@ -26,19 +26,24 @@ class CanEcu : public viator3::Ecu {
   const std::string& Name() const override { return name_; }
   const std::string& Protocol() const override { return name_; }
   bool Initialised() const override { return true; }
-  void Initialise() override {}
-  void Reinitialise() override {}
-  void Send(const base::ByteBuffer& request, base::ByteBuffer& answer) override;
+  viator3::Features Features() const override { return {.initialisation = false}; }
+  base::Task<void> Initialise() override { co_return; }
+  base::Task<void> Reinitialise() override { co_return; }
+  base::Task<void> Send(const base::ByteBuffer& request, base::ByteBuffer& answer) override;
   const Requests& RequestList() override { return table_->Requests(); }
   const std::vector<std::string>& ReferenceData() override { return reference_data_; }
   std::shared_ptr<viator3::DataItem> FindAnswerItem(const std::string& name) override;
   /// Takes the place of the messaging loaded before, which stays when this one cannot be read. Frames that
   /// have not changed keep their requests.
-  void LoadMessaging(const std::string& path) override;
+  base::Task<void> LoadMessaging(std::string path) override;
+  base::Task<void> ReadTroubleCodes(viator3::TroubleCodeListener& listener) override;
+  base::Task<viator3::Exchange> ReadIdentification() override;
 
  private:
   using Frames = std::vector<std::shared_ptr<FrameRequest>>;
 
+  base::Task<viator3::Exchange> Refuse(base::ByteBuffer request) const;
+  base::Failure NoRequest(const base::ByteBuffer& request) const;
   Frames RequestsFor(const std::vector<MessagingFile::Frame>& frames) const;
 
   std::shared_ptr<LinkHost> host_;

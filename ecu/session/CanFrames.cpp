@@ -2,11 +2,9 @@
 #include "ecu/session/CanFrames.h"
 
 #include <string>
-#include <string_view>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "base/NumberText.h"
-#include "ecu/description/ErrorNumbers.h"
 
 namespace korval::ecu {
 namespace {
@@ -26,31 +24,14 @@ base::ByteBuffer ReadData(const std::string& hex, const ErrorTable& errors) {
   return data;
 }
 
-std::int32_t ReadIdentifier(const std::string& text, const ErrorTable& errors) {
-  const auto identifier = base::ReadInteger(text);
-  if (!identifier)
-    throw errors.MakeFailure(kValueRefused, "CAN identifier '" + text + "': no decimal number");
-  return *identifier;
-}
-
-FrameToSend ReadFrame(const pugi::xml_node& identifier, const ErrorTable& errors) {
-  const pugi::xml_node data = identifier.next_sibling();
-  if (std::string_view(data.name()) != "s") {
-    throw errors.MakeFailure(kValueRefused, "CAN identifier '" + std::string(identifier.child_value()) +
-                                                "' is not followed by data");
-  }
-  return {ReadIdentifier(identifier.child_value(), errors), ReadData(data.child("d").child_value(), errors)};
-}
-
 }  // namespace
 
-std::vector<FrameToSend> ReadCanFrames(const pugi::xml_document& document, const ErrorTable& errors) {
-  std::vector<FrameToSend> frames;
-  for (const pugi::xml_node& group : document.document_element().children("x")) {
-    for (const pugi::xml_node& identifier : group.children("i"))
-      frames.push_back(ReadFrame(identifier, errors));
-  }
-  return frames;
+std::vector<FrameToSend> ReadCanFrames(std::span<const viator3::CanFrame> frames, const ErrorTable& errors) {
+  std::vector<FrameToSend> read;
+  read.reserve(frames.size());
+  for (const viator3::CanFrame& frame : frames)
+    read.push_back({frame.identifier, ReadData(frame.data, errors)});
+  return read;
 }
 
 }  // namespace korval::ecu

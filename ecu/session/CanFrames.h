@@ -2,11 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
-#include <pugixml.hpp>
-
 #include "base/ByteBuffer.h"
+#include "diag/viator3.h"
 #include "ecu/description/ErrorTable.h"
 
 namespace korval::ecu {
@@ -16,8 +16,7 @@ struct FrameToSend {
   base::ByteBuffer data;  ///< 0 to 8 bytes
 };
 
-/// The frames of a "can" document: under each "x" an "i" (identifier in signed decimal), then an "s" with a
-/// "d" (data in hexadecimal). Raises Failure 2012 for an identifier or data that are none.
-std::vector<FrameToSend> ReadCanFrames(const pugi::xml_document& document, const ErrorTable& errors);
+/// Reads what a client wrote. Raises Failure 2012 for data that is none.
+std::vector<FrameToSend> ReadCanFrames(std::span<const viator3::CanFrame> frames, const ErrorTable& errors);
 
 }  // namespace korval::ecu

@@ -4,7 +4,8 @@
 #include <optional>
 #include <utility>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
+#include "base/Signal.h"
 #include "ecu/isotp/IsoTpLink.h"
 
 namespace korval::ecu {
@@ -81,15 +82,20 @@ CanFrame CanInterface::FrameOf(const FrameToSend& frame) const {
   return {sent, frame.data.View()};
 }
 
-void CanInterface::SendFrames(const std::vector<FrameToSend>& frames) {
+base::Task<void> CanInterface::SendFrames(std::vector<FrameToSend> frames) {
   std::vector<CanFrame> to_send;
   to_send.reserve(frames.size());
   for (const FrameToSend& frame : frames) to_send.push_back(FrameOf(frame));
   std::optional<SharedCanBus::Trouble> trouble = bus_->Loss();
+  const auto changed = std::make_shared<base::Signal>(loop_);
   SharedCanBus::Listener listener;
-  listener.on_trouble = [&trouble](const SharedCanBus::Trouble& raised) { trouble = raised; };
+  listener.on_trouble = [&trouble, changed](const SharedCanBus::Trouble& raised) {
+    trouble = raised;
+    changed->Raise();
+  };
+  listener.on_taken = [changed] { changed->Raise(); };
   const auto sender = std::make_shared<const SharedCanBus::Listener>(std::move(listener));
-  const auto bus = bus_;  // this may be destroyed inside the wait
+  const auto bus = bus_;  // this may be destroyed in the wait
   const auto errors = errors_;
   bus->Listen(sender);
   const Withdrawal withdrawal{*bus, sender};
@@ -97,7 +103,7 @@ void CanInterface::SendFrames(const std::vector<FrameToSend>& frames) {
     if (!trouble) bus->Send(frame, sender);
   }
   // Every frame that waits is taken or dropped in the end.
-  loop_->RunUntil(base::TimePoint::max(), [&] { return trouble || !bus->IsWaiting(sender); });
+  while (!trouble && bus->IsWaiting(sender)) co_await changed->Next();
   if (!trouble) trouble = bus->Loss();
   if (trouble) throw errors->MakeFailure(NumberOf(trouble->error), trouble->text);
 }

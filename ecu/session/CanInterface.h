@@ -32,7 +32,7 @@ class CanInterface : public DiagnosticInterface {
   /// An identifier above 7FF hex, or with its most significant bit set, has 29 bits. Raises 2012 for one that
   /// cannot exist, and then sends nothing; 1000 or 1015 when the bus is or gets lost, or takes no more
   /// frames.
-  void SendFrames(const std::vector<FrameToSend>& frames) override;
+  base::Task<void> SendFrames(std::vector<FrameToSend> frames) override;
   /// Opens the bus anew when its bit rate is another.
   void UseMessaging(const std::shared_ptr<const MessagingFile>& messaging) override;
   void HearFrames(const std::function<void(const CanFrame&)>& on_frame) override;

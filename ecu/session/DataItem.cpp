@@ -3,8 +3,8 @@
 
 #include <utility>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/description/ItemCoding.h"
 #include "ecu/description/ItemEncoding.h"
 

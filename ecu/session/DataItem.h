@@ -29,6 +29,12 @@ class DataItem : public viator3::DataItem {
   DataItem(Side side, const ItemDescription& item, std::shared_ptr<RequestMessages> messages,
            std::weak_ptr<viator3::Request> owner);
 
+  const ItemDescription& Description() const { return item_; }
+  /// Whether it is part of the answer among these messages.
+  bool IsReceivedWith(const RequestMessages& messages) const {
+    return side_ == Side::kReceived && messages_.get() == &messages;
+  }
+
   const std::string& Name() const override { return item_.name; }
   base::Variant Value() const override;
   std::string Text() const override;

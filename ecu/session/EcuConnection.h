@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "base/ByteBuffer.h"
+#include "base/Task.h"
 #include "ecu/session/LinkHost.h"
 
 namespace korval::ecu {
@@ -15,13 +16,13 @@ class EcuConnection {
   EcuConnection(std::shared_ptr<LinkHost> host, std::shared_ptr<const EcuDescription> ecu);
 
   bool IsInitialised() const { return channel_ && channel_->IsConnected(); }
-  /// These raise as Channel's operations do. The connection may be destroyed inside their waits.
-  void Initialise() { Open()->Connect(Channel::Asker(function_)); }
-  void Reinitialise() { Open()->Reconnect(Channel::Asker(function_)); }
-  void Exchange(base::ByteView request, base::ByteBuffer& answer) {
-    Open()->Request(request, answer, Channel::Asker(function_));
+  /// These raise as Channel's operations do. The connection may be destroyed in their waits.
+  base::Task<void> Initialise() { return Open()->Connect(function_); }
+  base::Task<void> Reinitialise() { return Open()->Reconnect(function_); }
+  base::Task<void> Exchange(base::ByteView request, base::ByteBuffer& answer) {
+    return Open()->Request(request, answer, function_);
   }
-  void Tell(base::ByteView request) { Open()->Tell(request, Channel::Asker(function_)); }
+  base::Task<void> Tell(base::ByteView request) { return Open()->Tell(request, function_); }
 
  private:
   std::shared_ptr<Channel> Open();

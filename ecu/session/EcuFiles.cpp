@@ -25,13 +25,14 @@ std::vector<std::filesystem::path> XmlFilesIn(const std::string& folder) {
 
 }  // namespace
 
-void EcuFiles::Offer(const std::string& path, base::XmlDocument document) {
-  const base::FileStamp stamp = base::FileStamp::Of(path);
-  auto description = ReadEcuFile(document);
+void EcuFiles::Offer(const std::shared_ptr<const XmlEcuFile>& file) {
+  auto description = ReadEcuFile(file->Document());
   File& known = files_[description->Function().name];
-  const bool unchanged = known.description && known.path == path && known.stamp.IsSame(stamp) &&
-                         (known.document == document || base::SameContent(*known.document, *document));
-  if (!unchanged) known = File{path, stamp, std::move(document), std::move(description)};
+  const bool unchanged =
+      known.source && (known.source == file ||
+                       (known.source->Path() == file->Path() && known.source->Stamp().IsSame(file->Stamp()) &&
+                        base::SameContent(*known.source->Document(), *file->Document())));
+  if (!unchanged) known = File{file, std::move(description)};
 }
 
 std::shared_ptr<const EcuDescription> EcuFiles::Find(const std::string& function) {
@@ -48,9 +49,9 @@ void EcuFiles::SearchFolder(const std::string& function) {
     if (stamp.ProvesUnchangedSince(known.stamp) && known.function != function) continue;
     known = {stamp, {}};
     try {
-      const base::XmlDocument document = base::LoadXmlFile(path);
-      known.function = ReadEcuFile(document)->Function().name;
-      if (known.function == function) return Offer(path.string(), document);
+      const auto file = Read(path.string());
+      known.function = file->Function();
+      if (known.function == function) return Offer(file);
     } catch (const base::Failure&) {
       continue;  // not for this function in any case
     }

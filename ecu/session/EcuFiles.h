@@ -7,8 +7,8 @@
 #include <string>
 
 #include "base/FileStamp.h"
-#include "base/XmlFile.h"
 #include "ecu/description/EcuDescription.h"
+#include "ecu/ecufile/XmlEcuFileCache.h"
 
 namespace korval::ecu {
 
@@ -20,17 +20,18 @@ class EcuFiles {
   /// `folder` may be "".
   explicit EcuFiles(std::string folder) : folder_(std::move(folder)) {}
 
+  /// A file that has not changed is the same object again, as long as somebody holds it. Raises Failure when
+  /// it cannot be read.
+  std::shared_ptr<const XmlEcuFile> Read(const std::string& path) { return cache_.Read(path); }
   /// Raises Failure when the file names no function. A file offered again without having changed on disk
   /// keeps the description that is in use.
-  void Offer(const std::string& path, base::XmlDocument document);
+  void Offer(const std::shared_ptr<const XmlEcuFile>& file);
   /// Null when no file has the function.
   std::shared_ptr<const EcuDescription> Find(const std::string& function);
 
  private:
   struct File {
-    std::string path;
-    base::FileStamp stamp;
-    base::XmlDocument document;
+    std::shared_ptr<const XmlEcuFile> source;
     std::shared_ptr<const EcuDescription> description;
   };
   // A file of the folder.
@@ -42,6 +43,7 @@ class EcuFiles {
   void SearchFolder(const std::string& function);
 
   std::string folder_;
+  XmlEcuFileCache cache_;
   std::map<std::string, File> files_;  // by function
   std::map<std::filesystem::path, Searched> searched_;
 };

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 #include "ecu/description/ItemCoding.h"
 
 namespace korval::ecu {
@@ -55,7 +55,7 @@ std::shared_ptr<FrameRequest> FrameRequest::Create(MessagingFile::Frame frame, C
                                                    std::shared_ptr<const ErrorTable> errors) {
   auto watch = frames.Add(frame.identifier, SelectorOf(frame));
   const auto watched = std::make_shared<const WatchedFrame>(
-      WatchedFrame{std::move(frame), std::move(watch), std::move(loop), std::move(errors)});
+      WatchedFrame{std::move(frame), std::move(watch), frames.Changed(), std::move(loop), std::move(errors)});
   std::shared_ptr<FrameRequest> request(new FrameRequest(watched));
   for (const ItemDescription& item : watched->frame.items) {
     request->items_.push_back(std::make_shared<FrameItem>(watched, item, request));
@@ -63,21 +63,27 @@ std::shared_ptr<FrameRequest> FrameRequest::Create(MessagingFile::Frame frame, C
   return request;
 }
 
-void FrameRequest::Await() {
+base::Task<void> FrameRequest::Await() {
   const auto watched = watched_;
+  if (watched->IsThere()) co_return;
   const unsigned left = watched->watch->TimesLeft();
-  const auto is_left = [&] { return watched->watch->TimesLeft() != left; };
-  if (watched->IsThere()) return;
   const auto cycle = watched->frame.cycle.count() > 0 ? watched->frame.cycle : kUnknownCycle;
-  watched->loop->RunUntil(watched->loop->Now() + cycle + kJitter,
-                          [&] { return is_left() || watched->IsThere(); });
-  if (!is_left()) return;
-  throw watched->errors->MakeFailure(kLinkLost,
-                                     "the bus was left before the frame " + watched->frame.name + " came in");
+  bool is_late = false;
+  const auto limit = watched->loop->CreateDeadline([&is_late, changed = watched->changed] {
+    is_late = true;
+    changed->Raise();
+  });
+  limit->Set(watched->loop->Now() + cycle + kJitter);
+  while (!is_late && !watched->IsThere()) {
+    co_await watched->changed->Next();
+    if (watched->watch->TimesLeft() == left) continue;
+    throw watched->errors->MakeFailure(
+        kLinkLost, "the bus was left before the frame " + watched->frame.name + " came in");
+  }
 }
 
-void FrameRequest::Execute() {
-  if (watched_->IsThere()) return;
+base::Task<void> FrameRequest::Execute() {
+  if (watched_->IsThere()) co_return;
   if (!watched_->watch->Last()) {
     throw watched_->errors->MakeFailure(kNoAnswer, "the frame " + Name() + " has not come in yet");
   }

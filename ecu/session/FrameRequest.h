@@ -27,6 +27,7 @@ struct WatchedFrame {
 
   MessagingFile::Frame frame;
   std::shared_ptr<const CyclicFrames::Watch> watch;
+  std::shared_ptr<base::Signal> changed;
   std::shared_ptr<base::EventLoop> loop;
   std::shared_ptr<const ErrorTable> errors;
 };
@@ -47,10 +48,10 @@ class FrameRequest : public viator3::Request {
   const MessagingFile::Frame& Frame() const { return watched_->frame; }
   const std::string& Name() const override { return watched_->frame.name; }
   /// Raises 2000 when no frame has come in, or none lately. Never waits.
-  void Execute() override;
+  base::Task<void> Execute() override;
   /// Waits for a frame that is not there, for as long as its cycle is. Raises 1000 when the bus is left
-  /// meanwhile. The request may be destroyed inside.
-  void Await();
+  /// meanwhile. The request may be destroyed in the wait.
+  base::Task<void> Await();
   const Items& Data() const override { return items_; }
   const Items& Parameters() const override { return no_items_; }
 

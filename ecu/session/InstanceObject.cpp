@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ecu/session/InstanceObject.h"
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/session/FrameRequest.h"
 
 namespace korval::ecu {
@@ -22,26 +22,27 @@ std::string Shown(const std::string& name, const std::string& item_name) {
   return name == item_name ? name : item_name + " (short name " + name + ")";
 }
 
-void Execute(const viator3::DataItem& item, const ErrorTable& errors) {
-  const auto request = item.OwningRequest();
+std::shared_ptr<viator3::Request> RequestOf(const viator3::DataItem& item, const ErrorTable& errors) {
+  auto request = item.OwningRequest();
   if (!request) throw errors.MakeFailure(kLinkLost, "the request of " + item.Name() + " is gone");
-  request->Execute();
+  return request;
 }
 
 }  // namespace
 
-base::Variant InstanceObject::Get(const std::string& name) {
+// The object may be destroyed in the waits.
+
+base::Task<base::Variant> InstanceObject::Get(std::string name) {
   const std::string item_name = ItemName(name);
   const Item item = Find(item_name, Side::kAnswer);
   if (!item) throw errors_->MakeFailure(kUnknownName, Shown(name, item_name) + " is in no answer of the ECU");
-  const auto errors = errors_;  // the object may be destroyed inside a wait
-  const auto frame = std::dynamic_pointer_cast<FrameRequest>(item->OwningRequest());
-  if (frame) frame->Await();
-  Execute(*item, *errors);
-  return item->Value();
+  const auto request = RequestOf(*item, *errors_);
+  if (const auto frame = std::dynamic_pointer_cast<FrameRequest>(request)) co_await frame->Await();
+  co_await request->Execute();
+  co_return item->Value();
 }
 
-void InstanceObject::Set(const std::string& name, const base::Variant& value) {
+base::Task<void> InstanceObject::Set(std::string name, base::Variant value) {
   const std::string item_name = ItemName(name);
   const Item item = Find(item_name, Side::kRequest);
   if (!item) {
@@ -54,7 +55,8 @@ void InstanceObject::Set(const std::string& name, const base::Variant& value) {
   } else {
     item->SetValue(value);
   }
-  Execute(*item, *errors_);
+  const auto request = RequestOf(*item, *errors_);
+  co_await request->Execute();
 }
 
 std::string InstanceObject::ItemName(const std::string& name) const {

@@ -16,8 +16,8 @@ class InstanceObject : public viator3::InstanceObject {
 
   void SetProtocol(std::shared_ptr<viator3::Ecu> ecu) override { ecu_ = std::move(ecu); }
   void SetNameResolver(NameResolver resolver) override { resolver_ = std::move(resolver); }
-  base::Variant Get(const std::string& name) override;
-  void Set(const std::string& name, const base::Variant& value) override;
+  base::Task<base::Variant> Get(std::string name) override;
+  base::Task<void> Set(std::string name, base::Variant value) override;
 
  private:
   enum class Side { kAnswer, kRequest };

@@ -3,25 +3,20 @@
 
 #include <utility>
 
-#include "base/Errand.h"
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/kline/KLineLink.h"
 #include "ecu/kwp2000/Kwp2000Dialect.h"
 
 namespace korval::ecu {
-namespace {
-
-constexpr std::chrono::seconds kLongestFarewell{1};
-
-}  // namespace
 
 KLineInterface::KLineInterface(std::shared_ptr<base::EventLoop> loop, std::string port,
-                               std::shared_ptr<SharedKLine> line, std::shared_ptr<const ErrorTable> errors,
-                               Note note)
+                               std::shared_ptr<KLinePorts> ports, std::shared_ptr<SharedKLine> line,
+                               std::shared_ptr<const ErrorTable> errors, Note note)
     : loop_(std::move(loop)),
       port_(std::move(port)),
       errors_(std::move(errors)),
+      ports_(std::move(ports)),
       line_(std::move(line)),
       note_(std::move(note)) {}
 
@@ -34,13 +29,9 @@ std::unique_ptr<MessageLink> KLineInterface::LinkTo(std::shared_ptr<const EcuDes
   return std::make_unique<KLineLink>(loop_, line_->shared_from_this(), function, Kwp2000(), note_);
 }
 
-void KLineInterface::SendFrames(const std::vector<FrameToSend>& /*frames*/) {
+base::Task<void> KLineInterface::SendFrames(std::vector<FrameToSend> /*frames*/) {
   throw errors_->MakeFailure(kNoInterface, port_ + " is a K-line; a CAN frame needs a CAN port");
-}
-
-void KLineInterface::Leave() {
-  const base::Errand farewell;  // which nobody calls off
-  loop_->RunUntil(loop_->Now() + kLongestFarewell, [line = line_] { return line->IsFree(); });
+  co_return;
 }
 
 }  // namespace korval::ecu

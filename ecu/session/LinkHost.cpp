@@ -3,20 +3,18 @@
 
 #include <utility>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 #include "ecu/session/OpenInterface.h"
 
 namespace korval::ecu {
 
 LinkHost::LinkHost(SessionEnvironment environment)
-    : environment_(std::move(environment)), port_(environment_.port) {}
+    : environment_(std::move(environment)),
+      port_(environment_.port),
+      frames_(std::make_shared<CyclicFrames>(environment_.loop)) {}
 
 void LinkHost::Open(const std::string& port) {
-  const unsigned change = changes_ + 1;
   Close();
-  if (changes_ != change) {
-    throw errors_->MakeFailure(kLinkLost, "the session was opened or closed anew before " + port + " was");
-  }
   port_ = port;
   if (port.empty() && std::exchange(was_open_, false)) return;
   interface_ = OpenInterface(port, environment_, errors_, messaging_);
@@ -27,19 +25,12 @@ void LinkHost::Open(const std::string& port) {
 }
 
 void LinkHost::Close() {
-  const auto interface = EndChannels();
-  if (interface) interface->Leave();
-}
-
-std::unique_ptr<DiagnosticInterface> LinkHost::EndChannels() {
-  ++changes_;
   const auto channels = std::exchange(channels_, {});
-  auto interface = std::exchange(interface_, nullptr);
+  const auto interface = std::exchange(interface_, nullptr);  // behind its links
   frames_->Forget();
   for (const OpenedChannel& opened : channels) {
     if (const auto channel = opened.channel.lock()) channel->Close();
   }
-  return interface;
 }
 
 std::shared_ptr<Channel> LinkHost::OpenChannel(const std::shared_ptr<const EcuDescription>& ecu) {
@@ -55,7 +46,9 @@ std::shared_ptr<Channel> LinkHost::OpenChannel(const std::shared_ptr<const EcuDe
   return channel;
 }
 
-void LinkHost::SendFrames(const std::vector<FrameToSend>& frames) { RequireInterface().SendFrames(frames); }
+base::Task<void> LinkHost::SendFrames(std::vector<FrameToSend> frames) {
+  return RequireInterface().SendFrames(std::move(frames));
+}
 
 void LinkHost::UseMessaging(std::shared_ptr<const MessagingFile> messaging) {
   messaging_ = std::move(messaging);

@@ -22,19 +22,16 @@ class LinkHost {
   explicit LinkHost(SessionEnvironment environment);
 
   const std::string& Port() const { return port_; }
-  /// Leaves the interface in use and opens the one on `port`. Raises 1001 or 1002, or 1000 when an event
-  /// inside the leaving opens or closes another; "" raises nothing when it ends an interface that was in use.
+  /// Leaves the interface in use and opens the one on `port`. Raises 1001 or 1002; "" raises nothing when it
+  /// ends an interface that was in use.
   void Open(const std::string& port);
-  /// Ends every channel, and with them the waits that are under way; runs events for a moment, so that the
-  /// ECUs hear of it.
+  /// Ends every channel, and with them the waits that are under way.
   void Close();
-  /// As Close, but at once.
-  void Abandon() { EndChannels(); }
 
   /// These raise 1001 when no interface was opened, 1000 when it was closed. Functions of the same ECU are
   /// given the same channel.
   std::shared_ptr<Channel> OpenChannel(const std::shared_ptr<const EcuDescription>& ecu);
-  void SendFrames(const std::vector<FrameToSend>& frames);
+  base::Task<void> SendFrames(std::vector<FrameToSend> frames);
 
   /// Identifiers and bit rate of the CAN bus, now and of every interface opened later.
   void UseMessaging(std::shared_ptr<const MessagingFile> messaging);
@@ -53,16 +50,14 @@ class LinkHost {
     std::weak_ptr<Channel> channel;
   };
 
-  std::unique_ptr<DiagnosticInterface> EndChannels();
   DiagnosticInterface& RequireInterface();
 
   SessionEnvironment environment_;
   std::string port_;
   std::shared_ptr<ErrorTable> errors_ = std::make_shared<ErrorTable>();
-  std::shared_ptr<CyclicFrames> frames_ = std::make_shared<CyclicFrames>();
+  std::shared_ptr<CyclicFrames> frames_;
   std::shared_ptr<const MessagingFile> messaging_ = std::make_shared<const MessagingFile>();
   bool was_open_ = false;
-  unsigned changes_ = 0;  // of what is open
   std::unique_ptr<DiagnosticInterface> interface_;
   std::vector<OpenedChannel> channels_;
 };

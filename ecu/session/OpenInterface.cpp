@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/session/CanInterface.h"
 #include "ecu/session/KLineInterface.h"
 #include "ecu/session/SimulatedInterface.h"
@@ -28,8 +28,8 @@ std::unique_ptr<DiagnosticInterface> OpenKLine(const std::string& port, const Se
   const auto open = [&] { return environment.open_kline_wire(port); };
   try {
     auto line = environment.kline_ports->Open(environment.loop, port, open);
-    return std::make_unique<KLineInterface>(environment.loop, port, std::move(line), errors,
-                                            environment.on_note);
+    return std::make_unique<KLineInterface>(environment.loop, port, environment.kline_ports, std::move(line),
+                                            errors, environment.on_note);
   } catch (const base::Failure& failure) {
     throw errors->MakeFailure(kInterfaceRefused, port + ": " + failure.Description());
   }

@@ -3,9 +3,26 @@
 
 #include <utility>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
+#include "ecu/description/SinglesPlan.h"
 
 namespace korval::ecu {
+namespace {
+
+// Reads the answer that the request has by then.
+class AnswerSingles : public viator3::Singles {
+ public:
+  AnswerSingles(std::shared_ptr<const RequestMessages> messages, SinglesPlan plan)
+      : messages_(std::move(messages)), plan_(std::move(plan)) {}
+
+  void AppendTo(base::ByteBuffer& reply) const override { plan_.AppendTo(reply, messages_->answer.View()); }
+
+ private:
+  std::shared_ptr<const RequestMessages> messages_;
+  SinglesPlan plan_;
+};
+
+}  // namespace
 
 std::shared_ptr<Request> Request::Create(std::shared_ptr<const RequestDescription> description,
                                          std::shared_ptr<EcuConnection> connection,
@@ -24,17 +41,18 @@ Request::Request(std::shared_ptr<const RequestDescription> description,
   messages_->description = std::move(description);
 }
 
-void Request::Execute() {
+base::Task<void> Request::Execute() {
   const auto self = self_.lock();
   if (messages_->sent.Empty()) {
     throw errors_->MakeFailure(kNoAnswer, Name() + " has no bytes to send in its file");
   }
   base::ByteBuffer answer;
   if (messages_->description->no_answer) {
-    connection_->Tell(messages_->sent.View());
-    return std::swap(messages_->answer, answer);
+    co_await connection_->Tell(messages_->sent.View());
+    std::swap(messages_->answer, answer);
+    co_return;
   }
-  connection_->Exchange(messages_->sent.View(), answer);
+  co_await connection_->Exchange(messages_->sent.View(), answer);
   const std::size_t needed = messages_->description->min_bytes;
   if (answer.Length() < needed) {
     throw errors_->MakeFailure(kAnswerTooShort, Name() + " was answered with " +
@@ -53,6 +71,17 @@ const Request::Items& Request::Data() const {
     data_->insert(data_->end(), Parameters().begin(), Parameters().end());
   }
   return *data_;
+}
+
+std::unique_ptr<viator3::Singles> Request::SinglesOf(
+    std::span<const std::shared_ptr<viator3::DataItem>> items) const {
+  SinglesPlan plan;
+  for (const auto& item : items) {
+    const auto received = std::dynamic_pointer_cast<const DataItem>(item);
+    if (!received || !received->IsReceivedWith(*messages_)) return nullptr;
+    plan.Add(received->Description());
+  }
+  return std::make_unique<AnswerSingles>(messages_, std::move(plan));
 }
 
 const Request::Items& Request::Parameters() const {

@@ -23,9 +23,11 @@ class Request : public viator3::Request {
   const std::string& Name() const override { return messages_->description->name; }
   /// Raises 2002 for an answer shorter than the request's MinBytes; the items then keep their values. They
   /// have none after a request that is not answered.
-  void Execute() override;
+  base::Task<void> Execute() override;
   const Items& Data() const override;
   const Items& Parameters() const override;
+  std::unique_ptr<viator3::Singles> SinglesOf(
+      std::span<const std::shared_ptr<viator3::DataItem>> items) const override;
 
  private:
   Request(std::shared_ptr<const RequestDescription> description, std::shared_ptr<EcuConnection> connection,

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 #include "ecu/ecufile/ErrorFile.h"
 #include "ecu/session/CanFrames.h"
 #include "ecu/session/InstanceObject.h"
@@ -22,7 +22,17 @@ Session::Session(const SessionEnvironment& environment)
       files_(environment.ecu_folder),
       can_(std::make_shared<CanEcu>(host_)) {}
 
-Session::~Session() { host_->Abandon(); }
+Session::~Session() { host_->Close(); }
+
+base::Task<void> Session::SetPort(std::string port) {
+  std::shared_ptr(host_)->Open(port);
+  co_return;
+}
+
+base::Task<void> Session::Close() {
+  std::shared_ptr(host_)->Close();
+  co_return;
+}
 
 void Session::SetLanguage(const std::string& language) {
   host_->Errors().SetLanguage(language);
@@ -39,8 +49,9 @@ void Session::LoadErrors() {
   if (!damage.empty()) host_->Note(damage);
 }
 
-void Session::OfferEcuFile(const std::string& path, base::XmlDocument document) {
-  files_.Offer(path, std::move(document));
+void Session::OfferEcuFile(const std::shared_ptr<const viator3::EcuFile>& file) {
+  const auto read = std::dynamic_pointer_cast<const XmlEcuFile>(file);
+  files_.Offer(read ? read : files_.Read(file->Path()));
 }
 
 std::shared_ptr<viator3::Ecu> Session::EcuByFunction(const std::string& function) {
@@ -59,9 +70,9 @@ std::shared_ptr<viator3::Ecu> Session::EcuByFunction(const std::string& function
   return *known;
 }
 
-void Session::SendFrames(pugi::xml_document& frames) {
+base::Task<void> Session::SendFrames(std::span<const viator3::CanFrame> frames) {
   const auto host = host_;
-  host->SendFrames(ReadCanFrames(frames, host->Errors()));
+  co_await host->SendFrames(ReadCanFrames(frames, host->Errors()));
 }
 
 std::shared_ptr<viator3::InstanceObject> Session::CreateInstance(const std::string& prog_id) {

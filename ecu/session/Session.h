@@ -24,17 +24,19 @@ class Session : public viator3::Session {
   Session& operator=(const Session&) = delete;
 
   std::string Port() const override { return host_->Port(); }
-  /// These two run events, inside which the session may go.
-  void SetPort(const std::string& port) override { std::shared_ptr(host_)->Open(port); }
-  void Close() override { std::shared_ptr(host_)->Close(); }
+  base::Task<void> SetPort(std::string port) override;
+  base::Task<void> Close() override;
   void SetLanguage(const std::string& language) override;
   void SetErrorsFile(const std::string& path) override;
-  void OfferEcuFile(const std::string& path, base::XmlDocument document) override;
+  std::shared_ptr<const viator3::EcuFile> ReadEcuFile(const std::string& path) override {
+    return files_.Read(path);
+  }
+  void OfferEcuFile(const std::shared_ptr<const viator3::EcuFile>& file) override;
   /// A file offered later for the same function brings a new object; those who hold the old one keep it.
   std::shared_ptr<viator3::Ecu> EcuByFunction(const std::string& function) override;
   std::vector<std::shared_ptr<viator3::Ecu>> Ecus() const override { return ecus_; }
   bool MessagingLoaded() const override { return can_->MessagingLoaded(); }
-  void SendFrames(pugi::xml_document& frames) override;
+  base::Task<void> SendFrames(std::span<const viator3::CanFrame> frames) override;
   std::shared_ptr<viator3::InstanceObject> CreateInstance(const std::string& prog_id) override;
 
  private:

@@ -16,8 +16,8 @@ std::unique_ptr<MessageLink> SimulatedInterface::LinkTo(std::shared_ptr<const Ec
   return std::make_unique<SimulatedLink>(loop_, simulated);
 }
 
-void SimulatedInterface::SendFrames(const std::vector<FrameToSend>& frames) {
-  if (!recorder_) return;
+base::Task<void> SimulatedInterface::SendFrames(std::vector<FrameToSend> frames) {
+  if (!recorder_) co_return;
   for (const FrameToSend& frame : frames) recorder_(frame.identifier, frame.data.View());
 }
 

@@ -20,7 +20,7 @@ class SimulatedInterface : public DiagnosticInterface {
   SimulatedInterface(std::shared_ptr<base::EventLoop> loop, FrameRecorder recorder);
 
   std::unique_ptr<MessageLink> LinkTo(std::shared_ptr<const EcuDescription> ecu) override;
-  void SendFrames(const std::vector<FrameToSend>& frames) override;
+  base::Task<void> SendFrames(std::vector<FrameToSend> frames) override;
 
  private:
   std::shared_ptr<base::EventLoop> loop_;

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <utility>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 #include "ecu/kline/HeaderChoice.h"
 #include "ecu/link/AnswerBytes.h"
 #include "ecu/simulation/FiveBaudAddress.h"

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 
 namespace korval::ecu {
 namespace {

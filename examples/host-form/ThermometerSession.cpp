@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
 
 namespace host_form {
@@ -12,13 +13,12 @@ namespace {
 
 using korval::base::Failure;
 using korval::base::Variant;
-namespace viator3 = korval::viator3;
-
-constexpr int kNegativeAnswer = 2001;
-constexpr int kUnknownName = 2010;
-constexpr int kReadOnly = 2011;
-constexpr int kNoEcuFile = 2020;
-constexpr int kCanError = 1015;
+namespace hosted = korval::hosted;
+using korval::kCanNetworkError;
+using korval::kNegativeAnswer;
+using korval::kNoEcuFile;
+using korval::kReadOnly;
+using korval::kUnknownName;
 
 // Stands for the real sensor: some degrees around 20, up and down within a minute.
 double ReadSensor() {
@@ -27,9 +27,9 @@ double ReadSensor() {
   return 20 + 5 * std::sin(seconds / 60 * 2 * M_PI);
 }
 
-class Temperature : public viator3::DataItem {
+class Temperature : public hosted::DataItem {
  public:
-  explicit Temperature(std::weak_ptr<viator3::Request> request) : request_(std::move(request)) {}
+  explicit Temperature(std::weak_ptr<hosted::Request> request) : request_(std::move(request)) {}
 
   void Read() { value_ = ReadSensor(); }
 
@@ -39,15 +39,15 @@ class Temperature : public viator3::DataItem {
   std::string Unit() const override { return "°C"; }
   void SetValue(const Variant&) override { throw Failure(kReadOnly, name_ + " can only be read"); }
   void SetText(const std::string&) override { throw Failure(kReadOnly, name_ + " can only be read"); }
-  std::shared_ptr<viator3::Request> OwningRequest() const override { return request_.lock(); }
+  std::shared_ptr<hosted::Request> OwningRequest() const override { return request_.lock(); }
 
  private:
   std::string name_ = "Temperature";
   Variant value_;
-  std::weak_ptr<viator3::Request> request_;
+  std::weak_ptr<hosted::Request> request_;
 };
 
-class Reading : public viator3::Request {
+class Reading : public hosted::Request {
  public:
   static std::shared_ptr<Reading> Create() {
     auto reading = std::make_shared<Reading>();
@@ -71,7 +71,7 @@ class Reading : public viator3::Request {
 }  // namespace
 
 /// The one ECU function.
-class Thermometer : public viator3::Ecu {
+class Thermometer : public hosted::Ecu {
  public:
   Variant Get(const std::string& name) {
     const auto item = FindAnswerItem(name);
@@ -91,14 +91,14 @@ class Thermometer : public viator3::Ecu {
   }
   const Requests& RequestList() override { return requests_; }
   const std::vector<std::string>& ReferenceData() override { return reference_data_; }
-  std::shared_ptr<viator3::DataItem> FindAnswerItem(const std::string& name) override {
+  std::shared_ptr<hosted::DataItem> FindAnswerItem(const std::string& name) override {
     for (const auto& item : requests_.front()->Data()) {
       if (item->Name() == name) return item;
     }
     return nullptr;
   }
   void LoadMessaging(const std::string& path) override {
-    throw Failure(kCanError, "a thermometer is on no CAN bus: " + path + " is of no use");
+    throw Failure(kCanNetworkError, "a thermometer is on no CAN bus: " + path + " is of no use");
   }
 
  private:
@@ -111,12 +111,12 @@ class Thermometer : public viator3::Ecu {
 
 namespace {
 
-class ThermometerInstance : public viator3::InstanceObject {
+class ThermometerInstance : public hosted::InstanceObject {
  public:
   explicit ThermometerInstance(std::shared_ptr<Thermometer> thermometer)
       : thermometer_(std::move(thermometer)) {}
 
-  void SetProtocol(std::shared_ptr<viator3::Ecu>) override {}
+  void SetProtocol(std::shared_ptr<hosted::Ecu>) override {}
   void SetNameResolver(NameResolver resolver) override { resolve_ = std::move(resolver); }
   Variant Get(const std::string& name) override { return thermometer_->Get(DataName(name)); }
   void Set(const std::string& name, const Variant&) override {
@@ -137,18 +137,18 @@ class ThermometerInstance : public viator3::InstanceObject {
 
 ThermometerSession::ThermometerSession() : thermometer_(std::make_shared<Thermometer>()) {}
 
-std::shared_ptr<viator3::Ecu> ThermometerSession::EcuByFunction(const std::string& function) {
+std::shared_ptr<hosted::Ecu> ThermometerSession::EcuByFunction(const std::string& function) {
   if (function == thermometer_->Function()) return thermometer_;
   throw Failure(kNoEcuFile, "this session has the function THERMOMETER only, not " + function);
 }
 
-std::vector<std::shared_ptr<viator3::Ecu>> ThermometerSession::Ecus() const { return {thermometer_}; }
+std::vector<std::shared_ptr<hosted::Ecu>> ThermometerSession::Ecus() const { return {thermometer_}; }
 
-void ThermometerSession::SendFrames(pugi::xml_document&) {
-  throw Failure(kCanError, "a thermometer is on no CAN bus");
+void ThermometerSession::SendFrames(const std::vector<korval::viator3::CanFrame>&) {
+  throw Failure(kCanNetworkError, "a thermometer is on no CAN bus");
 }
 
-std::shared_ptr<viator3::InstanceObject> ThermometerSession::CreateInstance(const std::string&) {
+std::shared_ptr<hosted::InstanceObject> ThermometerSession::CreateInstance(const std::string&) {
   return std::make_shared<ThermometerInstance>(thermometer_);
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "diag/viator3.h"
+#include "ecu/hosted/HostSession.h"
 
 namespace host_form {
 
@@ -13,7 +13,7 @@ class Thermometer;
 
 /// A diagnostic session on a thermometer that the host application reads itself. It has one ECU function,
 /// THERMOMETER, with one request that brings one value, Temperature.
-class ThermometerSession : public korval::viator3::Session {
+class ThermometerSession : public korval::hosted::Session {
  public:
   ThermometerSession();
 
@@ -23,12 +23,12 @@ class ThermometerSession : public korval::viator3::Session {
   void Close() override {}
   void SetLanguage(const std::string&) override {}
   void SetErrorsFile(const std::string&) override {}
-  void OfferEcuFile(const std::string&, korval::base::XmlDocument) override {}
-  std::shared_ptr<korval::viator3::Ecu> EcuByFunction(const std::string& function) override;
-  std::vector<std::shared_ptr<korval::viator3::Ecu>> Ecus() const override;
+  void OfferEcuFile(const std::string&) override {}
+  std::shared_ptr<korval::hosted::Ecu> EcuByFunction(const std::string& function) override;
+  std::vector<std::shared_ptr<korval::hosted::Ecu>> Ecus() const override;
   bool MessagingLoaded() const override { return false; }
-  void SendFrames(pugi::xml_document& frames) override;
-  std::shared_ptr<korval::viator3::InstanceObject> CreateInstance(const std::string& prog_id) override;
+  void SendFrames(const std::vector<korval::viator3::CanFrame>& frames) override;
+  std::shared_ptr<korval::hosted::InstanceObject> CreateInstance(const std::string& prog_id) override;
 
  private:
   std::string port_ = "THERMOMETER";

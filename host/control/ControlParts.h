@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,6 +42,9 @@ struct ControlParts {
   std::shared_ptr<protocol::TcpSocket> tcp_server;
   std::shared_ptr<protocol::SerialPort> serial_port;
   diag::DiagnosisObject::SessionFactory create_session;
+  /// Whether something of a closed session has still to go out, which a program that ends waits for. May be
+  /// empty.
+  std::function<bool()> is_taking_leave;
   /// Absolute. Stands in for the folders that no setting names.
   std::string application_folder;
   /// Takes the place of the stored TCP port for this run; 0 takes any free one.

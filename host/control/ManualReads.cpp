@@ -6,25 +6,12 @@
 
 #include "base/Failure.h"
 #include "diag/EcuIdentification.h"
-#include "diag/LinkErrors.h"
 
 namespace korval::host {
 namespace {
 
 constexpr std::size_t kValueColumn = 2;
 constexpr std::size_t kIdentificationColumn = 6;
-
-// Marks a read as under way.
-class Reading {
- public:
-  explicit Reading(bool& flag) : flag_(flag) { flag_ = true; }
-  ~Reading() { flag_ = false; }
-  Reading(const Reading&) = delete;
-  Reading& operator=(const Reading&) = delete;
-
- private:
-  bool& flag_;
-};
 
 }  // namespace
 
@@ -39,11 +26,17 @@ ManualReads::ManualReads(TraceConsole& console, const diag::DiagnosisObject& dia
       file_view_(file_view),
       data_view_(data_view) {}
 
-void ManualReads::ReadData() {
-  if (reading_) return;
-  const Reading reading(reading_);
+void ManualReads::ReadData() { Read(ReadDataTask()); }
+
+void ManualReads::ReadIdent() { Read(ReadIdentTask()); }
+
+void ManualReads::Read(base::Task<void> read) {
+  if (!read_.IsUnderWay()) read_.Start(std::move(read));
+}
+
+base::Task<void> ManualReads::ReadDataTask() {
   try {
-    ExecuteRequests();
+    co_await ExecuteRequests();
     ShowValues();
   } catch (const base::Failure& failure) {
     console_.Line("Read data error : " + failure.Description());
@@ -51,13 +44,13 @@ void ManualReads::ReadData() {
 }
 
 // One request that fails leaves the others their turn.
-void ManualReads::ExecuteRequests() {
+base::Task<void> ManualReads::ExecuteRequests() {
   if (!acquisition_.Items()) throw base::Failure("The client has chosen no values for acquisition");
   const Session session = diagnosis_.RequireSession();
   const auto requests = acquisition_.RequestsToExecute();
   for (const auto& request : *requests) {
     try {
-      request->Execute();
+      co_await request->Execute();
     } catch (const base::Failure& failure) {
       RequireCurrent(session);
       console_.Line("Read data error : " + failure.Description());
@@ -78,33 +71,31 @@ void ManualReads::ShowValues() {
   }
 }
 
-void ManualReads::ReadIdent() {
-  if (reading_) return;
-  const Reading reading(reading_);
+base::Task<void> ManualReads::ReadIdentTask() {
   try {
-    IdentifyFiles();
+    co_await IdentifyFiles();
   } catch (const base::Failure& failure) {
     console_.Line("Read ident error : " + failure.Description());
   }
 }
 
-void ManualReads::IdentifyFiles() {
+base::Task<void> ManualReads::IdentifyFiles() {
   if (files_.Count() == 0) throw base::Failure("The client has selected no file");
   const Session session = diagnosis_.RequireSession();
   const std::vector<std::shared_ptr<model::KorvAsapFile>> files(files_.begin(), files_.end());
   std::size_t row = 0;
   for (const auto& file : files) {
-    Identify(session, *file);
+    co_await Identify(session, file);
     RequireCurrent(session);
     file_view_.SetCell(row++, kIdentificationColumn, file->Identification());
   }
 }
 
-void ManualReads::Identify(const Session& session, model::KorvAsapFile& file) {
+base::Task<void> ManualReads::Identify(Session session, std::shared_ptr<model::KorvAsapFile> file) {
   try {
-    const auto ecu = session->EcuByFunction(file.KorvFunction());
-    file.SetIdentification(diag::ReadEcuIdentification(*session, *ecu));
-    console_.Line("Read Ecu Ident : " + file.KorvFunction() + " = " + file.Identification());
+    const auto ecu = session->EcuByFunction(file->KorvFunction());
+    file->SetIdentification(co_await diag::ReadEcuIdentification(session, ecu));
+    console_.Line("Read Ecu Ident : " + file->KorvFunction() + " = " + file->Identification());
   } catch (const base::Failure& failure) {
     console_.Line("Read ident error : " + failure.Description());
   }
@@ -112,7 +103,7 @@ void ManualReads::Identify(const Session& session, model::KorvAsapFile& file) {
 
 void ManualReads::RequireCurrent(const Session& session) const {
   if (diagnosis_.Session() != session) {
-    throw base::Failure(diag::kSessionLost, "The session was closed while it was read by hand");
+    throw base::Failure(kLinkLost, "The session was closed while it was read by hand");
   }
 }
 

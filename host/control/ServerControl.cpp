@@ -67,6 +67,9 @@ void ServerControl::Bind(const std::shared_ptr<ServerControl>& self) {
   clock_.Bind(self);
   tcp_path_.Bind(self);
   serial_path_.Bind(self);
+  reset_.SetOwner(self);
+  manual_reads_.Bind(self);
+  if (interface_selection_) interface_selection_->Bind(self);
 }
 
 bool ServerControl::Initialise() {
@@ -130,15 +133,18 @@ void ServerControl::SelectDiagInterface() {
 }
 
 void ServerControl::ResetAll() {
-  if (resetting_) return;
-  resetting_ = true;
+  if (!reset_.IsUnderWay()) reset_.Start(Reset());
+}
+
+base::Task<void> ServerControl::Reset() {
   console_.Line("Reset All");
   CloseTransports();
   console_.Line("- Reinit diagnostique session");
   EndClientSession();
-  if (!diagnosis_.SessionIsExternal()) diagnosis_.ReleaseDiagnosisObject();  // a host's own stays in place
-  resetting_ = false;
-  if (terminated_) return;
+  // A host's own stays in place; the closing of one that a host made may run events.
+  co_await base::Blocking([this] {
+    if (!diagnosis_.SessionIsExternal()) diagnosis_.ReleaseDiagnosisObject();
+  });
   console_.Line("- Open tcpip server");
   tcp_path_.Reopen();
   OpenSerialPort();
@@ -147,6 +153,8 @@ void ServerControl::ResetAll() {
 void ServerControl::Terminate() noexcept {
   if (std::exchange(terminated_, true)) return;
   if (serial_timer_) serial_timer_->Stop();
+  reset_.CallOff();
+  manual_reads_.Stop();
   base::IgnoreFailure([this] { CloseTransports(); });
   base::IgnoreFailure([this] { DropCollections(); });
   base::IgnoreFailure([this] {
@@ -160,7 +168,7 @@ void ServerControl::ToggleSerialPort() {
 }
 
 void ServerControl::EditProperties() {
-  if (!parts_.panel || editing_ || resetting_) return;
+  if (!parts_.panel || editing_ || reset_.IsUnderWay()) return;
   if (parts_.serial_port->IsOpen()) {
     parts_.message_box->Show("You can change communicate settings only when communication is off",
                              MessageStyle::kPlain);
@@ -257,7 +265,7 @@ void ServerControl::DropCollections() {
   asap_values_.Clear();
 }
 
-bool ServerControl::CreateDiagnosisObject(base::ByteBuffer& reply) {
+base::Task<bool> ServerControl::CreateDiagnosisObject(base::ByteBuffer& reply) {
   return diagnosis_.CreateDiagnosisObject(reply);
 }
 

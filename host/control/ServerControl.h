@@ -8,6 +8,8 @@
 #include <string>
 #include <utility>
 
+#include "base/Job.h"
+#include "base/Task.h"
 #include "diag/DiagnosisObject.h"
 #include "diag/InterfaceSelection.h"
 #include "diag/WindowsScript.h"
@@ -65,7 +67,7 @@ class ServerControl : private protocol::SessionServices {
   /// Closes everything. Commands that wait end with a Failure and answer nobody.
   void Terminate() noexcept;
 
-  // What a person does on the console. Whoever calls holds the control, because each may wait.
+  // What a person does on the console.
 
   /// Opens the serial port when it is closed, closes it when it is open.
   /// Does nothing while the settings are edited, whose answer reopens the ports.
@@ -83,6 +85,7 @@ class ServerControl : private protocol::SessionServices {
   void SelectDiagInterface();
 
   TraceConsole& Console() { return console_; }
+  const std::shared_ptr<base::EventLoop>& Loop() const { return parts_.loop; }
   /// The diagnostic session; one that is set is used but never closed.
   std::shared_ptr<viator3::Session> Session() const { return diagnosis_.Session(); }
   void SetSession(std::shared_ptr<viator3::Session> session) { diagnosis_.SetSession(std::move(session)); }
@@ -93,6 +96,7 @@ class ServerControl : private protocol::SessionServices {
   explicit ServerControl(ControlParts parts);
   void Bind(const std::shared_ptr<ServerControl>& self);
   bool ApplySettings();
+  base::Task<void> Reset();
   void WatchDevices();
   PanelValues CurrentValues() const;
   void TakeValues(const PanelValues& values);
@@ -103,7 +107,7 @@ class ServerControl : private protocol::SessionServices {
   void DropCollections();
   void EndClientSession();
 
-  bool CreateDiagnosisObject(base::ByteBuffer& reply) override;
+  base::Task<bool> CreateDiagnosisObject(base::ByteBuffer& reply) override;
   void ClearAcquiredDataView() override;
   void EndSession() override;
   bool ReleaseForPowerRequest(bool close_host_session) override;
@@ -115,10 +119,9 @@ class ServerControl : private protocol::SessionServices {
   std::string listen_;
   std::string allow_;
   bool open_serial_at_start_ = false;
-  // Closing a session may wait with the events running, and any of these may happen inside.
   bool editing_ = false;
-  bool resetting_ = false;
   bool terminated_ = false;
+  base::Job reset_;
   bool serial_port_awaited_ = false;
   InstallationInformation installation_;
   HostSettings host_settings_;

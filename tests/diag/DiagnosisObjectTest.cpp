@@ -8,6 +8,7 @@
 #include "base/Failure.h"
 #include "diag/DiagnosisObject.h"
 #include "host/trace/TextTerminal.h"
+#include "tests/support/Await.h"
 #include "tests/support/FakeSession.h"
 
 namespace korval::diag {
@@ -23,7 +24,7 @@ class DiagnosisObjectTest : public testing::Test {
 
   bool Create() {
     reply_.Clear();
-    return diagnosis_.CreateDiagnosisObject(reply_);
+    return tests::Await(diagnosis_.CreateDiagnosisObject(reply_));
   }
 
   host::TextTerminal terminal_;
@@ -74,7 +75,7 @@ TEST_F(DiagnosisObjectTest, FailedOpeningIsTracedAnsweredAndTriedAnew) {
 TEST_F(DiagnosisObjectTest, FailedFactoryIsAnsweredWithoutAPort) {
   DiagnosisObject diagnosis(
       console_, []() -> std::shared_ptr<viator3::Session> { throw base::Failure(1001, "none"); }, [] {});
-  EXPECT_FALSE(diagnosis.CreateDiagnosisObject(reply_));
+  EXPECT_FALSE(tests::Await(diagnosis.CreateDiagnosisObject(reply_)));
   EXPECT_EQ(terminal_.Text(),
             "Create diagnosis object\r\n  Server = \r\nDiagnosis Communication port = \r\n"
             "Open Diagnostic Session error : none\r\n");

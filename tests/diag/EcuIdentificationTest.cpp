@@ -4,6 +4,7 @@
 
 #include "base/Failure.h"
 #include "diag/EcuIdentification.h"
+#include "tests/support/Await.h"
 #include "tests/support/FakeSession.h"
 
 namespace korval::diag {
@@ -14,14 +15,14 @@ using testing::IsEmpty;
 
 class EcuIdentificationTest : public testing::Test {
  protected:
-  std::string Read() { return ReadEcuIdentification(session_, *ecu_); }
+  std::string Read() { return tests::Await(ReadEcuIdentification(session_, ecu_)); }
 
   void FailInitialisation(std::int32_t number) {
     ecu_->on_initialise = [number] { throw base::Failure(number, "the reason"); };
   }
 
-  tests::FakeSession session_;
-  std::shared_ptr<tests::FakeEcu> ecu_ = session_.AddEcu("MOTOR", "Engine control", "KWP2000");
+  std::shared_ptr<tests::FakeSession> session_ = std::make_shared<tests::FakeSession>();
+  std::shared_ptr<tests::FakeEcu> ecu_ = session_->AddEcu("MOTOR", "Engine control", "KWP2000");
 };
 
 TEST_F(EcuIdentificationTest, AnswerIsGivenInHexadecimal) {
@@ -64,16 +65,17 @@ TEST_F(EcuIdentificationTest, FailedSendShowsBothBuffers) {
 }
 
 TEST_F(EcuIdentificationTest, DiagOnCanWithoutMessagingSendsNothing) {
-  const auto abs = session_.AddEcu("ABS", "Brakes", "DiagOnCAN");
-  EXPECT_EQ(ReadEcuIdentification(session_, *abs), "No CAN messaging loaded, unable to read identification");
+  const auto abs = session_->AddEcu("ABS", "Brakes", "DiagOnCAN");
+  EXPECT_EQ(tests::Await(ReadEcuIdentification(session_, abs)),
+            "No CAN messaging loaded, unable to read identification");
   EXPECT_EQ(abs->initialisations, 0);
   EXPECT_THAT(abs->sent, IsEmpty());
 }
 
 TEST_F(EcuIdentificationTest, DiagOnCanWithMessagingIsRead) {
-  const auto abs = session_.AddEcu("ABS", "Brakes", "DiagOnCAN");
-  session_.messaging_loaded = true;
-  ReadEcuIdentification(session_, *abs);
+  const auto abs = session_->AddEcu("ABS", "Brakes", "DiagOnCAN");
+  session_->messaging_loaded = true;
+  tests::Await(ReadEcuIdentification(session_, abs));
   EXPECT_THAT(abs->sent, ElementsAre("2180"));
 }
 

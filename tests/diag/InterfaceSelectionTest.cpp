@@ -5,6 +5,7 @@
 #include "base/Failure.h"
 #include "diag/InterfaceSelection.h"
 #include "host/trace/TextTerminal.h"
+#include "tests/support/Await.h"
 #include "tests/support/FakePortLabel.h"
 #include "tests/support/FakePortScout.h"
 #include "tests/support/FakeSession.h"
@@ -30,7 +31,7 @@ class InterfaceSelectionTest : public testing::Test {
   }
   void OpenSession() {
     base::ByteBuffer reply;
-    ASSERT_TRUE(diagnosis_.CreateDiagnosisObject(reply));
+    ASSERT_TRUE(tests::Await(diagnosis_.CreateDiagnosisObject(reply)));
     session_->log.clear();
     terminal_.DropFirst(terminal_.Length());
   }

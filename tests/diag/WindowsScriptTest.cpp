@@ -5,6 +5,7 @@
 #include "base/Failure.h"
 #include "diag/WindowsScript.h"
 #include "host/trace/TextTerminal.h"
+#include "tests/support/Await.h"
 #include "tests/support/FakeSession.h"
 
 namespace korval::diag {
@@ -36,7 +37,7 @@ class WindowsScriptTest : public testing::Test {
 
   void ExpectFailure(std::int32_t number, const std::string& description) {
     try {
-      script_.Get(file_, "EngineSpeed");
+      tests::Await(script_.Get(file_, "EngineSpeed"));
       FAIL() << "no failure";
     } catch (const base::Failure& failure) {
       EXPECT_EQ(failure.Number(), number);
@@ -55,8 +56,8 @@ class WindowsScriptTest : public testing::Test {
 
 TEST_F(WindowsScriptTest, FirstAccessCreatesTheInstanceObjectOnce) {
   session_->instance->values["EngineSpeed"] = 812.5;
-  EXPECT_EQ(script_.Get(file_, "EngineSpeed"), base::Variant(812.5));
-  EXPECT_EQ(script_.Get(file_, "EngineSpeed"), base::Variant(812.5));
+  EXPECT_EQ(tests::Await(script_.Get(file_, "EngineSpeed")), base::Variant(812.5));
+  EXPECT_EQ(tests::Await(script_.Get(file_, "EngineSpeed")), base::Variant(812.5));
   EXPECT_THAT(session_->log, testing::ElementsAre("CreateInstance=qor4inst.ENGINE"));
   EXPECT_EQ(session_->instance->protocol, ecu_);
   EXPECT_EQ(file_->object, session_->instance);
@@ -64,18 +65,18 @@ TEST_F(WindowsScriptTest, FirstAccessCreatesTheInstanceObjectOnce) {
 
 TEST_F(WindowsScriptTest, SetPassesTheValueWithItsType) {
   session_->instance->values["IdleSpeed"] = 0;
-  script_.Set(file_, "IdleSpeed", 12.5F);
+  tests::Await(script_.Set(file_, "IdleSpeed", 12.5F));
   EXPECT_EQ(session_->instance->values["IdleSpeed"], base::Variant(12.5F));
 }
 
 TEST_F(WindowsScriptTest, ShortNameResolvesThroughTheFile) {
   session_->instance->values["EngineSpeed"] = 7;
-  EXPECT_EQ(script_.Get(file_, "N"), base::Variant(7));
+  EXPECT_EQ(tests::Await(script_.Get(file_, "N")), base::Variant(7));
 }
 
 TEST_F(WindowsScriptTest, InstanceObjectDoesNotKeepItsFileAlive) {
   session_->instance->values["EngineSpeed"] = 7;
-  script_.Get(file_, "EngineSpeed");
+  tests::Await(script_.Get(file_, "EngineSpeed"));
   const std::weak_ptr<PlainFile> watched = file_;
   file_.reset();
   EXPECT_TRUE(watched.expired());
@@ -111,7 +112,7 @@ TEST_F(WindowsScriptTest, FailedAccessIs10012AndKeepsTheObject) {
   ExpectFailure(10012, "obj.EngineSpeed  Error : unknown name EngineSpeed");
   EXPECT_EQ(file_->object, session_->instance);
   try {
-    script_.Set(file_, "Idle", 1);
+    tests::Await(script_.Set(file_, "Idle", 1));
     FAIL() << "no failure";
   } catch (const base::Failure& failure) {
     EXPECT_EQ(failure.Number(), 10012);

@@ -13,6 +13,7 @@
 #include "base/XmlFile.h"
 #include "ecu/session/SessionFactory.h"
 #include "model/KorvAsapFile.h"
+#include "tests/support/Await.h"
 #include "tests/support/ManualEventLoop.h"
 
 namespace korval::tests {
@@ -38,7 +39,7 @@ std::shared_ptr<viator3::Session> OpenSession(const std::shared_ptr<base::EventL
   environment.loop = loop;
   environment.port = "SIM";
   auto session = ecu::CreateSession(environment);
-  session->SetPort(session->Port());
+  tests::Await(session->SetPort(session->Port()));
   return session;
 }
 
@@ -48,10 +49,10 @@ class ExamplesTest : public ::testing::Test {
   std::shared_ptr<viator3::Ecu> Select(const std::string& description, const std::string& section) {
     file_ = std::make_unique<model::KorvAsapFile>(model::Folders{kDescriptions, kEcuFiles}, description,
                                                   section, 0, 1);
-    file_->ReadDescriptionFile();
-    session_->OfferEcuFile(file_->KorvFileName(), file_->TakeEcuDocument());
+    file_->ReadDescriptionFile([this](const std::string& path) { return session_->ReadEcuFile(path); });
+    session_->OfferEcuFile(file_->TakeEcuFile());
     if (const std::string messaging = file_->GetAutoCanFile(); !messaging.empty()) {
-      session_->EcuByFunction("CAN")->LoadMessaging(messaging);
+      tests::Await(session_->EcuByFunction("CAN")->LoadMessaging(messaging));
     }
     return session_->EcuByFunction(file_->KorvFunction());
   }
@@ -73,7 +74,7 @@ class ExamplesTest : public ::testing::Test {
     return names;
   }
   double Number(viator3::InstanceObject& instance, const std::string& name) {
-    return instance.Get(name).ToDouble().value();
+    return tests::Await(instance.Get(name)).ToDouble().value();
   }
 
   std::shared_ptr<ManualEventLoop> loop_ = std::make_shared<ManualEventLoop>();
@@ -93,14 +94,15 @@ TEST_P(SectionTest, EveryShortNameLeadsToAnItemOfTheEcuFile) {
 TEST_P(SectionTest, EveryItemOfEveryAnswerHasAValue) {
   const auto ecu = Select(GetParam().file, GetParam().section);
   for (const auto& request : ecu->RequestList()) {
-    request->Execute();
+    tests::Await(request->Execute());
     for (const auto& item : request->Data()) EXPECT_FALSE(item->Value().IsEmpty()) << item->Name();
   }
 }
 
 TEST_P(SectionTest, EveryShortNameIsReadByName) {
   const auto instance = ByName(Select(GetParam().file, GetParam().section));
-  for (const std::string& name : ShortNames()) EXPECT_FALSE(instance->Get(name).IsEmpty()) << name;
+  for (const std::string& name : ShortNames())
+    EXPECT_FALSE(tests::Await(instance->Get(name)).IsEmpty()) << name;
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SectionTest,
@@ -156,17 +158,17 @@ TEST_F(ExamplesTest, EngineSpeedRisesAndFalls) {
 TEST_F(ExamplesTest, WhatIsWrittenIsReadBack) {
   const auto instance = ByName(Select("engine.xml", "ENGINE"));
   EXPECT_EQ(Number(*instance, "IdleSpeed"), 850);
-  instance->Set("IdleSpeed", 900.0F);
-  instance->Set("SpeedLimit", 120.0F);
-  instance->Set("TorqueCorr", -7.5F);
-  instance->Set("Limiter", 1.0F);
-  instance->Set("Workshop", "AB-12");
-  instance->Set("FanTest", 2.0F);
+  tests::Await(instance->Set("IdleSpeed", 900.0F));
+  tests::Await(instance->Set("SpeedLimit", 120.0F));
+  tests::Await(instance->Set("TorqueCorr", -7.5F));
+  tests::Await(instance->Set("Limiter", 1.0F));
+  tests::Await(instance->Set("Workshop", "AB-12"));
+  tests::Await(instance->Set("FanTest", 2.0F));
   EXPECT_EQ(Number(*instance, "IdleSpeed"), 900);
   EXPECT_EQ(Number(*instance, "SpeedLimit"), 120);
   EXPECT_EQ(Number(*instance, "TorqueCorr"), -7.5);
-  EXPECT_EQ(instance->Get("Limiter"), base::Variant(true));
-  EXPECT_EQ(instance->Get("Workshop"), base::Variant("AB-12"));
+  EXPECT_EQ(tests::Await(instance->Get("Limiter")), base::Variant(true));
+  EXPECT_EQ(tests::Await(instance->Get("Workshop")), base::Variant("AB-12"));
   EXPECT_EQ(Number(*instance, "FanTest"), 2);
 }
 
@@ -174,7 +176,7 @@ TEST_F(ExamplesTest, AnIdleSpeedOutOfRangeIsRefused) {
   const auto instance = ByName(Select("engine.xml", "ENGINE"));
   for (const float speed : {590.0F, 1240.0F}) {
     try {
-      instance->Set("IdleSpeed", speed);
+      tests::Await(instance->Set("IdleSpeed", speed));
       ADD_FAILURE() << speed;
     } catch (const base::Failure& failure) {
       EXPECT_EQ(failure.Number(), 2012);
@@ -184,10 +186,10 @@ TEST_F(ExamplesTest, AnIdleSpeedOutOfRangeIsRefused) {
 
 TEST_F(ExamplesTest, IdentificationAnswersHoldTheirTexts) {
   const auto instance = ByName(Select("engine.xml", "ENGINE"));
-  EXPECT_EQ(instance->Get("PartNumber"), base::Variant("04E906023A"));
-  EXPECT_EQ(instance->Get("SoftwareDate"), base::Variant(20251107.0));
-  EXPECT_EQ(instance->Get("Calibration"), base::Variant("A517C042"));
-  EXPECT_EQ(instance->Get("Vin"), base::Variant("ZZZKORV0000000001"));
+  EXPECT_EQ(tests::Await(instance->Get("PartNumber")), base::Variant("04E906023A"));
+  EXPECT_EQ(tests::Await(instance->Get("SoftwareDate")), base::Variant(20251107.0));
+  EXPECT_EQ(tests::Await(instance->Get("Calibration")), base::Variant("A517C042"));
+  EXPECT_EQ(tests::Await(instance->Get("Vin")), base::Variant("ZZZKORV0000000001"));
 }
 
 TEST_F(ExamplesTest, UnitsOfTheAnsiFileAreReadAsCharacters) {
@@ -210,13 +212,13 @@ TEST_F(ExamplesTest, TheEngineFileIsStoredInAnsi) {
 TEST_F(ExamplesTest, FiveTroubleCodesComeInTwoAnswers) {
   const auto ecu = Select("engine.xml", "ENGINE");
   base::ByteBuffer answer;
-  ecu->Send(base::ByteBuffer::FromHex("17FF00"), answer);
+  tests::Await(ecu->Send(base::ByteBuffer::FromHex("17FF00"), answer));
   EXPECT_EQ(answer.ToHex(),
             "5705"
             "011660"
             "0171A0"
             "030020");
-  ecu->Send(base::ByteBuffer::FromHex("17FFFF"), answer);
+  tests::Await(ecu->Send(base::ByteBuffer::FromHex("17FFFF"), answer));
   EXPECT_EQ(answer.ToHex(),
             "5705"
             "042024"
@@ -227,7 +229,7 @@ TEST_F(ExamplesTest, TheBrakeFileLoadsItsCanMessaging) {
   const auto ecu = Select("abs.xml", "ABS");
   EXPECT_TRUE(session_->MessagingLoaded());
   EXPECT_EQ(ecu->Protocol(), "DiagOnCAN");
-  EXPECT_EQ(ByName(ecu)->Get("SerialNumber"), base::Variant("ABS00017"));
+  EXPECT_EQ(tests::Await(ByName(ecu)->Get("SerialNumber")), base::Variant("ABS00017"));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "base/Failure.h"
+#include "ecu/ecufile/XmlEcuFileCache.h"
 #include "model/KorvAsapFile.h"
 #include "tests/support/TempFolder.h"
 
@@ -31,7 +32,7 @@ class KorvAsapFileTest : public testing::Test {
     folder_.Write("description.xml", description);
     KorvAsapFile file = File(section);
     try {
-      file.ReadDescriptionFile();
+      file.ReadDescriptionFile(read_);
     } catch (const base::Failure& failure) {
       EXPECT_FALSE(file.IsDataExist("N"));
       return failure.Description();
@@ -42,7 +43,7 @@ class KorvAsapFileTest : public testing::Test {
   KorvAsapFile Loaded(const std::string& description) {
     folder_.Write("description.xml", description);
     KorvAsapFile file = File();
-    file.ReadDescriptionFile();
+    file.ReadDescriptionFile(read_);
     return file;
   }
 
@@ -53,6 +54,8 @@ class KorvAsapFileTest : public testing::Test {
   }
 
   tests::TempFolder folder_;
+  ecu::XmlEcuFileCache ecu_files_;
+  const FileContents::ReadEcuFile read_ = [this](const std::string& path) { return ecu_files_.Read(path); };
 };
 
 TEST_F(KorvAsapFileTest, LoadsFunctionAndShortNames) {
@@ -131,7 +134,7 @@ TEST_F(KorvAsapFileTest, NamesThatLeadOutOfTheFolderAreRefused) {
     EXPECT_NE(Load(std::string("<xml><ecu name='ENGINE' url='") + url + "'/></xml>"), "") << url;
   }
   KorvAsapFile file = File("ENGINE", "../description.xml");
-  EXPECT_THROW(file.ReadDescriptionFile(), base::Failure);
+  EXPECT_THROW(file.ReadDescriptionFile(read_), base::Failure);
 }
 
 TEST_F(KorvAsapFileTest, BackslashSeparatesFoldersInUrls) {
@@ -143,7 +146,7 @@ TEST_F(KorvAsapFileTest, BackslashSeparatesFoldersInUrls) {
 
 TEST_F(KorvAsapFileTest, MissingAndEmptyFilesAreFailures) {
   KorvAsapFile file = File("ENGINE", "missing.xml");
-  EXPECT_THROW(file.ReadDescriptionFile(), base::Failure);
+  EXPECT_THROW(file.ReadDescriptionFile(read_), base::Failure);
   EXPECT_NE(Load(""), "");
   EXPECT_NE(LoadEcuFile(""), "");
   EXPECT_NE(Load("<xml><ecu name='ENGINE' url='nowhere.xml'/></xml>"), "");
@@ -153,7 +156,7 @@ TEST_F(KorvAsapFileTest, ParserErrorCarriesItsCodeAndReason) {
   folder_.Write("description.xml", "<xml><ecu name='ENGINE' url='ecu.xml'></xml>");
   KorvAsapFile file = File();
   try {
-    file.ReadDescriptionFile();
+    file.ReadDescriptionFile(read_);
     FAIL() << "no failure";
   } catch (const base::Failure& failure) {
     EXPECT_EQ(failure.Number(), pugi::status_end_element_mismatch);
@@ -209,8 +212,8 @@ TEST_F(KorvAsapFileTest, AutoCanFileOutsideTheFolderIsRefused) {
 
 TEST_F(KorvAsapFileTest, ParsedEcuFileIsGivenAwayOnce) {
   KorvAsapFile file = Loaded("<xml><ecu name='ENGINE' url='ecu.xml'/></xml>");
-  EXPECT_NE(file.TakeEcuDocument(), nullptr);
-  EXPECT_EQ(file.TakeEcuDocument(), nullptr);
+  EXPECT_NE(file.TakeEcuFile(), nullptr);
+  EXPECT_EQ(file.TakeEcuFile(), nullptr);
 }
 
 }  // namespace

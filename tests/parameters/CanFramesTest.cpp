@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <array>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,8 +13,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 std::string DocumentOf(const std::string& frame) {
-  CanDocument document;
-  return document.Add(frame) ? document.Text() : "refused";
+  const auto read = ReadFrame(frame);
+  return read ? CanDocumentText(std::array{*read}) : "refused";
 }
 
 TEST(CanFramesTest, SplitsAtEverySemicolonAndKeepsEmptyPieces) {
@@ -22,14 +24,14 @@ TEST(CanFramesTest, SplitsAtEverySemicolonAndKeepsEmptyPieces) {
 }
 
 TEST(CanFramesTest, WithoutFramesTheElementIsEmpty) {
-  EXPECT_EQ(CanDocument().Text(), "<can><x i=\"0\"/></can>");
+  EXPECT_EQ(CanDocumentText({}), "<can><x i=\"0\"/></can>");
 }
 
 TEST(CanFramesTest, FramesStandAsPairsUnderOneElement) {
-  CanDocument document;
-  EXPECT_TRUE(document.Add("0000012301020304"));
-  EXPECT_TRUE(document.Add("000007DF"));
-  EXPECT_EQ(document.Text(),
+  const auto first = ReadFrame("0000012301020304");
+  const auto second = ReadFrame("000007DF");
+  ASSERT_TRUE(first && second);
+  EXPECT_EQ(CanDocumentText(std::array{*first, *second}),
             "<can><x i=\"0\"><i>291</i><s><d>01020304</d></s><i>2015</i><s><d/></s></x></can>");
 }
 

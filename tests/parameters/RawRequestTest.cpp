@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "parameters/RawRequest.h"
+#include "tests/support/Await.h"
 #include "tests/support/CommandBench.h"
 #include "tests/support/ErrorRecord.h"
 
@@ -29,7 +30,7 @@ class RawRequestTest : public testing::Test {
     };
   }
   std::string Send(const std::string& hex) {
-    return FailureOf([&] { request_.Send(*file_, hex); });
+    return FailureOf([&] { tests::Await(request_.Send(file_, hex)); });
   }
   std::string LastAnswer() {
     std::string answer;

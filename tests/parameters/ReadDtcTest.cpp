@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "base/Errand.h"
 #include "parameters/ReadDtc.h"
+#include "tests/support/Await.h"
 #include "tests/support/CommandBench.h"
 #include "tests/support/ErrorRecord.h"
 
@@ -29,7 +29,7 @@ class ReadDtcTest : public testing::Test {
 
   std::string Read() {
     std::int16_t count = 0;
-    const std::string failure = FailureOf([&] { count = read_.Read(*file_); });
+    const std::string failure = FailureOf([&] { count = tests::Await(read_.Read(file_)); });
     return failure == "none" ? std::to_string(count) : failure;
   }
   model::DtcStore& Store() { return file_->Dtcs(); }
@@ -116,13 +116,14 @@ TEST_F(ReadDtcTest, ContinuationThatBringsNothingEndsTheWalk) {
 
 TEST_F(ReadDtcTest, CommandThatIsCalledOffAsksForNoContinuation) {
   answers_ = {{0x57, 0x02, 0x12, 0x34, 0x20}, {0x57, 0x02, 0x56, 0x78, 0x20}};
-  base::Errand errand;
+  base::Job job;
   const auto send = bench_.engine->on_send;
   bench_.engine->on_send = [&](const base::ByteBuffer& request, base::ByteBuffer& answer) {
     send(request, answer);
-    errand.CallOff();
+    job.CallOff();
   };
-  Read();
+  tests::Awaited<std::int16_t> count;
+  job.Start(tests::Keep(read_.Read(file_), count));
   EXPECT_THAT(bench_.engine->sent, ElementsAre("17FF00"));
 }
 

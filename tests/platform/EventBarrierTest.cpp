@@ -10,8 +10,8 @@
 #include <gtest/gtest.h>
 
 #include "base/Failure.h"
-#include "platform/QtEventLoop.h"
 #include "platform/process/EventBarrier.h"
+#include "tests/support/WaitingQtLoop.h"
 
 namespace korval::platform {
 namespace {
@@ -37,7 +37,7 @@ class EventBarrierTest : public testing::Test {
   char name[5] = "test";
   char* arguments[2] = {name, nullptr};
   GuardedApplication<QCoreApplication> application{argument_count, arguments};
-  QtEventLoop loop;
+  tests::WaitingQtLoop loop;
   std::vector<std::string> reports;
 };
 

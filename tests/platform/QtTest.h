@@ -7,7 +7,7 @@
 #include <QCoreApplication>
 #include <gtest/gtest.h>
 
-#include "platform/QtEventLoop.h"
+#include "tests/support/WaitingQtLoop.h"
 
 namespace korval::platform {
 
@@ -34,7 +34,7 @@ class QtTest : public testing::Test {
   char name_[5] = "test";
   char* arguments_[2] = {name_, nullptr};
   QCoreApplication application_{argument_count_, arguments_};
-  QtEventLoop loop_;
+  tests::WaitingQtLoop loop_;
 };
 
 }  // namespace korval::platform

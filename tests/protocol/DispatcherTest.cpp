@@ -14,6 +14,7 @@
 #include "protocol/FieldCodec.h"
 #include "protocol/Frame.h"
 #include "protocol/Reply.h"
+#include "tests/support/Await.h"
 #include "tests/support/FakeServices.h"
 #include "tests/support/FakeStatusView.h"
 
@@ -49,7 +50,7 @@ class DispatcherTest : public ::testing::Test {
     log_.clear();
     handled_.clear();
     const ByteBuffer parameters = ByteBuffer::FromHex(parameters_hex);
-    return dispatcher_.Dispatch(code, parameters.View(), reply_);
+    return tests::Await(dispatcher_.Dispatch(code, parameters.View(), reply_));
   }
 
   std::string trace_;
@@ -297,7 +298,7 @@ TEST_F(DispatcherTest, AHandlersFailureIsTracedOnlyWithDebugTrace) {
 
 TEST_F(DispatcherTest, NoFailureOfAnyKindLeavesDispatch) {
   state_.Set(State::kFileSelected);
-  const std::vector<Dispatcher::Handler> handlers = {
+  const std::vector<Dispatcher::Immediate> handlers = {
       [](base::ByteView, ByteBuffer&) -> std::int32_t { throw std::runtime_error("x"); },
       [](base::ByteView, ByteBuffer&) -> std::int32_t { throw std::out_of_range("x"); },
       [](base::ByteView, ByteBuffer&) -> std::int32_t { throw std::bad_alloc(); },

@@ -350,7 +350,7 @@ TEST_F(SerialPathTest, FramesInsideFramesAreBounded) {
   });
   Arrive(Request(14).ToHex());
   EXPECT_GT(deepest, 1);
-  EXPECT_LE(deepest, SerialPath::kMaxNesting);
+  EXPECT_LE(deepest, SerialPath::kMostCommands);
   Written();
   AttachHandler(CommandCode::kGetParameter, [] {});
   bench_.loop.Advance(1s);

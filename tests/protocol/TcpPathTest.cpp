@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "base/Errand.h"
 #include "base/Failure.h"
+#include "base/Signal.h"
 #include "protocol/FieldCodec.h"
 #include "protocol/Frame.h"
 #include "protocol/TcpPath.h"
@@ -610,35 +610,62 @@ TEST_F(TcpPathTest, ManyClientsThatReplaceOneAnotherDoNotNest) {
   EXPECT_EQ(bench_.socket.TakeSent(), Replies{kWaitingReply});
 }
 
-TEST_F(TcpPathTest, TheCommandOfAClientThatIsReplacedOrLeavesIsCalledOff) {
+// A command that waits for the signal, and holds something for as long as it is under way.
+base::Task<std::int32_t> WaitFor(base::Signal& signal, std::shared_ptr<int>) {
+  co_await signal.Next();
+  co_return 0;
+}
+
+class WaitingCommandTest : public TcpPathTest {
+ protected:
+  WaitingCommandTest() {
+    bench_.server->dispatcher.Attach(CommandCode::kGetParameter, [this](base::ByteView, ByteBuffer&) {
+      return WaitFor(answered_, held_);
+    });
+    bench_.server->state.Set(State::kFileSelected);
+  }
+  bool IsUnderWay() const { return held_.use_count() > 2; }
+  void AnswerAll() {
+    bench_.loop.At(std::chrono::milliseconds(1), [this] { answered_.Raise(); });
+    bench_.loop.Advance(std::chrono::milliseconds(1));
+  }
+
+  std::shared_ptr<base::EventLoop> loop_{&bench_.loop, [](base::EventLoop*) {}};
+  base::Signal answered_{loop_};
+  std::shared_ptr<int> held_ = std::make_shared<int>();
+};
+
+TEST_F(WaitingCommandTest, IsCalledOffWhenItsClientIsReplacedOrLeaves) {
+  const std::shared_ptr<int> also_held = held_;
   const std::function<void()> departures[] = {
       [&] { bench_.socket.Connect(); }, [&] { bench_.socket.Leave(); }, [&] { bench_.server->tcp.Close(); }};
   for (const auto& depart : departures) {
-    std::vector<bool> wanted;
-    AttachWaiting(CommandCode::kGetParameter, [&] {
-      wanted.push_back(base::Errand::IsWanted());
-      bench_.loop.At(std::chrono::milliseconds(1), [&] {
-        depart();
-        wanted.push_back(base::Errand::IsWanted());  // another event
-      });
-      EXPECT_THROW(bench_.loop.RunUntil(base::TimePoint::max(), [] { return false; }), base::Failure);
-      wanted.push_back(base::Errand::IsWanted());
-    });
+    bench_.server->state.Set(State::kFileSelected);
     bench_.socket.Connect();
     Arrive(WaitingRequest());
-    EXPECT_EQ(wanted, (std::vector<bool>{true, true, false}));
-    EXPECT_TRUE(base::Errand::IsWanted());
+    EXPECT_TRUE(IsUnderWay());
+    depart();
+    EXPECT_FALSE(IsUnderWay());
+    AnswerAll();
+    EXPECT_EQ(bench_.socket.TakeSent(), Replies{});
   }
 }
 
-TEST_F(TcpPathTest, ASecondFrameOfTheSameClientCallsNothingOff) {
-  bool is_wanted = false;
-  AttachWaiting(CommandCode::kGetParameter, [&] {
-    Arrive(kSwitchRequest);
-    is_wanted = base::Errand::IsWanted();
-  });
+TEST_F(WaitingCommandTest, OfAClientThatIsReplacedHoldsUpNobody) {
   Arrive(WaitingRequest());
-  EXPECT_TRUE(is_wanted);
+  bench_.socket.Connect();
+  Arrive(kSwitchRequest);
+  EXPECT_EQ(bench_.socket.TakeSent(), Replies{kSwitchReply});
+}
+
+TEST_F(WaitingCommandTest, GoesOnWhenItsClientSendsASecondFrame) {
+  const std::shared_ptr<int> also_held = held_;
+  Arrive(WaitingRequest());
+  Arrive(kSwitchRequest);
+  EXPECT_TRUE(IsUnderWay());
+  AnswerAll();
+  EXPECT_FALSE(IsUnderWay());
+  EXPECT_EQ(bench_.socket.TakeSent().size(), 1U) << "the canned frame alone";
 }
 
 TEST_F(TcpPathTest, ASessionThatEndedWhileItsInitWaitedIsIdle) {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "protocol/FieldCodec.h"
+#include "tests/support/Await.h"
 
 namespace korval::tests {
 namespace {
@@ -58,14 +59,24 @@ CommandBench::CommandBench()
   get_set.AttachTo(dispatcher);
   extended.AttachTo(dispatcher);
   base::ByteBuffer reply;
-  diagnosis.CreateDiagnosisObject(reply);
+  Await(diagnosis.CreateDiagnosisObject(reply));
   state.Set(protocol::SessionState::State::kIdentify);
   TakeTrace();
 }
 
 Reply CommandBench::Run(protocol::CommandCode code, const Fields& fields) {
+  const auto dispatch = [](CommandBench& bench, protocol::CommandCode number, base::ByteView parameters,
+                           Reply& filled) -> base::Task<void> {
+    filled.status =
+        co_await bench.dispatcher.Dispatch(static_cast<std::int32_t>(number), parameters, filled.data);
+  };
   Reply reply;
-  reply.status = dispatcher.Dispatch(static_cast<std::int32_t>(code), fields.View(), reply.data);
+  base::Job job;
+  base::Job* const outer = std::exchange(command, &job);
+  if (!job.Start(dispatch(*this, code, fields.View(), reply))) {
+    loop.RunUntil(base::TimePoint::max(), [&] { return !job.IsUnderWay(); });
+  }
+  command = outer;
   return reply;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/ByteBuffer.h"
+#include "base/Job.h"
 #include "diag/DiagnosisObject.h"
 #include "diag/WindowsScript.h"
 #include "host/trace/StatusView.h"
@@ -21,6 +22,7 @@
 #include "parameters/GetSetParameter.h"
 #include "protocol/Dispatcher.h"
 #include "tests/support/FakeSession.h"
+#include "tests/support/ManualEventLoop.h"
 #include "tests/support/RecordingListView.h"
 #include "tests/support/TempFolder.h"
 
@@ -40,7 +42,10 @@ class Fields {
 };
 
 struct Reply {
-  std::int32_t status = 0;
+  /// Of a command that was called off.
+  static constexpr std::int32_t kNone = -1;
+
+  std::int32_t status = kNone;
   base::ByteBuffer data;
 };
 
@@ -70,7 +75,7 @@ class CommandBench {
   class Services : public protocol::SessionServices {
    public:
     explicit Services(CommandBench& bench) : bench_(bench) {}
-    bool CreateDiagnosisObject(base::ByteBuffer& reply) override {
+    base::Task<bool> CreateDiagnosisObject(base::ByteBuffer& reply) override {
       return bench_.diagnosis.CreateDiagnosisObject(reply);
     }
     void ClearAcquiredDataView() override { bench_.data_view.Clear(); }
@@ -87,6 +92,8 @@ class CommandBench {
 
  public:
   TempFolder folder;
+  ManualEventLoop loop;
+  base::Job* command = nullptr;  // that is being run
   std::shared_ptr<FakeSession> session = std::make_shared<FakeSession>();
   std::shared_ptr<FakeEcu> engine = session->AddEcu("MOTOR", "Engine control", "KWP2000");
   host::TextTerminal terminal{[this](std::string_view text) { trace_ += text; }};

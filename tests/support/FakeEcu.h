@@ -7,7 +7,10 @@
 #include <utility>
 #include <vector>
 
+#include "base/Job.h"
 #include "diag/viator3.h"
+#include "ecu/kwp2000/Kwp2000Dialect.h"
+#include "ecu/service/ReadTroubleCodes.h"
 #include "tests/support/FakeRequest.h"
 
 namespace korval::tests {
@@ -28,19 +31,36 @@ class FakeEcu : public viator3::Ecu {
   const std::string& Name() const override { return name_; }
   const std::string& Protocol() const override { return protocol_; }
   bool Initialised() const override { return initialised; }
-  void Initialise() override {
+  viator3::Features Features() const override {
+    const bool on_can = protocol_ == "DiagOnCAN";
+    return {.initialisation = function_ != "CAN",
+            .identification = on_can || protocol_ == "KWP2000",
+            .needs_messaging = on_can};
+  }
+  base::Task<void> Initialise() override {
     ++initialisations;
-    if (on_initialise) on_initialise();
+    co_await base::Blocking([this] {
+      if (on_initialise) on_initialise();
+    });
     initialised = true;
   }
-  void Reinitialise() override {
+  base::Task<void> Reinitialise() override {
     ++reinitialisations;
-    if (on_reinitialise) on_reinitialise();
+    co_await base::Blocking([this] {
+      if (on_reinitialise) on_reinitialise();
+    });
   }
-  void Send(const base::ByteBuffer& request, base::ByteBuffer& answer) override {
+  base::Task<void> Send(const base::ByteBuffer& request, base::ByteBuffer& answer) override {
     sent.push_back(request.ToHex());
-    if (on_send) on_send(request, answer);
+    co_await base::Blocking([&] {
+      if (on_send) on_send(request, answer);
+    });
   }
+  base::Task<void> ReadTroubleCodes(viator3::TroubleCodeListener& listener) override {
+    return ecu::ReadTroubleCodes(ecu::Kwp2000().ReadTroubleCodes(), listener,
+                                 [this](base::ByteBuffer request) { return Ask(std::move(request)); });
+  }
+  base::Task<viator3::Exchange> ReadIdentification() override { return Ask(ecu::Kwp2000().Identification()); }
   const Requests& RequestList() override { return requests_; }
   const std::vector<std::string>& ReferenceData() override { return reference_data; }
   std::shared_ptr<viator3::DataItem> FindAnswerItem(const std::string& name) override {
@@ -51,9 +71,11 @@ class FakeEcu : public viator3::Ecu {
     }
     return nullptr;
   }
-  void LoadMessaging(const std::string& path) override {
+  base::Task<void> LoadMessaging(std::string path) override {
     messaging.push_back(path);
-    if (on_load_messaging) on_load_messaging();
+    co_await base::Blocking([this] {
+      if (on_load_messaging) on_load_messaging();
+    });
   }
 
   bool initialised = false;
@@ -68,6 +90,16 @@ class FakeEcu : public viator3::Ecu {
   std::vector<std::string> messaging;
 
  private:
+  base::Task<viator3::Exchange> Ask(base::ByteBuffer request) {
+    viator3::Exchange exchange{std::move(request), {}, {}};
+    try {
+      co_await Send(exchange.request, exchange.answer);
+    } catch (const base::Failure& failure) {
+      exchange.failure = failure;
+    }
+    co_return exchange;
+  }
+
   std::string function_;
   std::string name_;
   std::string protocol_;

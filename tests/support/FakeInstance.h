@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "base/Job.h"
 #include "diag/viator3.h"
 
 namespace korval::tests {
@@ -21,12 +22,16 @@ class FakeInstance : public viator3::InstanceObject {
     protocol = std::move(ecu);
   }
   void SetNameResolver(NameResolver new_resolver) override { resolver = std::move(new_resolver); }
-  base::Variant Get(const std::string& name) override {
-    if (on_access) on_access();
-    return std::as_const(values).at(Resolved(name));
+  base::Task<base::Variant> Get(std::string name) override {
+    co_await base::Blocking([this] {
+      if (on_access) on_access();
+    });
+    co_return std::as_const(values).at(Resolved(name));
   }
-  void Set(const std::string& name, const base::Variant& value) override {
-    if (on_access) on_access();
+  base::Task<void> Set(std::string name, base::Variant value) override {
+    co_await base::Blocking([this] {
+      if (on_access) on_access();
+    });
     values[Resolved(name)] = value;
   }
 

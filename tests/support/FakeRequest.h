@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "base/Job.h"
 #include "diag/viator3.h"
 #include "tests/support/FakeDataItem.h"
 
@@ -32,9 +33,12 @@ class FakeRequest : public viator3::Request, public std::enable_shared_from_this
   }
 
   const std::string& Name() const override { return name_; }
-  void Execute() override {
+  base::Task<void> Execute() override {
+    const auto held = shared_from_this();
     ++executions;
-    if (on_execute) on_execute();
+    co_await base::Blocking([this] {
+      if (on_execute) on_execute();
+    });
   }
   const Items& Data() const override { return data_; }
   const Items& Parameters() const override { return parameters_; }

@@ -17,10 +17,10 @@ class FakeServices : public protocol::SessionServices {
   std::function<bool(base::ByteBuffer& reply)> create = [](base::ByteBuffer&) { return true; };
   bool has_diagnosis_object = false;
 
-  bool CreateDiagnosisObject(base::ByteBuffer& reply) override {
+  base::Task<bool> CreateDiagnosisObject(base::ByteBuffer& reply) override {
     log_.emplace_back("CreateDiagnosisObject");
-    has_diagnosis_object = create(reply);
-    return has_diagnosis_object;
+    co_await base::Blocking([&] { has_diagnosis_object = create(reply); });
+    co_return has_diagnosis_object;
   }
   void ClearAcquiredDataView() override { log_.emplace_back("ClearAcquiredDataView"); }
   void EndSession() override {

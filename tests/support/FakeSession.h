@@ -8,7 +8,9 @@
 #include <vector>
 
 #include "base/Failure.h"
+#include "base/Job.h"
 #include "diag/viator3.h"
+#include "ecu/ecufile/XmlEcuFileCache.h"
 #include "tests/support/FakeEcu.h"
 #include "tests/support/FakeInstance.h"
 
@@ -31,19 +33,26 @@ class FakeSession : public viator3::Session {
   }
 
   std::string Port() const override { return port; }
-  void SetPort(const std::string& new_port) override {
+  base::Task<void> SetPort(std::string new_port) override {
     log.push_back("Port=" + new_port);
-    if (on_set_port) on_set_port(new_port);
+    co_await base::Blocking([&] {
+      if (const auto hook = on_set_port) hook(new_port);
+    });
   }
-  void Close() override {
+  base::Task<void> Close() override {
     log.emplace_back("Close");
-    if (on_close) on_close();
+    co_await base::Blocking([this] {
+      if (const auto hook = on_close) hook();
+    });
   }
   void SetLanguage(const std::string& language) override { log.push_back("Language=" + language); }
   void SetErrorsFile(const std::string& path) override { log.push_back("ErrorsFile=" + path); }
-  void OfferEcuFile(const std::string& path, base::XmlDocument document) override {
-    log.push_back("OfferEcuFile=" + path);
-    offered = std::move(document);
+  std::shared_ptr<const viator3::EcuFile> ReadEcuFile(const std::string& path) override {
+    return files_.Read(path);
+  }
+  void OfferEcuFile(const std::shared_ptr<const viator3::EcuFile>& file) override {
+    log.push_back("OfferEcuFile=" + file->Path());
+    offered = file;
   }
   std::shared_ptr<viator3::Ecu> EcuByFunction(const std::string& function) override {
     for (const auto& ecu : ecus_) {
@@ -53,8 +62,10 @@ class FakeSession : public viator3::Session {
   }
   std::vector<std::shared_ptr<viator3::Ecu>> Ecus() const override { return ecus_; }
   bool MessagingLoaded() const override { return messaging_loaded; }
-  void SendFrames(pugi::xml_document& frames) override {
-    if (on_send_frames) on_send_frames(frames);
+  base::Task<void> SendFrames(std::span<const viator3::CanFrame> frames) override {
+    co_await base::Blocking([&] {
+      if (on_send_frames) on_send_frames(frames);
+    });
   }
   std::shared_ptr<viator3::InstanceObject> CreateInstance(const std::string& prog_id) override {
     log.push_back("CreateInstance=" + prog_id);
@@ -65,13 +76,14 @@ class FakeSession : public viator3::Session {
   std::string port = "COM7";
   bool messaging_loaded = false;
   std::shared_ptr<FakeInstance> instance = std::make_shared<FakeInstance>();
-  base::XmlDocument offered;
+  std::shared_ptr<const viator3::EcuFile> offered;
   std::function<void(const std::string&)> on_set_port;
   std::function<void()> on_close;
-  std::function<void(pugi::xml_document&)> on_send_frames;
+  std::function<void(std::span<const viator3::CanFrame>)> on_send_frames;
   std::vector<std::string> log;
 
  private:
+  ecu::XmlEcuFileCache files_;
   std::vector<std::shared_ptr<viator3::Ecu>> ecus_;
 };
 

@@ -4,8 +4,6 @@
 #include <algorithm>
 #include <optional>
 
-#include "base/Errand.h"
-
 namespace korval::tests {
 
 class ManualTimer : public base::Timer {
@@ -88,14 +86,28 @@ bool ManualEventLoop::FireNext(base::TimePoint until) {
   now_ = std::max(now_, std::get<0>(next->first));
   const std::function<void()> event = std::move(next->second);
   events_.erase(next);
+  ++handled_;
+  const auto over = std::shared_ptr<void>(nullptr, [this](void*) { --handled_; });
   event();
+  RunDeferred();
   return true;
 }
 
+void ManualEventLoop::Defer(std::function<void()> step) {
+  deferred_.push_back(std::move(step));
+  if (handled_ == 0) Schedule(now_, Rank::kEvent, [] {});
+}
+
+void ManualEventLoop::RunDeferred() {
+  while (!deferred_.empty()) {
+    const std::function<void()> step = std::move(deferred_.front());
+    deferred_.pop_front();
+    step();
+  }
+}
+
 bool ManualEventLoop::RunUntil(base::TimePoint deadline, const std::function<bool()>& done) {
-  const base::Errand::Wait wait;
   while (!done()) {
-    wait.RequireWanted();
     if (!FireNext(deadline)) {
       now_ = std::max(now_, deadline);
       return done();

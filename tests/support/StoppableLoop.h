@@ -24,9 +24,7 @@ class StoppableLoop : public base::EventLoop {
   std::unique_ptr<base::Deadline> CreateDeadline(std::function<void()> passed) override {
     return std::make_unique<StoppableDeadline>(*this, std::move(passed));
   }
-  bool RunUntil(base::TimePoint deadline, const std::function<bool()>& done) override {
-    return clock_->RunUntil(deadline, done);
-  }
+  void Defer(std::function<void()> step) override { clock_->Defer(std::move(step)); }
 
   void Stop(base::Duration span) {
     going_on_ = Now() + span;

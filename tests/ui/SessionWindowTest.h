@@ -24,20 +24,25 @@
 
 namespace korval::tests {
 
-/// Tells when an ECU is waited for.
+/// Tells when an ECU is waited for: a time is set for its answer then.
 class WatchedLoop : public platform::QtEventLoop {
  public:
-  bool RunUntil(base::TimePoint deadline, const std::function<bool()>& done) override {
-    if (on_wait) QTimer::singleShot(0, qApp, std::exchange(on_wait, nullptr));
-    ++waits;
-    const bool is_done = QtEventLoop::RunUntil(deadline, done);
-    --waits;
-    return is_done;
+  std::unique_ptr<base::Timer> CreateTimer(std::function<void()> fire) override {
+    Notice();
+    return QtEventLoop::CreateTimer(std::move(fire));
+  }
+  std::unique_ptr<base::Deadline> CreateDeadline(std::function<void()> passed) override {
+    Notice();
+    return QtEventLoop::CreateDeadline(std::move(passed));
   }
 
-  /// Called once, from within the wait.
+  /// Called once, as an event during the wait.
   std::function<void()> on_wait;
-  int waits = 0;
+
+ private:
+  void Notice() {
+    if (on_wait) QTimer::singleShot(0, qApp, std::exchange(on_wait, nullptr));
+  }
 };
 
 /// The control on a real window, with a real socket and a session of ours. The description file is

@@ -173,7 +173,7 @@ TEST_F(WindowSessionTest, ClosingTheWindowInTheMiddleOfAManualReadEndsIt) {
   client.SetAcquisition(lun, 100, {"N"});
   loop_->on_wait = [this] { control_.reset(); };
   Find<QPushButton>("ReadData").click();
-  EXPECT_EQ(control_, nullptr);
+  EXPECT_TRUE(RunUntil([this] { return control_ == nullptr; }));
 }
 
 TEST_F(WindowSessionTest, AManualReadInTheMiddleOfAWaitingCommandLeavesTheServerServing) {

@@ -10,6 +10,7 @@
 #include "ControlAssembly.h"
 #include "host/settings/ServerSettings.h"
 #include "host/trace/TraceConsole.h"
+#include "platform/process/RunWhile.h"
 #include "platform/process/StopSignals.h"
 #include "window/SharedFolder.h"
 
@@ -57,6 +58,8 @@ int WindowedServer::Run() {
   const platform::StopSignals stop([this] { window_->close(); });
   window_->show();
   QApplication::exec();
+  window_.reset();
+  platform::RunWhile(parts_.is_taking_leave);
   return status_;
 }
 

@@ -10,8 +10,8 @@
 #include <gmock/gmock.h>
 
 #include "WidgetTest.h"
-#include "platform/QtEventLoop.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/WaitingQtLoop.h"
 #include "window/WindowedServer.h"
 
 namespace korval::apps {
@@ -38,7 +38,7 @@ class FirstStartTest : public tests::WidgetTest {
   }
   std::string TraceWith(const char* text) {
     const auto* terminal = Find<QPlainTextEdit>("txtTerm");
-    platform::QtEventLoop loop;
+    WaitingQtLoop loop;
     loop.RunUntil(loop.Now() + std::chrono::seconds(60),
                   [&] { return terminal->toPlainText().contains(QString::fromUtf8(text)); });
     return terminal->toPlainText().toStdString();

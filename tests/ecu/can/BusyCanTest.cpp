@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/ecu/can/CanBench.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
 #include "tests/support/StoppableLoop.h"
 
 namespace korval::ecu {
@@ -60,12 +62,12 @@ TEST_P(BusyCanTest, AStopAtAnyMomentLosesNothing) {
         return std::make_unique<StoppableBus>(loop, bench.bus.Open());
       };
       bench.session = CreateSession(environment);
-      bench.session->SetPort(bench.session->Port());
-      bench.session->OfferEcuFile("abs.xml", base::LoadXmlText(bench.text, "abs.xml"));
+      tests::Await(bench.session->SetPort(bench.session->Port()));
+      bench.session->OfferEcuFile(tests::EcuFileOf("abs.xml", base::LoadXmlText(bench.text, "abs.xml")));
       bench.loop->At(moment, [&] { loop->Stop(span); });
       ASSERT_EQ(bench.Send(row.request).substr(0, 4), row.answer)
           << "stopped after " << moment.count() << " us for " << span.count() << " ms: " << bench.description;
-      bench.session->Close();
+      tests::Await(bench.session->Close());
     }
   }
 }

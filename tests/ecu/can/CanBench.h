@@ -12,6 +12,8 @@
 #include "ecu/session/SessionFactory.h"
 #include "ecu/simulation/IsoTpEcu.h"
 #include "tests/ecu/can/ModelCanBus.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
 
 namespace korval::ecu {
 
@@ -36,8 +38,8 @@ class CanBench {
       : text("<xml><qor:Target><Function " + attributes + "/><Requests>" + kRequests +
              "</Requests></qor:Target>" + simulation + "</xml>") {
     ConnectEcu();
-    session->SetPort(session->Port());
-    session->OfferEcuFile("abs.xml", base::LoadXmlText(text, "abs.xml"));
+    tests::Await(session->SetPort(session->Port()));
+    session->OfferEcuFile(tests::EcuFileOf("abs.xml", base::LoadXmlText(text, "abs.xml")));
   }
 
   void ConnectEcu() {
@@ -64,7 +66,7 @@ class CanBench {
   std::string Send(const std::string& hex) {
     base::ByteBuffer answer;
     try {
-      Abs()->Send(base::ByteBuffer::FromHex(hex), answer);
+      tests::Await(Abs()->Send(base::ByteBuffer::FromHex(hex), answer));
       return answer.ToHex();
     } catch (const base::Failure& failure) {
       description = failure.Description();

@@ -9,6 +9,8 @@
 
 #include "ecu/session/FrameRequest.h"
 #include "tests/ecu/can/CanBench.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
 #include "tests/support/TempFolder.h"
 
 namespace korval::ecu {
@@ -30,7 +32,7 @@ class CanFunctionTest : public testing::Test {
  protected:
   void Load(const std::string& name, const std::string& content) {
     folder.Write(name, content);
-    Can()->LoadMessaging(folder.Path(name));
+    tests::Await(Can()->LoadMessaging(folder.Path(name)));
   }
   std::shared_ptr<viator3::Ecu> Can() { return bench.session->EcuByFunction("CAN"); }
   /// The item's text after its request was executed, or the failure's number.
@@ -38,7 +40,7 @@ class CanFunctionTest : public testing::Test {
     const auto item = Can()->FindAnswerItem(name);
     if (!item) return "none";
     try {
-      item->OwningRequest()->Execute();
+      tests::Await(item->OwningRequest()->Execute());
       return item->Text();
     } catch (const base::Failure& failure) {
       bench.description = failure.Description();
@@ -49,7 +51,7 @@ class CanFunctionTest : public testing::Test {
     pugi::xml_document document;
     document.load_string(("<can>" + x + "</can>").c_str());
     try {
-      bench.session->SendFrames(document);
+      tests::Await(bench.session->SendFrames(tests::FramesIn(document)));
       bench.loop->Advance(milliseconds(10));
       return 0;
     } catch (const base::Failure& failure) {
@@ -143,7 +145,7 @@ TEST_F(CanFunctionTest, ItemsOfAFrameThatChangedInTheFileGoOnAsTheyWere) {
   Load("bus.dbc", changed);
   EXPECT_EQ(Read("Speed"), "24.68") << "with the frame that came in before";
   bench.bus.InjectHex(416, "0100000000000000");
-  request->Execute();
+  tests::Await(request->Execute());
   EXPECT_EQ(before->Text(), "0.01");
   EXPECT_EQ(Read("Speed"), "0.02");
   Load("bus.dbc", "BO_ 1 Other: 8 X\n SG_ Else : 0|8@1+ (1,0) [0|0] \"\" X\n");
@@ -167,9 +169,10 @@ TEST_F(CanFunctionTest, ReadingByNameWaitsForTheFirstFrameForItsCycle) {
   const auto instance = bench.session->CreateInstance("qor4inst.can");
   instance->SetProtocol(Can());
   bench.loop->At(milliseconds(390), [this] { bench.bus.InjectHex(416, "D204000000000000"); });
-  EXPECT_EQ(instance->Get("Speed"), base::Variant(12.34));
+  EXPECT_EQ(tests::Await(instance->Get("Speed")), base::Variant(12.34));
   EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(390)));
-  EXPECT_EQ(instance->Get("Speed"), base::Variant(12.34)) << "one that is there is not waited for";
+  EXPECT_EQ(tests::Await(instance->Get("Speed")), base::Variant(12.34))
+      << "one that is there is not waited for";
   EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(390)));
 }
 
@@ -179,7 +182,7 @@ TEST_F(CanFunctionTest, ReadingByNameGivesUpAfterTheCycleOrASecond) {
   instance->SetProtocol(Can());
   const auto number = [&](const char* name) {
     try {
-      instance->Get(name);
+      tests::Await(instance->Get(name));
       return 0;
     } catch (const base::Failure& failure) {
       return failure.Number();
@@ -189,7 +192,7 @@ TEST_F(CanFunctionTest, ReadingByNameGivesUpAfterTheCycleOrASecond) {
   EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(400) + FrameRequest::kJitter));
   EXPECT_EQ(number("Oil"), 2000) << "nothing says how often this one comes";
   EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(1400) + 2 * FrameRequest::kJitter));
-  bench.loop->At(milliseconds(10), [this] { bench.session->Close(); });
+  bench.loop->At(milliseconds(10), [this] { tests::Await(bench.session->Close()); });
   EXPECT_EQ(number("Speed"), 1000);
 }
 
@@ -213,7 +216,7 @@ TEST_F(CanFunctionTest, SignalsAreReadOnly) {
 TEST_F(CanFunctionTest, LeavingTheBusForgetsItsFrames) {
   Load("bus.dbc", kDbc);
   bench.bus.InjectHex(416, "D204000000000000");
-  bench.session->SetPort("CAN:model:can0");
+  tests::Await(bench.session->SetPort("CAN:model:can0"));
   EXPECT_EQ(Read("Speed"), "2000");
   bench.bus.InjectHex(416, "D204000000000000");
   EXPECT_EQ(Read("Speed"), "12.34");
@@ -225,11 +228,11 @@ TEST_F(CanFunctionTest, MessagingFileGivesIdentifiersTimingAndBitrate) {
   folder.Write("messaging.xml",
                "<xml><messaging Bitrate='250000'><Diagnostic Function='ABS' RequestId='740' ResponseId='760' "
                "Padding='AA' StMinUs='500' BlockSize='4'/></messaging></xml>");
-  other.session->EcuByFunction("CAN")->LoadMessaging(folder.Path("messaging.xml"));
+  tests::Await(other.session->EcuByFunction("CAN")->LoadMessaging(folder.Path("messaging.xml")));
   other.loop->At(milliseconds(1), [&] { other.bus.InjectHex(0x760, "1008610100010203"); });
   EXPECT_EQ(other.Send("2101"), "2000");
   EXPECT_THAT(other.bus.log, ElementsAre("740#022101AAAAAAAAAA", "740#3004F5AAAAAAAAAA"));
-  other.session->SetPort("CAN:model:can0");
+  tests::Await(other.session->SetPort("CAN:model:can0"));
   EXPECT_EQ(other.bitrates, (std::vector<std::int32_t>{500000, 250000, 250000}))
       << "an interface opened later has the bit rate from the start";
 }
@@ -253,8 +256,9 @@ TEST_F(CanFunctionTest, SingleFramesThatCannotGoOutSayWhy) {
   bench.bus.SetQueue(0);
   EXPECT_EQ(SendFrames("<x><i>1</i><s><d>00</d></s></x>"), 1015);
   EXPECT_THAT(bench.description, HasSubstr("the transmit queue of the CAN interface stayed full"));
-  EXPECT_EQ(SendFramesAnd("<x><i>1</i><s><d>00</d></s></x>", [&] { bench.session->Close(); }), 1000);
-  bench.session->SetPort("CAN:model:can0");
+  EXPECT_EQ(SendFramesAnd("<x><i>1</i><s><d>00</d></s></x>", [&] { tests::Await(bench.session->Close()); }),
+            1000);
+  tests::Await(bench.session->SetPort("CAN:model:can0"));
   bench.bus.Unplug();
   EXPECT_EQ(SendFrames("<x><i>1</i><s><d>00</d></s></x>"), 1000);
   EXPECT_THAT(bench.description, HasSubstr("unplugged"));
@@ -264,7 +268,7 @@ TEST_F(CanFunctionTest, SingleFramesThatCannotGoOutSayWhy) {
 TEST_F(CanFunctionTest, PortsThatNameNoBusOrCannotBeOpenedAre1002) {
   for (const char* port : {"CAN:", "CAN:socketcan", "CAN:socketcan:"}) {
     try {
-      bench.session->SetPort(port);
+      tests::Await(bench.session->SetPort(port));
       ADD_FAILURE() << port;
     } catch (const base::Failure& failure) {
       EXPECT_EQ(failure.Number(), 1002);
@@ -273,7 +277,7 @@ TEST_F(CanFunctionTest, PortsThatNameNoBusOrCannotBeOpenedAre1002) {
   }
   bench.bus.Unplug();
   try {
-    bench.session->SetPort("CAN:model:can0");
+    tests::Await(bench.session->SetPort("CAN:model:can0"));
     ADD_FAILURE() << "an unplugged adapter was opened";
   } catch (const base::Failure& failure) {
     EXPECT_EQ(failure.Number(), 1002);

@@ -10,6 +10,8 @@
 
 #include "ecu/can/SharedCanBus.h"
 #include "tests/ecu/can/CanBench.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
 
 namespace korval::ecu {
 namespace {
@@ -60,9 +62,9 @@ TEST(CanLinkTest, ValuesAreReadAndWrittenByName) {
   CanBench bench;
   const auto instance = bench.session->CreateInstance("qor4inst.abs");
   instance->SetProtocol(bench.Abs());
-  EXPECT_EQ(instance->Get("Speed"), base::Variant(12.5));
-  instance->Set("Text", std::string("written in seven frames of a request.."));
-  EXPECT_EQ(instance->Get("Text"), base::Variant("written in seven frames of a request.."));
+  EXPECT_EQ(tests::Await(instance->Get("Speed")), base::Variant(12.5));
+  tests::Await(instance->Set("Text", std::string("written in seven frames of a request..")));
+  EXPECT_EQ(tests::Await(instance->Get("Text")), base::Variant("written in seven frames of a request.."));
 }
 
 TEST(CanLinkTest, ExtendedAddressingWith29BitIdentifiersAndWithoutPadding) {
@@ -135,14 +137,14 @@ TEST(CanLinkTest, IdentifiersThatNobodyKnowsAre1002) {
 
 TEST(CanLinkTest, AddressingThatIsNotUnderstoodIs1002) {
   CanBench bench;
-  bench.session->OfferEcuFile(
+  bench.session->OfferEcuFile(tests::EcuFileOf(
       "other.xml",
       base::LoadXmlText("<xml><qor:Target><Function Name='OTHER' RequestId='7E1' ResponseId='7E9' "
                         "Addressing='mixd'/></qor:Target></xml>",
-                        "other.xml"));
+                        "other.xml")));
   base::ByteBuffer answer;
   try {
-    bench.session->EcuByFunction("OTHER")->Send({0x21, 0x01}, answer);
+    tests::Await(bench.session->EcuByFunction("OTHER")->Send({0x21, 0x01}, answer));
     ADD_FAILURE() << "sent";
   } catch (const base::Failure& failure) {
     EXPECT_EQ(failure.Number(), 1002);
@@ -226,7 +228,7 @@ TEST(CanLinkTest, BusOffIs1015AllTheTimeHoweverOftenTheAdapterIsOpened) {
 TEST(CanLinkTest, AdapterThatIsStillConnectingIsWaitedFor) {
   CanBench bench;
   bench.bus.SetNotReady();
-  bench.session->SetPort("CAN:model:can0");
+  tests::Await(bench.session->SetPort("CAN:model:can0"));
   bench.loop->At(milliseconds(500), [&] { bench.bus.RaiseRecovered(); });
   EXPECT_EQ(bench.Send("2101"), "61010019");
   EXPECT_GT(bench.bus.times.front(), base::TimePoint(milliseconds(500)));
@@ -235,7 +237,7 @@ TEST(CanLinkTest, AdapterThatIsStillConnectingIsWaitedFor) {
 TEST(CanLinkTest, AdapterThatNeverConnectsIs1000) {
   CanBench bench;
   bench.bus.SetNotReady();
-  bench.session->SetPort("CAN:model:can0");
+  tests::Await(bench.session->SetPort("CAN:model:can0"));
   bench.loop->At(seconds(2), [&] { bench.bus.Unplug(); });
   EXPECT_EQ(bench.Send("2101"), "1000");
   EXPECT_EQ(bench.loop->Now(), base::TimePoint(seconds(2)));
@@ -300,16 +302,16 @@ TEST(CanLinkTest, QueueThatIsFullForAWhileOnlyDelaysARequest) {
 TEST(CanLinkTest, ClosedSessionLeavesTheBus) {
   CanBench bench;
   bench.Send("2101");
-  bench.session->Close();
+  tests::Await(bench.session->Close());
   EXPECT_EQ(bench.Send("2101"), "1000");
   EXPECT_EQ(bench.bus.log.size(), 2U);
-  bench.session->SetPort("CAN:model:can0");
+  tests::Await(bench.session->SetPort("CAN:model:can0"));
   EXPECT_EQ(bench.Send("2101"), "61010019");
 }
 
 TEST(CanLinkTest, SessionClosedInsideAWaitEndsIt) {
   CanBench bench;
-  bench.loop->At(microseconds(300), [&] { bench.session->Close(); });
+  bench.loop->At(microseconds(300), [&] { tests::Await(bench.session->Close()); });
   EXPECT_EQ(bench.Send("2102"), "1000");
   bench.loop->Advance(seconds(10));
   EXPECT_THAT(bench.bus.log, testing::Not(Contains(HasSubstr("7E0#30"))));
@@ -371,15 +373,15 @@ class OneEcuTwoFilesTest : public testing::Test {
     return "Name='" + name + "' RequestId='7E0' ResponseId='7E8' " + attributes;
   }
   void OfferSecond(const std::string& attributes) {
-    bench.session->OfferEcuFile(
+    bench.session->OfferEcuFile(tests::EcuFileOf(
         "abs2.xml", base::LoadXmlText("<xml><qor:Target><Function " + Attributes("ABS2", attributes) +
                                           "/></qor:Target></xml>",
-                                      "abs2.xml"));
+                                      "abs2.xml")));
   }
   std::string SendBySecond(const std::string& hex) {
     base::ByteBuffer answer;
     try {
-      bench.session->EcuByFunction("ABS2")->Send(base::ByteBuffer::FromHex(hex), answer);
+      tests::Await(bench.session->EcuByFunction("ABS2")->Send(base::ByteBuffer::FromHex(hex), answer));
       return answer.ToHex();
     } catch (const base::Failure& failure) {
       return std::to_string(failure.Number());
@@ -437,7 +439,7 @@ TEST_F(OneEcuTwoFilesTest, FileThatChangedSharesTheLinkWithTheOneBefore) {
   const auto before = bench.Abs();
   EXPECT_EQ(bench.Send("2101"), "61010019");
   std::string changed = bench.text;
-  bench.session->OfferEcuFile("changed.xml", base::LoadXmlText(changed, "changed.xml"));
+  bench.session->OfferEcuFile(tests::EcuFileOf("changed.xml", base::LoadXmlText(changed, "changed.xml")));
   EXPECT_NE(bench.Abs(), before);
   EXPECT_EQ(bench.Send("2101"), "61010019");
   bench.bus.log.clear();
@@ -447,13 +449,13 @@ TEST_F(OneEcuTwoFilesTest, FileThatChangedSharesTheLinkWithTheOneBefore) {
 
 TEST(CanLinkTest, TwoFunctionsShareOneBus) {
   CanBench bench;
-  bench.session->OfferEcuFile(
+  bench.session->OfferEcuFile(tests::EcuFileOf(
       "asr.xml", base::LoadXmlText("<xml><qor:Target><Function Name='ASR' RequestId='7E1' ResponseId='7E9' "
                                    "KeepAliveMs='0'/></qor:Target></xml>",
-                                   "asr.xml"));
+                                   "asr.xml")));
   base::ByteBuffer answer;
   bench.loop->At(microseconds(600), [&] { bench.bus.InjectHex(0x7E9, "037F2112"); });
-  EXPECT_THROW(bench.session->EcuByFunction("ASR")->Send({0x21, 0x01}, answer), base::Failure);
+  EXPECT_THROW(tests::Await(bench.session->EcuByFunction("ASR")->Send({0x21, 0x01}, answer)), base::Failure);
   EXPECT_EQ(answer.ToHex(), "7F2112");
   EXPECT_EQ(bench.Send("2101"), "61010019");
   EXPECT_EQ(bench.bus.opened, 2) << "one for the session, one for the simulated ECU";

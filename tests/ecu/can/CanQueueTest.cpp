@@ -11,6 +11,8 @@
 
 #include "ecu/can/SharedCanBus.h"
 #include "tests/ecu/can/CanBench.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
 
 namespace korval::ecu {
 namespace {
@@ -79,7 +81,7 @@ TEST_F(CanQueueTest, FiveHundredSingleFramesGoOutInOrderAtFullRate) {
     x.append_child("i").text() = 0x100 + i;
     x.append_child("s").append_child("d").text() = "0102030405060708";
   }
-  bench.session->SendFrames(document);
+  tests::Await(bench.session->SendFrames(tests::FramesIn(document)));
   EXPECT_GE(bench.bus.log.size(), 500U - kQueue - 1) << "the last ones stand in the adapter's queue";
   bench.loop->Advance(std::chrono::milliseconds(10));
   ExpectUsed(500);
@@ -100,7 +102,7 @@ TEST_F(CanQueueTest, RequestsGoOutAmongSingleFramesThatWait) {
   }
   std::string answer;
   bench.loop->At(std::chrono::milliseconds(1), [&] { answer = bench.Send("2101"); });
-  bench.session->SendFrames(document);
+  tests::Await(bench.session->SendFrames(tests::FramesIn(document)));
   EXPECT_EQ(answer, "61010000");
 }
 

@@ -15,6 +15,9 @@
 #include "platform/QtCanBus.h"
 #include "tests/platform/QtTest.h"
 #include "tests/platform/QueuedCanDevice.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
+#include "tests/support/WaitingQtLoop.h"
 
 namespace korval::platform {
 namespace {
@@ -63,8 +66,8 @@ class ShortQueueTest : public QtTest {
       return Open();
     };
     session = ecu::CreateSession(environment);
-    session->SetPort(session->Port());
-    session->OfferEcuFile("abs.xml", base::LoadXmlText(File(), "abs.xml"));
+    tests::Await(*loop, session->SetPort(session->Port()));
+    session->OfferEcuFile(tests::EcuFileOf("abs.xml", base::LoadXmlText(File(), "abs.xml")));
   }
 
   std::unique_ptr<QtCanBus> Open() {
@@ -73,7 +76,7 @@ class ShortQueueTest : public QtTest {
   }
   std::string Send(const std::string& request) {
     base::ByteBuffer answer;
-    session->EcuByFunction("ABS")->Send(base::ByteBuffer::FromHex(request), answer);
+    tests::Await(*loop, session->EcuByFunction("ABS")->Send(base::ByteBuffer::FromHex(request), answer));
     return answer.ToHex();
   }
   /// How much of the bus was used since `start`; the computer's load has a say in it, so it is only said.
@@ -83,7 +86,7 @@ class ShortQueueTest : public QtTest {
   }
 
   QueuedCanDevice::Wire wire;
-  std::shared_ptr<QtEventLoop> loop = std::make_shared<QtEventLoop>();
+  std::shared_ptr<tests::WaitingQtLoop> loop = std::make_shared<tests::WaitingQtLoop>();
   SharedCanBus node{loop, [this] { return Open(); }};
   std::unique_ptr<ecu::IsoTpEcu> simulated;
   std::shared_ptr<const SharedCanBus::Listener> listener;
@@ -111,7 +114,7 @@ TEST_F(ShortQueueTest, FiveHundredSingleFramesInOrder) {
     x.append_child("s").append_child("d").text() = "0102030405060708";
   }
   const base::TimePoint start = loop->Now();
-  session->SendFrames(document);
+  tests::Await(*loop, session->SendFrames(tests::FramesIn(document)));
   ASSERT_TRUE(RunUntil([&] { return singles.size() == 500; }));
   EXPECT_EQ(singles, expected);
   ReportUse("500 single frames", start, base::Duration(0));

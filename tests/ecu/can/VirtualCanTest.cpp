@@ -15,6 +15,9 @@
 #include "ecu/simulation/IsoTpEcu.h"
 #include "platform/QtCanBus.h"
 #include "tests/platform/QtTest.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
+#include "tests/support/WaitingQtLoop.h"
 
 namespace korval::platform {
 namespace {
@@ -60,8 +63,8 @@ class VirtualCanTest : public QtTest {
       return std::make_unique<QtCanBus>(plugin, interface, bitrate);
     };
     auto session = ecu::CreateSession(environment);
-    session->SetPort(session->Port());
-    session->OfferEcuFile("abs.xml", base::LoadXmlText(kFile, "abs.xml"));
+    tests::Await(*loop, session->SetPort(session->Port()));
+    session->OfferEcuFile(tests::EcuFileOf("abs.xml", base::LoadXmlText(kFile, "abs.xml")));
     return session;
   }
   /// A virtual bus loses what is sent before the other end's connection stands.
@@ -69,7 +72,7 @@ class VirtualCanTest : public QtTest {
     pugi::xml_document frame;
     frame.load_string("<can><x><i>1</i><s><d>00</d></s></x></can>");
     ASSERT_TRUE(RunUntil([&] {
-      if (!heard) session.SendFrames(frame);
+      if (!heard) tests::Await(*loop, session.SendFrames(tests::FramesIn(frame)));
       return heard;
     }));
   }
@@ -99,7 +102,7 @@ class VirtualCanTest : public QtTest {
     }
   }
 
-  std::shared_ptr<QtEventLoop> loop = std::make_shared<QtEventLoop>();
+  std::shared_ptr<tests::WaitingQtLoop> loop = std::make_shared<tests::WaitingQtLoop>();
   std::unique_ptr<QtCanBus> node;
   std::unique_ptr<ecu::IsoTpEcu> simulated;
   bool heard = false;
@@ -112,17 +115,17 @@ TEST_F(VirtualCanTest, LongValuesAreReadAndWrittenUntilAClosedSessionEndsAWait) 
   const auto abs = session->EcuByFunction("ABS");
   const auto instance = session->CreateInstance("qor4inst.abs");
   instance->SetProtocol(abs);
-  EXPECT_EQ(instance->Get("Text"), base::Variant("over a real bus"));
-  instance->Set("Text", std::string("there and back in many frames"));
-  EXPECT_EQ(instance->Get("Text"), base::Variant("there and back in many frames"));
+  EXPECT_EQ(tests::Await(*loop, instance->Get("Text")), base::Variant("over a real bus"));
+  tests::Await(*loop, instance->Set("Text", std::string("there and back in many frames")));
+  EXPECT_EQ(tests::Await(*loop, instance->Get("Text")), base::Variant("there and back in many frames"));
   ExpectFramesBeforeDeadlines();
 
   node->SetEvents({});
-  const auto timer = loop->CreateTimer([&] { session->Close(); });
+  const auto timer = loop->CreateTimer([&] { tests::Await(*loop, session->Close()); });
   timer->Start(std::chrono::milliseconds(1));
   base::ByteBuffer answer;
   try {
-    abs->Send({0x21, 0x01}, answer);
+    tests::Await(*loop, abs->Send({0x21, 0x01}, answer));
     ADD_FAILURE() << "answered";
   } catch (const base::Failure& failure) {
     EXPECT_EQ(failure.Number(), 1000);

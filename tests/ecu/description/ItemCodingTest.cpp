@@ -7,9 +7,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
 #include "base/XmlFile.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/description/ItemCoding.h"
 #include "ecu/description/ItemEncoding.h"
 #include "ecu/ecufile/ItemReader.h"

@@ -4,9 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
 #include "base/XmlFile.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/ecufile/EcuFile.h"
 
 namespace korval::ecu {

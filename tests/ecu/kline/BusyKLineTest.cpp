@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "KLineBench.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
 #include "tests/support/StoppableLoop.h"
 
 namespace korval::ecu {
@@ -50,16 +52,17 @@ class BusyBench {
   explicit BusyBench(const std::string& function = "",
                      const std::string& simulation = KLineBench::kUsualSimulation)
       : bench("Repeats='0' KeepAliveMs='0' " + function, simulation) {
-    bench.session->Close();
+    bench.CloseSession();
     SessionEnvironment environment;
     environment.loop = loop;
     environment.open_kline_wire = [this](const std::string&) {
       return std::make_unique<StoppableWire>(loop, std::make_unique<MemoryWire>(bench.line));
     };
     bench.session = CreateSession(environment);
-    bench.session->SetPort(KLineBench::kPort);
-    bench.session->OfferEcuFile("engine.xml", KLineBench::Parse(KLineBench::FileText(
-                                                  "Repeats='0' KeepAliveMs='0' " + function, simulation)));
+    tests::Await(bench.session->SetPort(KLineBench::kPort));
+    bench.session->OfferEcuFile(tests::EcuFileOf(
+        "engine.xml",
+        KLineBench::Parse(KLineBench::FileText("Repeats='0' KeepAliveMs='0' " + function, simulation))));
   }
 
   void StopAfter(base::Duration delay, milliseconds span) {
@@ -76,7 +79,7 @@ TEST(BusyKLineTest, AStopAtAnyMomentOfAnExchangeLosesNothing) {
       for (microseconds moment{0}; moment < milliseconds(140); moment += microseconds(2100)) {
         BusyBench busy(function);
         busy.bench.line->echo = std::string(function) != "Echo='off'";
-        busy.bench.Engine()->Initialise();
+        tests::Await(busy.bench.Engine()->Initialise());
         busy.StopAfter(moment, span);
         ASSERT_EQ(busy.bench.Send("2101").substr(0, 4), "6101")
             << function << " stopped after " << moment.count() << " us for " << span.count() << " ms";
@@ -90,7 +93,7 @@ TEST(BusyKLineTest, AStopAroundResponsePendingLosesNothing) {
     for (microseconds moment{0}; moment < milliseconds(260); moment += microseconds(2900)) {
       BusyBench busy("",
                      std::string(KLineBench::kUsualSimulation) + "<Fault Request='READ' Wire='pending'/>");
-      busy.bench.Engine()->Initialise();
+      tests::Await(busy.bench.Engine()->Initialise());
       busy.StopAfter(moment, span);
       ASSERT_EQ(busy.bench.Send("2101").substr(0, 4), "6101")
           << "stopped after " << moment.count() << " us for " << span.count() << " ms";
@@ -141,7 +144,7 @@ void KeepBusy(BusyBench& busy) {
 
 TEST(BusyKLineTest, AComputerThatIsAlwaysTooBusySendsARequestInOnePiece) {
   BusyBench busy;
-  busy.bench.Engine()->Initialise();
+  tests::Await(busy.bench.Engine()->Initialise());
   KeepBusy(busy);
   EXPECT_EQ(busy.bench.Send("2101").substr(0, 4), "6101");
 }

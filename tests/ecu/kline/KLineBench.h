@@ -10,7 +10,9 @@
 #include "ecu/ecufile/EcuFile.h"
 #include "ecu/session/SessionFactory.h"
 #include "ecu/simulation/KLineEcu.h"
+#include "tests/support/Await.h"
 #include "tests/support/ManualEventLoop.h"
+#include "tests/support/SessionInput.h"
 
 namespace korval::ecu {
 
@@ -56,8 +58,14 @@ class KLineBench {
   /// A new session on the port; the one before goes.
   void OpenSession() {
     session = CreateSession(Environment());
-    session->SetPort(kPort);
-    session->OfferEcuFile("engine.xml", Parse(text_));
+    tests::Await(session->SetPort(kPort));
+    session->OfferEcuFile(tests::EcuFileOf("engine.xml", Parse(text_)));
+  }
+
+  /// Ends the session, and waits for what it still has to say.
+  void CloseSession() {
+    tests::Await(session->Close());
+    loop->RunUntil(loop->Now() + std::chrono::seconds(2), [this] { return !ports_->IsTakingLeave(); });
   }
 
   static base::XmlDocument Parse(const std::string& text) { return base::LoadXmlText(text, "engine.xml"); }
@@ -80,7 +88,7 @@ class KLineBench {
   std::string Send(const std::string& request) {
     try {
       base::ByteBuffer answer;
-      Engine()->Send(base::ByteBuffer::FromHex(request), answer);
+      tests::Await(Engine()->Send(base::ByteBuffer::FromHex(request), answer));
       return answer.ToHex();
     } catch (const base::Failure& failure) {
       return std::to_string(failure.Number()) + " " + failure.Description();

@@ -11,6 +11,7 @@
 
 #include "KLineBench.h"
 #include "ecu/kline/SessionSpeed.h"
+#include "tests/support/Await.h"
 
 namespace korval::ecu {
 namespace {
@@ -203,7 +204,7 @@ TEST(KLineCableTest, KeyBytesWithAWrongParityAreTakenAndNoted) {
 
 TEST(KLineCableTest, KeyBytesThatAnnounceNothingLeaveTheUsualTimes) {
   KLineBench bench("KeepAliveMs='0'", " KeyBytes='D08F'" + std::string(KLineBench::kUsualSimulation));
-  bench.Engine()->Initialise();
+  tests::Await(bench.Engine()->Initialise());
   const base::TimePoint quiet = bench.line->log.back().end;
   const std::size_t said = bench.line->log.size();
   EXPECT_EQ(bench.Send("2101"), kValues);
@@ -234,7 +235,7 @@ TEST(KLineCableTest, EcuThatWasStoppedInOrderIsStartedAgainAfterP3) {
 TEST(KLineCableTest, SessionThatWasClosedInOrderIsBegunAgainAfterP3) {
   KLineBench bench("KeepAliveMs='0'");
   EXPECT_EQ(bench.Send("2101"), kValues);
-  bench.session->Close();
+  bench.CloseSession();
   bench.OpenSession();
   EXPECT_EQ(bench.Send("2101"), kValues);
   EXPECT_LT(SilenceBeforeLastStart(*bench.line), milliseconds(60));

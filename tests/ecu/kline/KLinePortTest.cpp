@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "KLineBench.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
 
 namespace korval::ecu {
 namespace {
@@ -25,7 +27,7 @@ struct Ports {
   std::string Open(const std::string& port) {
     try {
       const auto session = CreateSession(environment);
-      session->SetPort(port);
+      tests::Await(session->SetPort(port));
       return "opened " + opened.back();
     } catch (const base::Failure& failure) {
       return std::to_string(failure.Number()) + " " + failure.Description();
@@ -63,7 +65,7 @@ TEST(KLinePortTest, FunctionOnCanAndCanFramesAreRefused) {
   pugi::xml_document frames;
   frames.load_string("<can><x i='0'><i>291</i><s><d>01</d></s></x></can>");
   try {
-    bench.session->SendFrames(frames);
+    tests::Await(bench.session->SendFrames(tests::FramesIn(frames)));
     FAIL() << "sent";
   } catch (const base::Failure& failure) {
     EXPECT_EQ(failure.Number(), 1001);

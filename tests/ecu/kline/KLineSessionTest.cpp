@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "KLineBench.h"
+#include "tests/support/Await.h"
 
 namespace korval::ecu {
 namespace {
@@ -23,7 +24,7 @@ TEST(KLineSessionTest, FastInitialisationThenRequests) {
 
 TEST(KLineSessionTest, FastInitialisationPullsTheLineLowForTiniLWithinTWup) {
   KLineBench bench;
-  bench.Engine()->Initialise();
+  tests::Await(bench.Engine()->Initialise());
   std::vector<MemoryLine::Edge> edges = bench.line->edges;
   ASSERT_GE(edges.size(), 2U);
   const auto high = edges.back();
@@ -109,7 +110,7 @@ TEST(KLineSessionTest, LongMessagesHaveTheirLengthInAByteOfItsOwn) {
 
 TEST(KLineSessionTest, RequestLongerThanAFrameIsRefusedAndNothingIsSent) {
   KLineBench bench;
-  bench.Engine()->Initialise();
+  tests::Await(bench.Engine()->Initialise());
   const std::string said = bench.TesterSaid();
   EXPECT_EQ(bench.NumberOf("21" + std::string(2 * 255, '0')), "2012");
   EXPECT_EQ(bench.TesterSaid(), said);
@@ -141,7 +142,7 @@ TEST(KLineSessionTest, OneDamagedOrMissingAnswerCostsOneExchangeMore) {
       KLineBench bench(
           init, std::string(KLineBench::kUsualSimulation) + "<Fault Request='READ' Wire='" + fault + "'/>");
       bench.line->has_break = false;
-      bench.Engine()->Initialise();
+      tests::Await(bench.Engine()->Initialise());
       const base::TimePoint before = bench.loop->Now();
       const std::size_t said = bench.TesterSaid().size();
       EXPECT_EQ(bench.Send("2101"), "61010C808202") << init << fault;
@@ -178,7 +179,7 @@ TEST(KLineSessionTest, RequestWithoutAnAnswerIsNoFailureAndNoNewInitialisation) 
     const auto told = std::find_if(requests.begin(), requests.end(),
                                    [](const auto& request) { return request->Name() == "TELL_LIMIT"; });
     ASSERT_NE(told, requests.end());
-    (*told)->Execute();
+    tests::Await((*told)->Execute());
     EXPECT_EQ(bench.Send("2101"), "61010C808202");
     EXPECT_EQ(bench.TesterSaid(),
               FromTester("81") + FromTester("3E02") + FromTester("3B1105") + FromTester("2101"));
@@ -211,7 +212,7 @@ TEST(KLineSessionTest, InitialisationThatFailsSaysItsStepAndTheBytesHeard) {
 
 TEST(KLineSessionTest, TesterPresentGoesOutInSilenceAndNeverIntoARequest) {
   KLineBench bench("KeepAliveMs='1000'");
-  bench.Engine()->Initialise();
+  tests::Await(bench.Engine()->Initialise());
   bench.loop->Advance(milliseconds(10700));
   EXPECT_EQ(bench.TesterSaid().size(), FromTester("81").size() + 10 * FromTester("3E").size());
   for (int request = 0; request < 200; ++request) {
@@ -228,7 +229,7 @@ TEST(KLineSessionTest, TesterPresentGoesOutInSilenceAndNeverIntoARequest) {
 TEST(KLineSessionTest, ClosingEndsTheCommunication) {
   KLineBench bench;
   EXPECT_EQ(bench.NumberOf("2101"), "6101");
-  bench.session->Close();
+  bench.CloseSession();
   EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("2101") + FromTester("82"));
   EXPECT_FALSE(bench.line->open);
 }
@@ -236,7 +237,7 @@ TEST(KLineSessionTest, ClosingEndsTheCommunication) {
 TEST(KLineSessionTest, ClosingInTheMiddleOfARequestEndsTheCommunicationToo) {
   KLineBench bench;
   EXPECT_EQ(bench.NumberOf("2101"), "6101");
-  bench.loop->At(milliseconds(70), [&] { bench.session->Close(); });
+  bench.loop->At(milliseconds(70), [&] { bench.CloseSession(); });
   EXPECT_EQ(bench.NumberOf("2101"), "1000");
   EXPECT_TRUE(bench.TesterSaid().ends_with(FromTester("82"))) << bench.TesterSaid();
   EXPECT_FALSE(bench.line->open);
@@ -246,7 +247,7 @@ TEST(KLineSessionTest, ReinitialisingSaysNothingButTheInitialisation) {
   KLineBench bench;
   EXPECT_EQ(bench.NumberOf("2101"), "6101");
   bench.loop->Advance(milliseconds(100));
-  bench.Engine()->Reinitialise();
+  tests::Await(bench.Engine()->Reinitialise());
   EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("2101") + FromTester("81"));
 }
 
@@ -316,7 +317,7 @@ TEST(KLineSessionTest, AccessTimingParametersChangesTheTimesInUse) {
 
 TEST(KLineSessionTest, BusyEcuIsAskedAgain) {
   KLineBench bench("BusyRepeatMs='200' BusyCapMs='1000'", "><Answer Request='2105' Response='7F2121'/>");
-  bench.Engine()->Initialise();
+  tests::Await(bench.Engine()->Initialise());
   const base::TimePoint before = bench.loop->Now();
   EXPECT_EQ(bench.NumberOf("2105"), "2001");
   EXPECT_GT(bench.loop->Now() - before, milliseconds(800));

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "ScriptedEcu.h"
+#include "tests/support/Await.h"
 
 namespace korval::ecu {
 namespace {
@@ -26,7 +27,7 @@ struct Outcome {
 // The outcome of 21 01 with a script for it, from the end of the initialisation.
 Outcome Play(const Script& script, const std::string& function = "KeepAliveMs='0' Repeats='0'") {
   KLineBench bench(function + " P1Ms='20' P2Ms='50'");
-  bench.Engine()->Initialise();
+  tests::Await(bench.Engine()->Initialise());
   ScriptedEcu ecu(bench, script);
   const base::TimePoint before = bench.loop->Now();
   const std::string result = bench.Send("2101");
@@ -136,7 +137,7 @@ TEST(KLineViolationTest, EndlessPendingEndsAtTheCap) {
 
 TEST(KLineViolationTest, SomebodyElseSpeakingIntoTheRequestEndsIt) {
   KLineBench bench("KeepAliveMs='0' Repeats='0'");
-  bench.Engine()->Initialise();
+  tests::Await(bench.Engine()->Initialise());
   // P3 after the initialisation, then the first byte of the request goes out.
   bench.loop->At(milliseconds(56), [&] { bench.line->EcuWrites("AA"); });
   const std::string failure = bench.Send("2101");
@@ -207,7 +208,7 @@ TEST(KLineViolationTest, AnswersToTesterPresentThatAreNoneAre2046OnceAndNeverAno
     KLineBench bench(
         "KeepAliveMs='1000' Repeats='0' P2Ms='50'",
         std::string(KLineBench::kUsualSimulation) + "<Fault Request='PRESENT' Wire='" + row.fault + "'/>");
-    bench.Engine()->Initialise();
+    tests::Await(bench.Engine()->Initialise());
     bench.loop->Advance(milliseconds(1600));
     EXPECT_EQ(bench.NumberOf("2101"), row.next) << row.fault;
     EXPECT_EQ(bench.Send("2101"), kGood) << row.fault;
@@ -220,7 +221,7 @@ TEST(KLineViolationTest, StopCommunicationThatIsNotAnsweredDelaysTheClosingByP2O
   EXPECT_EQ(bench.Send("2101"), kGood);
   bench.PullEcuOut();
   const base::TimePoint before = bench.loop->Now();
-  bench.session->Close();
+  bench.CloseSession();
   EXPECT_EQ(bench.TesterSaid(), FromTester("81") + FromTester("2101") + FromTester("82"));
   EXPECT_LT(bench.loop->Now() - before, milliseconds(55 + 30 + 55));
   EXPECT_FALSE(bench.line->open);
@@ -237,7 +238,7 @@ TEST(KLineViolationTest, TimesThatTheEcuDoesNotAgreeToStayAsTheyWere) {
   const std::vector<TimesRow> rows{{"refused", FromEcu("7F8312"), "2001"}, {"damaged", damaged, "2000"}};
   for (const TimesRow& row : rows) {
     KLineBench bench("KeepAliveMs='0'");
-    bench.Engine()->Initialise();
+    tests::Await(bench.Engine()->Initialise());
     ScriptedEcu ecu(bench, {{milliseconds(25), row.answer}});
     EXPECT_EQ(bench.NumberOf("8303000A00FF00"), row.outcome) << row.what;
     const std::size_t said = bench.line->log.size();
@@ -294,7 +295,7 @@ TEST(KLineViolationTest, FiveBaudInitialisationsThatStopHalfway) {
 
 TEST(KLineViolationTest, LateAnswerIsNotTakenForTheNextRequests) {
   KLineBench bench("KeepAliveMs='0' Repeats='0' P2Ms='50'");
-  bench.Engine()->Initialise();
+  tests::Await(bench.Engine()->Initialise());
   ScriptedEcu ecu(bench, {{milliseconds(90), FromEcu("6101FFFFFFFF")}});
   EXPECT_EQ(bench.NumberOf("2101"), "2000");
   bench.PlugEcuIn();

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/kline/KLineWire.h"
 #include "tests/support/ManualEventLoop.h"
 

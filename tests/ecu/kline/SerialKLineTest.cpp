@@ -13,7 +13,10 @@
 #include "QtTest.h"
 #include "platform/SerialKLineWire.h"
 #include "platform/serial/SerialDevice.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/WaitingQtLoop.h"
 
 namespace korval::platform {
 namespace {
@@ -48,14 +51,15 @@ class SerialKLineTest : public QtTest {
           device, [this](const std::string& sentence) { reports_.push_back(sentence); });
     };
     session_ = ecu::CreateSession(environment);
-    session_->SetPort(device_);
-    session_->OfferEcuFile("engine.xml", ecu::KLineBench::Parse(text_));
+    tests::Await(*shared_loop_, session_->SetPort(device_));
+    session_->OfferEcuFile(tests::EcuFileOf("engine.xml", ecu::KLineBench::Parse(text_)));
   }
 
   std::string Send(const std::string& request) {
     try {
       base::ByteBuffer answer;
-      session_->EcuByFunction("ENGINE")->Send(base::ByteBuffer::FromHex(request), answer);
+      tests::Await(*shared_loop_, tests::Await(session_->EcuByFunction("ENGINE")->Send(
+                                      base::ByteBuffer::FromHex(request), answer)));
       return answer.ToHex();
     } catch (const base::Failure& failure) {
       return std::to_string(failure.Number()) + " " + failure.Description();
@@ -65,7 +69,7 @@ class SerialKLineTest : public QtTest {
   tests::TempFolder folder_;
   std::string device_ = folder_.Path() + "/kline";
   std::unique_ptr<PseudoTerminal> line_;
-  std::shared_ptr<QtEventLoop> shared_loop_ = std::make_shared<QtEventLoop>();
+  std::shared_ptr<tests::WaitingQtLoop> shared_loop_ = std::make_shared<tests::WaitingQtLoop>();
   std::shared_ptr<viator3::Session> session_;
   std::vector<std::string> reports_;
 

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "KLineBench.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
 
 namespace korval::ecu {
 namespace {
@@ -24,7 +26,7 @@ class TwoEcus : public KLineBench {
     const std::string text =
         "<xml xmlns:qor='urn:korval:ecu'><qor:Target><Function Name='ABS' Address='28' KeepAliveMs='0' " +
         brake + "/></qor:Target></xml>";
-    session->OfferEcuFile("brake.xml", Parse(text));
+    session->OfferEcuFile(tests::EcuFileOf("brake.xml", Parse(text)));
     const auto file = ReadEcuFile(Parse(text));
     brake_ =
         std::make_unique<KLineEcu>(loop, file->Function(), std::make_shared<SimulatedEcu>(file, loop->Now()),
@@ -39,7 +41,7 @@ class TwoEcus : public KLineBench {
   std::string AskBrake() {
     try {
       base::ByteBuffer answer;
-      session->EcuByFunction("ABS")->Send(base::ByteBuffer{0x3E}, answer);
+      tests::Await(session->EcuByFunction("ABS")->Send(base::ByteBuffer{0x3E}, answer));
       return answer.ToHex();
     } catch (const base::Failure& failure) {
       return std::to_string(failure.Number()) + " " + failure.Description();
@@ -78,7 +80,7 @@ TEST(SharedLineTest, SpeedThatIsRefusedIs1002AndTheOtherEcuGoesOn) {
 
 TEST(SharedLineTest, EcuThatIsForeverPendingHoldsTheLineUpToItsCapOnly) {
   TwoEcus bench("KeepAliveMs='0' PendingCapMs='10000'");
-  bench.Engine()->Initialise();
+  tests::Await(bench.Engine()->Initialise());
   bench.ecu.reset();
   std::function<void()> ask_for_time = [&] {
     bench.line->EcuWrites(FromEcu("7F2178"));
@@ -100,20 +102,20 @@ TEST(SharedLineTest, SessionMayBeginWhileTheOneBeforeTakesItsLeave) {
     bench.OpenSession();
     next = bench.Send("2101");
   });
-  former->Close();
+  tests::Await(former->Close());
   EXPECT_EQ(next, kGood);
   EXPECT_EQ(bench.TesterSaid(),
             FromTester("81") + FromTester("2101") + FromTester("82") + FromTester("81") + FromTester("2101"));
   EXPECT_TRUE(bench.line->open);
   EXPECT_EQ(bench.Send("2101"), kGood);
-  bench.session->Close();
+  bench.CloseSession();
   EXPECT_FALSE(bench.line->open);
 }
 
 TEST(SharedLineTest, ObjectsOfASessionThatHasEndedKeepNoLineOpen) {
   KLineBench bench;
   const auto ecu = bench.Engine();
-  ecu->Initialise();
+  tests::Await(ecu->Initialise());
   bench.session.reset();
   EXPECT_FALSE(bench.line->open);
   bench.OpenSession();
@@ -137,7 +139,7 @@ TEST(SharedLineTest, LineLostWhileASessionTakesItsLeaveIsOpenedAnewOrRefused) {
     bench.OpenSession();
     next = bench.Send("2101");
   });
-  former->Close();
+  tests::Await(former->Close());
   EXPECT_EQ(refused, 1002);
   EXPECT_EQ(next, kGood);
 }
@@ -145,9 +147,9 @@ TEST(SharedLineTest, LineLostWhileASessionTakesItsLeaveIsOpenedAnewOrRefused) {
 TEST(SharedLineTest, PortOpenedInsideTheOpeningOfAPortIsTheOneThatStands) {
   KLineBench bench;
   EXPECT_EQ(bench.Send("2101"), kGood);
-  bench.loop->At(milliseconds(20), [&] { bench.session->SetPort(KLineBench::kPort); });
+  bench.loop->At(milliseconds(20), [&] { tests::Await(bench.session->SetPort(KLineBench::kPort)); });
   try {
-    bench.session->SetPort(KLineBench::kPort);
+    tests::Await(bench.session->SetPort(KLineBench::kPort));
     FAIL() << "opened twice";
   } catch (const base::Failure& failure) {
     EXPECT_EQ(failure.Number(), 1000);
@@ -160,15 +162,15 @@ TEST(SharedLineTest, SessionMayGoInsideItsOwnLeave) {
   EXPECT_EQ(bench.Send("2101"), kGood);
   viator3::Session& session = *bench.session;
   bench.loop->At(milliseconds(20), [&] { bench.session.reset(); });
-  session.Close();
+  tests::Await(session.Close());
   EXPECT_FALSE(bench.line->open);
 }
 
 TEST(SharedLineTest, SessionClosedInsideTheOpeningOfAPortStaysClosed) {
   KLineBench bench;
   EXPECT_EQ(bench.Send("2101"), kGood);
-  bench.loop->At(milliseconds(20), [&] { bench.session->Close(); });
-  EXPECT_THROW(bench.session->SetPort(KLineBench::kPort), base::Failure);
+  bench.loop->At(milliseconds(20), [&] { bench.CloseSession(); });
+  EXPECT_THROW(tests::Await(bench.session->SetPort(KLineBench::kPort)), base::Failure);
   EXPECT_FALSE(bench.line->open);
   EXPECT_EQ(bench.NumberOf("2101"), "1000");
 }

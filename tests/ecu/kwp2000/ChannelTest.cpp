@@ -8,10 +8,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "base/Errand.h"
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/kwp2000/Channel.h"
+#include "tests/support/Await.h"
 #include "tests/support/ManualEventLoop.h"
 
 namespace korval::ecu {
@@ -87,7 +87,7 @@ class ChannelTest : public testing::Test {
 
   // The number of the failure, 0 for an answer.
   std::int32_t Request(const std::string& hex = "2101") {
-    return NumberOf([&] { channel->Request(ByteBuffer::FromHex(hex).View(), answer); });
+    return NumberOf([&] { tests::Await(channel->Request(ByteBuffer::FromHex(hex).View(), answer)); });
   }
   template <typename Step>
   std::int32_t NumberOf(Step step) {
@@ -132,7 +132,7 @@ TEST_F(ChannelTest, LinkThatFailsInTesterPresentIsReportedByItsOwnNumber) {
   for (const std::int32_t number : {kLinkLost, kCanNetworkError}) {
     function.keep_alive = Milliseconds(2000);
     Open();
-    channel->Connect();
+    tests::Await(channel->Connect());
     link->on_send = [this, number](const std::string&) { link->Fail(number); };
     loop->Advance(milliseconds(2500));
     EXPECT_FALSE(channel->IsConnected());
@@ -158,9 +158,9 @@ TEST_F(ChannelTest, FirstRequestConnectsAndOpensTheSession) {
 
 TEST_F(ChannelTest, ReconnectStartsTheCommunicationAnew) {
   Open();
-  channel->Connect();
-  channel->Connect();
-  channel->Reconnect();
+  tests::Await(channel->Connect());
+  tests::Await(channel->Connect());
+  tests::Await(channel->Reconnect());
   EXPECT_THAT(log, ElementsAre("connect", "connect"));
 }
 
@@ -233,9 +233,9 @@ TEST_F(ChannelTest, TheLinkSaysHowOftenUnlessTheFileDoes) {
 TEST_F(ChannelTest, RequestThatChangesSomethingIsNeverRepeated) {
   function.repeats = 2;
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   for (const std::string request : {"3B1005", "1082", "1101", "14FF00", "3101", "17FFFF"}) {
-    channel->Connect();
+    tests::Await(channel->Connect());
     log.clear();
     EXPECT_EQ(Request(request), kNoAnswer) << request;
     EXPECT_THAT(log, ElementsAre(request));
@@ -245,7 +245,7 @@ TEST_F(ChannelTest, RequestThatChangesSomethingIsNeverRepeated) {
 TEST_F(ChannelTest, LinkThatNoLongerStandsIsNotAskedAgain) {
   function.repeats = 2;
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   link->stands = false;
   link->on_send = [this](const std::string&) { link->Fail(kNoAnswer); };
   EXPECT_EQ(Request(), kNoAnswer);
@@ -256,7 +256,7 @@ TEST_F(ChannelTest, RequestWithoutAnAnswerByDesignEndsWhenItIsOut) {
   Open();
   EXPECT_EQ(Request("3E02"), 0);
   EXPECT_EQ(answer.ToHex(), "");
-  EXPECT_EQ(NumberOf([&] { channel->Tell(ByteBuffer::FromHex("3B1005").View()); }), 0);
+  EXPECT_EQ(NumberOf([&] { tests::Await(channel->Tell(ByteBuffer::FromHex("3B1005").View())); }), 0);
   EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(0)));
   EXPECT_TRUE(channel->IsConnected());
   EXPECT_THAT(log, ElementsAre("connect", "3E02", "3B1005"));
@@ -333,14 +333,14 @@ TEST_F(ChannelTest, LateAnswerIsNotTakenForTheNextRequest) {
 
 TEST_F(ChannelTest, MessageThatNobodyAskedForIsIgnored) {
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   link->Arrive("6101AB");
   EXPECT_EQ(Request("2102"), kNoAnswer);
 }
 
 TEST_F(ChannelTest, FailureOfTheLinkDuringARequestIsPassedOn) {
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   link->on_send = [this](const std::string&) { link->Fail(kCanNetworkError); };
   EXPECT_EQ(Request(), kCanNetworkError);
   EXPECT_THAT(description, HasSubstr("as scripted"));
@@ -356,7 +356,7 @@ TEST_F(ChannelTest, NumbersThatDoNotMeanALostLinkKeepTheConnection) {
 
 TEST_F(ChannelTest, LinkLostBetweenRequestsIsConnectedAnew) {
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   link->Fail(kLinkLost);
   EXPECT_FALSE(channel->IsConnected());
   EXPECT_EQ(Request(), 0);
@@ -365,7 +365,7 @@ TEST_F(ChannelTest, LinkLostBetweenRequestsIsConnectedAnew) {
 TEST_F(ChannelTest, FailedStartIsPassedOnAndTriedAgain) {
   Open();
   link->on_connect = [this] { link->Fail(kNoAnswer); };
-  EXPECT_EQ(NumberOf([&] { channel->Connect(); }), kNoAnswer);
+  EXPECT_EQ(NumberOf([&] { tests::Await(channel->Connect()); }), kNoAnswer);
   EXPECT_EQ(Request(), kNoAnswer);
   link->on_connect = nullptr;
   EXPECT_EQ(Request(), 0);
@@ -375,7 +375,7 @@ TEST_F(ChannelTest, FailedStartIsPassedOnAndTriedAgain) {
 TEST_F(ChannelTest, StartMayTakeItsTime) {
   Open();
   link->on_connect = [this] { loop->At(seconds(3), [this] { link->Connected(); }); };
-  channel->Connect();
+  tests::Await(channel->Connect());
   EXPECT_EQ(loop->Now(), base::TimePoint(seconds(3)));
   EXPECT_TRUE(channel->IsConnected());
 }
@@ -383,7 +383,7 @@ TEST_F(ChannelTest, StartMayTakeItsTime) {
 TEST_F(ChannelTest, StartThatNeverEndsIsGivenUp) {
   Open();
   link->on_connect = [] {};
-  EXPECT_EQ(NumberOf([&] { channel->Connect(); }), kNoAnswer);
+  EXPECT_EQ(NumberOf([&] { tests::Await(channel->Connect()); }), kNoAnswer);
   link->on_connect = nullptr;
   EXPECT_EQ(Request(), 0);
   EXPECT_THAT(log, ElementsAre("connect", "close", "connect", "2101"));
@@ -413,7 +413,7 @@ TEST_F(ChannelTest, AnswerThatTakesLongIsNoSilence) {
     loop->At(seconds(20), [this] { link->Arrive("6101AB"); });
   };
   ByteBuffer inner;
-  loop->At(seconds(15), [&] { channel->Request(ByteBuffer{0x21, 0x02}.View(), inner); });
+  loop->At(seconds(15), [&] { tests::Await(channel->Request(ByteBuffer{0x21, 0x02}.View(), inner)); });
   EXPECT_EQ(Request(), 0);
   EXPECT_EQ(inner.ToHex(), "6102AB");
   loop->Advance(seconds(4));
@@ -425,7 +425,7 @@ TEST_F(ChannelTest, TesterPresentComesInHalfTheSilenceThatTheEcuBears) {
   function.keep_alive = Milliseconds(2000);
   Open();
   link->longest_silence = seconds(10);
-  channel->Connect();
+  tests::Await(channel->Connect());
   loop->Advance(milliseconds(2000));
   EXPECT_THAT(log, ElementsAre("connect", "3E"));
   // The answer to accessTimingParameters has changed it.
@@ -467,7 +467,7 @@ TEST_F(ChannelTest, RefusedSessionIs2042AndUnansweredOne2000) {
 TEST_F(ChannelTest, TesterPresentIsSentAfterSilenceOnly) {
   function.keep_alive = Milliseconds(2000);
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   loop->Advance(milliseconds(1500));
   EXPECT_EQ(Request(), 0);
   loop->Advance(milliseconds(1999));
@@ -481,7 +481,7 @@ TEST_F(ChannelTest, TesterPresentIsSentAfterSilenceOnly) {
 TEST_F(ChannelTest, RequestWaitsForTheAnswerToTesterPresent) {
   function.keep_alive = Milliseconds(2000);
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   link->on_send = [this](const std::string& message) {
     loop->At(milliseconds(30), [this, message] { link->Arrive(message == "3E" ? "7E" : "6101AB"); });
   };
@@ -494,7 +494,7 @@ TEST_F(ChannelTest, RequestWaitsForTheAnswerToTesterPresent) {
 TEST_F(ChannelTest, UnansweredTesterPresentIsReportedOnceByTheNextRequest) {
   function.keep_alive = Milliseconds(2000);
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   link->answers.erase("3E");
   loop->Advance(milliseconds(2050));
   EXPECT_FALSE(channel->IsConnected());
@@ -505,7 +505,7 @@ TEST_F(ChannelTest, UnansweredTesterPresentIsReportedOnceByTheNextRequest) {
 TEST_F(ChannelTest, TesterPresentUnansweredInsideARequestIsMadeGoodByTheRequest) {
   function.keep_alive = Milliseconds(2000);
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   link->answers.erase("3E");
   loop->Advance(milliseconds(2010));
   EXPECT_EQ(Request(), 0);
@@ -516,7 +516,7 @@ TEST_F(ChannelTest, TesterPresentUnansweredInsideARequestIsMadeGoodByTheRequest)
 TEST_F(ChannelTest, RefusedTesterPresentShowsThatTheEcuIsThere) {
   function.keep_alive = Milliseconds(2000);
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   link->answers["3E"] = "7F3E11";
   loop->Advance(milliseconds(2000));
   EXPECT_EQ(Request(), 0);
@@ -525,10 +525,10 @@ TEST_F(ChannelTest, RefusedTesterPresentShowsThatTheEcuIsThere) {
 TEST_F(ChannelTest, ReconnectForgetsTheUnansweredTesterPresent) {
   function.keep_alive = Milliseconds(2000);
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   link->answers.erase("3E");
   loop->Advance(milliseconds(2050));
-  channel->Reconnect();
+  tests::Await(channel->Reconnect());
   EXPECT_EQ(Request(), 0);
 }
 
@@ -538,7 +538,7 @@ TEST_F(ChannelTest, RequestInsideTheWaitOfAnotherComesAfterIt) {
     loop->At(milliseconds(30), [this, message] { link->Arrive(message == "2101" ? "610111" : "610222"); });
   };
   ByteBuffer inner;
-  loop->At(milliseconds(10), [&] { channel->Request(ByteBuffer{0x21, 0x02}.View(), inner); });
+  loop->At(milliseconds(10), [&] { tests::Await(channel->Request(ByteBuffer{0x21, 0x02}.View(), inner)); });
   EXPECT_EQ(Request(), 0);
   EXPECT_EQ(answer.ToHex(), "610111");
   EXPECT_EQ(inner.ToHex(), "610222");
@@ -551,7 +551,7 @@ TEST_F(ChannelTest, SilenceOfTheOuterRequestIsNoticedInsideTheInnerWait) {
     if (message == "2102") loop->At(milliseconds(30), [this] { link->Arrive("610222"); });
   };
   ByteBuffer inner;
-  loop->At(milliseconds(10), [&] { channel->Request(ByteBuffer{0x21, 0x02}.View(), inner); });
+  loop->At(milliseconds(10), [&] { tests::Await(channel->Request(ByteBuffer{0x21, 0x02}.View(), inner)); });
   EXPECT_EQ(Request(), kNoAnswer);
   EXPECT_EQ(inner.ToHex(), "610222");
   EXPECT_THAT(log, ElementsAre("connect", "2101", "connect", "2102"));
@@ -565,8 +565,8 @@ TEST_F(ChannelTest, RequestInsideTheStartOfTheCommunicationWaitsForIt) {
     loop->At(milliseconds(20), [this, message] { link->Arrive(message == "1081" ? "5081" : "6101AB"); });
   };
   ByteBuffer inner;
-  loop->At(milliseconds(10), [&] { channel->Request(ByteBuffer{0x21, 0x01}.View(), inner); });
-  channel->Connect();
+  loop->At(milliseconds(10), [&] { tests::Await(channel->Request(ByteBuffer{0x21, 0x01}.View(), inner)); });
+  tests::Await(channel->Connect());
   EXPECT_EQ(inner.ToHex(), "6101AB");
   EXPECT_THAT(log, ElementsAre("connect", "1081", "2101"));
 }
@@ -577,12 +577,10 @@ TEST_F(ChannelTest, RequestThatIsCalledOffEndsAtOnceAndTheNextOneWaitsForItsExch
     loop->At(milliseconds(40), [this, message] { link->Arrive(message == "2101" ? "610111" : "610222"); });
   };
   {
-    base::Errand errand;
-    loop->At(milliseconds(10), [&] { errand.CallOff(); });
-    EXPECT_EQ(Request("2101"), base::kOwnFailure);
-    EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(10)));
-    EXPECT_EQ(Request("2103"), base::kOwnFailure) << "nothing more is sent for it";
-    EXPECT_EQ(NumberOf([&] { channel->Reconnect(); }), base::kOwnFailure);
+    const ByteBuffer request{0x21, 0x01};
+    base::Job job;
+    job.Start(channel->Request(request.View(), answer));
+    loop->Advance(milliseconds(10));
   }
   EXPECT_EQ(Request("2102"), 0);
   EXPECT_EQ(answer.ToHex(), "610222");
@@ -594,28 +592,30 @@ TEST_F(ChannelTest, StartThatIsCalledOffGoesOnForWhoeverAsksNext) {
   Open();
   link->on_connect = [this] { loop->At(seconds(3), [this] { link->Connected(); }); };
   {
-    base::Errand errand;
-    loop->At(seconds(1), [&] { errand.CallOff(); });
-    EXPECT_EQ(Request(), base::kOwnFailure);
+    const ByteBuffer request{0x21, 0x01};
+    base::Job job;
+    job.Start(channel->Request(request.View(), answer));
+    loop->Advance(seconds(1));
   }
   EXPECT_EQ(Request(), 0);
   EXPECT_EQ(loop->Now(), base::TimePoint(seconds(3)));
   EXPECT_THAT(log, ElementsAre("connect", "2101"));
 }
 
-TEST_F(ChannelTest, WhatAnEventAsksInsideTheWaitOfAnErrandIsNoPartOfIt) {
+TEST_F(ChannelTest, ThoseWhoAskMeanwhileAreServedInTheirOrder) {
   Open();
   link->on_send = [this](const std::string& message) {
-    loop->At(milliseconds(40), [this, message] { link->Arrive(message == "2101" ? "610111" : "610222"); });
+    loop->At(milliseconds(40), [this, message] { link->Arrive("61" + message.substr(2) + "AB"); });
   };
-  ByteBuffer inner;
-  base::Errand errand;
-  loop->At(milliseconds(10), [&] {
-    errand.CallOff();
-    channel->Request(ByteBuffer{0x21, 0x02}.View(), inner);
-  });
-  EXPECT_EQ(Request("2101"), base::kOwnFailure);
-  EXPECT_EQ(inner.ToHex(), "610222");
+  std::vector<ByteBuffer> answers(3);
+  std::vector<ByteBuffer> requests{{0x21, 0x01}, {0x21, 0x02}, {0x21, 0x03}};
+  std::vector<base::Job> jobs(3);
+  for (std::size_t i = 0; i < 3; ++i) jobs[i].Start(channel->Request(requests[i].View(), answers[i]));
+  jobs[1].CallOff();
+  loop->Advance(milliseconds(200));
+  EXPECT_EQ(answers[0].ToHex(), "6101AB");
+  EXPECT_EQ(answers[2].ToHex(), "6103AB");
+  EXPECT_THAT(log, ElementsAre("connect", "2101", "2103"));
 }
 
 TEST_F(ChannelTest, CloseInsideAWaitEndsItWith1000) {
@@ -635,14 +635,14 @@ TEST_F(ChannelTest, LastOwnerMayGoInsideTheWait) {
   link->answers.clear();
   Channel& raw = *channel;
   loop->At(milliseconds(10), [this] { channel.reset(); });
-  EXPECT_EQ(NumberOf([&] { raw.Request(ByteBuffer{0x21, 0x01}.View(), answer); }), kNoAnswer);
+  EXPECT_EQ(NumberOf([&] { tests::Await(raw.Request(ByteBuffer{0x21, 0x01}.View(), answer)); }), kNoAnswer);
   EXPECT_THAT(log, ElementsAre("connect", "2101", "close"));
 }
 
 TEST_F(ChannelTest, NoTimerIsLeftWhenItGoes) {
   function.keep_alive = Milliseconds(2000);
   Open();
-  channel->Connect();
+  tests::Await(channel->Connect());
   EXPECT_EQ(loop->PendingEvents(), 1U);
   channel.reset();
   EXPECT_EQ(loop->PendingEvents(), 0U);

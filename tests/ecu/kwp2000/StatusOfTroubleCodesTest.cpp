@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/kwp2000/Kwp2000Dialect.h"
 #include "ecu/kwp2000/StatusOfTroubleCodes.h"
 

@@ -6,8 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 #include "tests/ecu/session/SessionBench.h"
+#include "tests/support/Await.h"
 
 namespace korval::ecu {
 namespace {
@@ -32,14 +33,14 @@ class AbortTest : public testing::TestWithParam<Wait> {
 
 TEST_P(AbortTest, ClosedSessionEndsItWith1000) {
   const auto wait = GetParam().begin(bench);
-  bench.loop->At(milliseconds(10), [this] { bench.session->Close(); });
+  bench.loop->At(milliseconds(10), [this] { tests::Await(bench.session->Close()); });
   EXPECT_EQ(NumberOf(wait), kLinkLost);
   EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(10)));
 }
 
 TEST_P(AbortTest, SecondStepIsEndedToo) {
   const auto wait = GetParam().begin(bench);
-  bench.loop->At(milliseconds(999), [this] { bench.session->Close(); });
+  bench.loop->At(milliseconds(999), [this] { tests::Await(bench.session->Close()); });
   EXPECT_EQ(NumberOf(wait), kLinkLost);
 }
 
@@ -52,18 +53,18 @@ TEST_P(AbortTest, DestroyedSessionEndsItWith1000) {
 
 TEST_P(AbortTest, ReleasedPortEndsItWith1000) {
   const auto wait = GetParam().begin(bench);
-  bench.loop->At(milliseconds(10), [this] { bench.session->SetPort(""); });
+  bench.loop->At(milliseconds(10), [this] { tests::Await(bench.session->SetPort("")); });
   EXPECT_EQ(NumberOf(wait), kLinkLost);
 }
 
 TEST_P(AbortTest, PortOpenedAnewEndsItWith1000AndServesTheNextRequest) {
   const auto wait = GetParam().begin(bench);
   bench.loop->At(milliseconds(10), [this] {
-    bench.session->Close();
-    bench.session->SetPort("SIM");
+    tests::Await(bench.session->Close());
+    tests::Await(bench.session->SetPort("SIM"));
   });
   EXPECT_EQ(NumberOf(wait), kLinkLost);
-  EXPECT_EQ(NumberOf([this] { bench.Request("READ")->Execute(); }), 0);
+  EXPECT_EQ(NumberOf([this] { tests::Await(bench.Request("READ")->Execute()); }), 0);
 }
 
 TEST_P(AbortTest, FileOfferedAnewDoesNotDisturbIt) {
@@ -77,30 +78,36 @@ TEST_P(AbortTest, FileOfferedAnewDoesNotDisturbIt) {
 
 INSTANTIATE_TEST_SUITE_P(
     Waits, AbortTest,
-    testing::Values(
-        Wait{"Initialise", [](SessionBench& bench) { return [ecu = bench.Engine()] { ecu->Initialise(); }; }},
-        Wait{"Reinitialise",
-             [](SessionBench& bench) { return [ecu = bench.Engine()] { ecu->Reinitialise(); }; }},
-        Wait{"Send",
-             [](SessionBench& bench) {
-               return [ecu = bench.Engine()] {
-                 base::ByteBuffer answer;
-                 ecu->Send(base::ByteBuffer{0x21, 0x01}, answer);
-               };
-             }},
-        Wait{"Execute",
-             [](SessionBench& bench) { return [request = bench.Request("READ")] { request->Execute(); }; }},
-        Wait{"Get by name",
-             [](SessionBench& bench) {
-               auto object = bench.session->CreateInstance("qor4inst.ENGINE");
-               object->SetProtocol(bench.Engine());
-               return [object = std::move(object)] { object->Get("Speed"); };
-             }},
-        Wait{"Set by name", [](SessionBench& bench) {
-               auto object = bench.session->CreateInstance("qor4inst.ENGINE");
-               object->SetProtocol(bench.Engine());
-               return [object = std::move(object)] { object->Set("Limit", 100); };
-             }}));
+    testing::Values(Wait{"Initialise",
+                         [](SessionBench& bench) {
+                           return [ecu = bench.Engine()] { tests::Await(ecu->Initialise()); };
+                         }},
+                    Wait{"Reinitialise",
+                         [](SessionBench& bench) {
+                           return [ecu = bench.Engine()] { tests::Await(ecu->Reinitialise()); };
+                         }},
+                    Wait{"Send",
+                         [](SessionBench& bench) {
+                           return [ecu = bench.Engine()] {
+                             base::ByteBuffer answer;
+                             tests::Await(ecu->Send(base::ByteBuffer{0x21, 0x01}, answer));
+                           };
+                         }},
+                    Wait{"Execute",
+                         [](SessionBench& bench) {
+                           return [request = bench.Request("READ")] { tests::Await(request->Execute()); };
+                         }},
+                    Wait{"Get by name",
+                         [](SessionBench& bench) {
+                           auto object = bench.session->CreateInstance("qor4inst.ENGINE");
+                           object->SetProtocol(bench.Engine());
+                           return [object = std::move(object)] { tests::Await(object->Get("Speed")); };
+                         }},
+                    Wait{"Set by name", [](SessionBench& bench) {
+                           auto object = bench.session->CreateInstance("qor4inst.ENGINE");
+                           object->SetProtocol(bench.Engine());
+                           return [object = std::move(object)] { tests::Await(object->Set("Limit", 100)); };
+                         }}));
 
 TEST(AbortWithoutOwnersTest, NothingButTheWaitHoldsWhatItStandsOn) {
   SessionBench bench(kSlow, kFunction);
@@ -110,7 +117,7 @@ TEST(AbortWithoutOwnersTest, NothingButTheWaitHoldsWhatItStandsOn) {
     request.reset();
     bench.session.reset();
   });
-  EXPECT_EQ(NumberOf([&] { raw.Execute(); }), kLinkLost);
+  EXPECT_EQ(NumberOf([&] { tests::Await(raw.Execute()); }), kLinkLost);
 
   SessionBench other(kSlow, kFunction);
   std::shared_ptr<viator3::Ecu> ecu = other.Engine();
@@ -120,7 +127,7 @@ TEST(AbortWithoutOwnersTest, NothingButTheWaitHoldsWhatItStandsOn) {
     other.session.reset();
   });
   base::ByteBuffer answer;
-  EXPECT_EQ(NumberOf([&] { raw_ecu.Send(base::ByteBuffer{0x21, 0x01}, answer); }), kLinkLost);
+  EXPECT_EQ(NumberOf([&] { tests::Await(raw_ecu.Send(base::ByteBuffer{0x21, 0x01}, answer)); }), kLinkLost);
 }
 
 TEST(AbortNestedTest, WaitInsideAWaitEndsWithItsSession) {
@@ -128,11 +135,11 @@ TEST(AbortNestedTest, WaitInsideAWaitEndsWithItsSession) {
   std::int32_t inner = 0;
   bench.loop->At(milliseconds(5), [&] {
     const auto request = bench.Request("READ_LIMIT");
-    inner = NumberOf([&] { request->Execute(); });
+    inner = NumberOf([&] { tests::Await(request->Execute()); });
   });
   bench.loop->At(milliseconds(10), [&] { bench.session.reset(); });
   const auto request = bench.Request("READ");
-  EXPECT_EQ(NumberOf([&] { request->Execute(); }), kLinkLost);
+  EXPECT_EQ(NumberOf([&] { tests::Await(request->Execute()); }), kLinkLost);
   EXPECT_EQ(inner, kLinkLost);
   EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(10)));
 }

@@ -4,8 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 #include "tests/ecu/session/SessionBench.h"
+#include "tests/support/Await.h"
 
 namespace korval::ecu {
 namespace {
@@ -24,10 +25,10 @@ class ByNameTest : public testing::Test {
     });
   }
   std::int32_t NumberOfSet(const std::string& name, const Variant& value) {
-    return NumberOf([&] { object->Set(name, value); }, &description);
+    return NumberOf([&] { tests::Await(object->Set(name, value)); }, &description);
   }
   std::int32_t NumberOfGet(const std::string& name) {
-    return NumberOf([&] { object->Get(name); }, &description);
+    return NumberOf([&] { tests::Await(object->Get(name)); }, &description);
   }
 
   SessionBench bench{"><Signal Item='Speed' Value='800'/>"};
@@ -41,8 +42,8 @@ TEST_F(ByNameTest, ClassesOfOtherNamesAreUnknown) {
 }
 
 TEST_F(ByNameTest, GetReadsTheFirstAnswerWithThatItem) {
-  EXPECT_EQ(object->Get("Speed"), Variant(800.0));
-  EXPECT_EQ(object->Get("N"), Variant(800.0));
+  EXPECT_EQ(tests::Await(object->Get("Speed")), Variant(800.0));
+  EXPECT_EQ(tests::Await(object->Get("N")), Variant(800.0));
 }
 
 // The names of two items as each other's short names.
@@ -51,10 +52,10 @@ TEST_F(ByNameTest, ShortNameWinsOverTheItemOfThatName) {
     if (name == "Speed") return std::string("Limit");
     return std::string(name == "Limit" ? "Speed" : "");
   });
-  EXPECT_EQ(object->Get("Limit"), Variant(800.0));
-  object->Set("Speed", 120);
+  EXPECT_EQ(tests::Await(object->Get("Limit")), Variant(800.0));
+  tests::Await(object->Set("Speed", 120));
   EXPECT_EQ(bench.Item("WRITE_LIMIT", "Limit")->Value(), Variant(120.0));
-  EXPECT_EQ(object->Get("Speed"), Variant(120.0));
+  EXPECT_EQ(tests::Await(object->Get("Speed")), Variant(120.0));
   EXPECT_EQ(NumberOfSet("Limit", 1), kReadOnly);
   EXPECT_THAT(description, HasSubstr("Speed (short name Limit)"));
 }
@@ -67,35 +68,35 @@ TEST_F(ByNameTest, GetOfUnknownNamesIs2010) {
 }
 
 TEST_F(ByNameTest, SetIsHeldByTheEcuAndReadBack) {
-  object->Set("Limit", 120);
-  EXPECT_EQ(object->Get("Limit"), Variant(120.0));
-  object->Set("L", "130");
-  EXPECT_EQ(object->Get("L"), Variant(130.0));
-  object->Set("State", "running");
-  EXPECT_EQ(object->Get("State"), Variant(std::int32_t{2}));
-  object->Set("State", 0.0F);
-  EXPECT_EQ(object->Get("State"), Variant(std::int32_t{0}));
+  tests::Await(object->Set("Limit", 120));
+  EXPECT_EQ(tests::Await(object->Get("Limit")), Variant(120.0));
+  tests::Await(object->Set("L", "130"));
+  EXPECT_EQ(tests::Await(object->Get("L")), Variant(130.0));
+  tests::Await(object->Set("State", "running"));
+  EXPECT_EQ(tests::Await(object->Get("State")), Variant(std::int32_t{2}));
+  tests::Await(object->Set("State", 0.0F));
+  EXPECT_EQ(tests::Await(object->Get("State")), Variant(std::int32_t{0}));
 }
 
 TEST_F(ByNameTest, SetLeavesTheOtherItemsAsTheyLastStood) {
-  object->Set("Limit", 120);
-  EXPECT_EQ(object->Get("Active"), Variant(true));
-  object->Set("Active", false);
-  EXPECT_EQ(object->Get("Limit"), Variant(120.0));
-  EXPECT_EQ(object->Get("Active"), Variant(false));
+  tests::Await(object->Set("Limit", 120));
+  EXPECT_EQ(tests::Await(object->Get("Active")), Variant(true));
+  tests::Await(object->Set("Active", false));
+  EXPECT_EQ(tests::Await(object->Get("Limit")), Variant(120.0));
+  EXPECT_EQ(tests::Await(object->Get("Active")), Variant(false));
 }
 
 TEST_F(ByNameTest, FirstRequestOfTheFileWrites) {
-  object->Set("Limit", 120);
+  tests::Await(object->Set("Limit", 120));
   EXPECT_EQ(bench.Item("WRITE_LIMIT", "Limit")->Value(), Variant(120.0));
   EXPECT_EQ(bench.Item("WRITE_LIMIT_TOO", "Limit")->Value(), Variant(std::int32_t{0}));
 }
 
 TEST_F(ByNameTest, ScriptVariablesSeeTheSameItems) {
   bench.Item("WRITE_LIMIT", "Active")->SetValue(false);
-  object->Set("Limit", 90);
-  EXPECT_EQ(object->Get("Active"), Variant(false));
-  object->Get("Speed");
+  tests::Await(object->Set("Limit", 90));
+  EXPECT_EQ(tests::Await(object->Get("Active")), Variant(false));
+  tests::Await(object->Get("Speed"));
   EXPECT_EQ(bench.Item("READ", "Temp")->Value(), Variant(0.0));
 }
 
@@ -107,26 +108,26 @@ TEST_F(ByNameTest, NameThatNothingWritesIs2011AndAnUnknownOne2010) {
 }
 
 TEST_F(ByNameTest, RefusedValueIs2012AndNothingIsSent) {
-  object->Set("Limit", 120);
+  tests::Await(object->Set("Limit", 120));
   for (const Variant& value :
        {Variant(2560), Variant(-10), Variant("fast"), Variant(), Variant(base::Null{})}) {
     EXPECT_EQ(NumberOfSet("Limit", value), kValueRefused) << value.ToText();
     EXPECT_THAT(description, HasSubstr("Limit"));
   }
-  EXPECT_EQ(object->Get("Limit"), Variant(120.0));
+  EXPECT_EQ(tests::Await(object->Get("Limit")), Variant(120.0));
 }
 
 TEST_F(ByNameTest, WithoutAnEcuNothingIsKnown) {
   const auto fresh = bench.session->CreateInstance("qor4inst.ENGINE");
-  EXPECT_EQ(NumberOf([&] { fresh->Get("Speed"); }), kUnknownName);
-  EXPECT_EQ(NumberOf([&] { fresh->Set("Limit", 1); }), kUnknownName);
+  EXPECT_EQ(NumberOf([&] { tests::Await(fresh->Get("Speed")); }), kUnknownName);
+  EXPECT_EQ(NumberOf([&] { tests::Await(fresh->Set("Limit", 1)); }), kUnknownName);
 }
 
 TEST_F(ByNameTest, FailureOfTheRequestIsPassedOn) {
   SessionBench refusing("><Answer Request='3B100C80' Response='7F3B33'/>");
   const auto refused = refusing.session->CreateInstance("qor4inst.ENGINE");
   refused->SetProtocol(refusing.Engine());
-  EXPECT_EQ(NumberOf([&] { refused->Set("Limit", 120); }, &description), kNegativeAnswer);
+  EXPECT_EQ(NumberOf([&] { tests::Await(refused->Set("Limit", 120)); }, &description), kNegativeAnswer);
   EXPECT_THAT(description, HasSubstr("securityAccessDenied"));
 }
 

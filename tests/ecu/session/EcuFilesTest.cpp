@@ -7,11 +7,12 @@
 
 #include <gtest/gtest.h>
 
+#include "base/ErrorNumbers.h"
 #include "base/Failure.h"
 #include "base/XmlFile.h"
-#include "ecu/description/ErrorNumbers.h"
 #include "ecu/session/EcuFiles.h"
 #include "tests/ecu/session/SessionBench.h"
+#include "tests/support/Await.h"
 #include "tests/support/TempFolder.h"
 
 namespace korval::ecu {
@@ -21,11 +22,15 @@ base::XmlDocument File(const std::string& function) {
   return base::LoadXmlText(SessionBench::FileText(function), "ecu");
 }
 
+std::shared_ptr<const XmlEcuFile> Read(const std::string& path, base::XmlDocument document) {
+  return std::make_shared<const XmlEcuFile>(path, base::FileStamp::Of(path), std::move(document));
+}
+
 TEST(EcuFilesTest, FileOfferedLastServesItsFunction) {
   EcuFiles files("");
-  files.Offer("a.xml", File("Name='ENGINE' Ecu='A'"));
-  files.Offer("b.xml", File("Name='ENGINE' Ecu='B'"));
-  files.Offer("c.xml", File("Name='ABS' Ecu='C'"));
+  files.Offer(Read("a.xml", File("Name='ENGINE' Ecu='A'")));
+  files.Offer(Read("b.xml", File("Name='ENGINE' Ecu='B'")));
+  files.Offer(Read("c.xml", File("Name='ABS' Ecu='C'")));
   EXPECT_EQ(files.Find("ENGINE")->Function().ecu, "B");
   EXPECT_EQ(files.Find("ABS")->Function().ecu, "C");
   EXPECT_EQ(files.Find("GEARBOX"), nullptr);
@@ -35,21 +40,21 @@ TEST(EcuFilesTest, FileOfferedAgainUnchangedKeepsItsDescription) {
   const tests::TempFolder folder;
   folder.Write("a.xml", "1");
   EcuFiles files("");
-  files.Offer(folder.Path("a.xml"), File("Name='ENGINE'"));
+  files.Offer(Read(folder.Path("a.xml"), File("Name='ENGINE'")));
   const auto first = files.Find("ENGINE");
-  files.Offer(folder.Path("a.xml"), File("Name='ENGINE'"));
+  files.Offer(Read(folder.Path("a.xml"), File("Name='ENGINE'")));
   EXPECT_EQ(files.Find("ENGINE"), first);
   std::filesystem::last_write_time(folder.Path("a.xml"),
                                    std::filesystem::file_time_type::clock::now() + std::chrono::hours(1));
-  files.Offer(folder.Path("a.xml"), File("Name='ENGINE'"));
+  files.Offer(Read(folder.Path("a.xml"), File("Name='ENGINE'")));
   EXPECT_NE(files.Find("ENGINE"), first);
 }
 
 // Written again so soon, or with its old time, that nothing but the content shows it.
 TEST(EcuFilesTest, FileWhoseContentAloneHasChangedIsTaken) {
   EcuFiles files("");
-  files.Offer("a.xml", File("Name='ENGINE' Ecu='A'"));
-  files.Offer("a.xml", File("Name='ENGINE' Ecu='B'"));
+  files.Offer(Read("a.xml", File("Name='ENGINE' Ecu='A'")));
+  files.Offer(Read("a.xml", File("Name='ENGINE' Ecu='B'")));
   EXPECT_EQ(files.Find("ENGINE")->Function().ecu, "B");
 }
 
@@ -94,7 +99,7 @@ TEST(EcuFilesTest, FolderIsReadOnceForWhatItDoesNotHaveAndAgainWhereItChanged) {
 
 TEST(EcuFilesTest, FileWithoutFunctionIsRefused) {
   EcuFiles files("");
-  EXPECT_THROW(files.Offer("a.xml", base::LoadXmlText("<xml/>", "a.xml")), base::Failure);
+  EXPECT_THROW(files.Offer(Read("a.xml", base::LoadXmlText("<xml/>", "a.xml"))), base::Failure);
 }
 
 TEST(EcuFilesTest, FolderIsSearchedForWhatWasNotOfferedAndUnreadableFilesAreSkipped) {
@@ -110,7 +115,7 @@ TEST(EcuFilesTest, FolderIsSearchedForWhatWasNotOfferedAndUnreadableFilesAreSkip
   ASSERT_NE(files.Find("ENGINE"), nullptr);
   EXPECT_EQ(files.Find("ENGINE")->Function().ecu, "of the folder");
   EXPECT_EQ(files.Find("GEARBOX"), nullptr);
-  files.Offer("a.xml", File("Name='ENGINE' Ecu='offered'"));
+  files.Offer(Read("a.xml", File("Name='ENGINE' Ecu='offered'")));
   EXPECT_EQ(files.Find("ENGINE")->Function().ecu, "offered");
 }
 
@@ -129,7 +134,7 @@ TEST(EcuFilesTest, SessionKeepsTheEcuObjectOfTheSameFileAndMakesOneForAnother) {
   EXPECT_NE(second, first);
   EXPECT_EQ(second->Name(), "Other");
   EXPECT_EQ(bench.session->Ecus().size(), 1U);
-  EXPECT_EQ(NumberOf([&] { first->Initialise(); }), 0);
+  EXPECT_EQ(NumberOf([&] { tests::Await(first->Initialise()); }), 0);
   EXPECT_TRUE(first->Initialised());
 }
 

@@ -7,6 +7,7 @@
 
 #include "base/Failure.h"
 #include "tests/ecu/session/SessionBench.h"
+#include "tests/support/Await.h"
 
 namespace korval::ecu {
 namespace {
@@ -34,12 +35,12 @@ std::size_t UseEverything(const std::string& simulation, const std::string& requ
   SessionBench bench(simulation, function, requests);
   std::size_t items = 0;
   for (const auto& request : bench.Engine()->RequestList()) {
-    MayFail([&] { request->Execute(); });
+    MayFail([&] { tests::Await(request->Execute()); });
     for (const auto& item : request->Data()) {
       UseItem(*item);
       ++items;
     }
-    MayFail([&] { request->Execute(); });
+    MayFail([&] { tests::Await(request->Execute()); });
   }
   for (const char* request : {"17FF00", "17FFFF", "14FF00", "2180", "FF"})
     MayFail([&] { bench.Send(request); });
@@ -121,7 +122,7 @@ TEST(HostileFileTest, AnswersAndFaultsThatContradictTheRequest) {
 
 TEST(HostileFileTest, LongestLatencyIsWaitedForInModelTime) {
   SessionBench bench("LatencyMs='3600000'>");
-  bench.Request("READ")->Execute();
+  tests::Await(bench.Request("READ")->Execute());
   EXPECT_EQ(bench.loop->Now(), base::TimePoint(std::chrono::hours(1)));
 }
 

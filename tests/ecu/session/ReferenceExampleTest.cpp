@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/ecu/session/SessionBench.h"
+#include "tests/support/Await.h"
 
 namespace korval::ecu {
 namespace {
@@ -26,7 +27,7 @@ TEST(ReferenceExampleTest, BytesAndValuesAreThoseOfThePage) {
   bench.Offer("example.xml", FirstXmlOfThePage());
   ASSERT_NE(bench.Request("READ_ENGINE"), nullptr);
   EXPECT_EQ(bench.Send("2101"), "61010C808202");
-  bench.Request("READ_ENGINE")->Execute();
+  tests::Await(bench.Request("READ_ENGINE")->Execute());
   EXPECT_EQ(bench.Item("READ_ENGINE", "EngineSpeed")->Value(), base::Variant(800.0));
   EXPECT_EQ(bench.Item("READ_ENGINE", "CoolantTemp")->Value(), base::Variant(90.0));
   EXPECT_EQ(bench.Item("READ_ENGINE", "CoolantTemp")->Unit(), "\u00B0C");

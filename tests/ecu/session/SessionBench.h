@@ -10,7 +10,9 @@
 #include "base/Failure.h"
 #include "base/XmlFile.h"
 #include "ecu/session/SessionFactory.h"
+#include "tests/support/Await.h"
 #include "tests/support/ManualEventLoop.h"
+#include "tests/support/SessionInput.h"
 
 namespace korval::ecu {
 
@@ -50,12 +52,12 @@ class SessionBench {
   explicit SessionBench(const std::string& simulation = ">",
                         const std::string& function = "Name='ENGINE' Ecu='Engine control'",
                         const std::string& requests = kEngineRequests) {
-    session->SetPort(session->Port());
+    tests::Await(session->SetPort(session->Port()));
     Offer("engine.xml", FileText(function, simulation, requests));
   }
 
   void Offer(const std::string& path, const std::string& text) {
-    session->OfferEcuFile(path, base::LoadXmlText(text, path));
+    session->OfferEcuFile(tests::EcuFileOf(path, base::LoadXmlText(text, path)));
   }
   std::shared_ptr<viator3::Ecu> Engine() { return session->EcuByFunction("ENGINE"); }
   std::shared_ptr<viator3::Request> Request(const std::string& name) {
@@ -72,7 +74,7 @@ class SessionBench {
   }
   std::string Send(const std::string& hex) {
     base::ByteBuffer answer;
-    Engine()->Send(base::ByteBuffer::FromHex(hex), answer);
+    tests::Await(Engine()->Send(base::ByteBuffer::FromHex(hex), answer));
     return answer.ToHex();
   }
 

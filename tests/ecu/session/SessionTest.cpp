@@ -4,8 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ecu/description/ErrorNumbers.h"
+#include "base/ErrorNumbers.h"
 #include "tests/ecu/session/SessionBench.h"
+#include "tests/support/Await.h"
+#include "tests/support/SessionInput.h"
 #include "tests/support/TempFolder.h"
 
 namespace korval::ecu {
@@ -26,9 +28,9 @@ std::vector<std::string> Names(const viator3::Request::Items& items) {
 TEST(SessionTest, EmptyPortIs1001AndThePortThatWorksCanBeGivenThen) {
   const auto session = CreateSession({std::make_shared<tests::ManualEventLoop>(), "", "", {}});
   std::string description;
-  EXPECT_EQ(NumberOf([&] { session->SetPort(session->Port()); }, &description), kNoInterface);
+  EXPECT_EQ(NumberOf([&] { tests::Await(session->SetPort(session->Port())); }, &description), kNoInterface);
   EXPECT_THAT(description, HasSubstr("SIM"));
-  EXPECT_EQ(NumberOf([&] { session->SetPort("SIM"); }), 0);
+  EXPECT_EQ(NumberOf([&] { tests::Await(session->SetPort("SIM")); }), 0);
   EXPECT_EQ(session->Port(), "SIM");
 }
 
@@ -36,7 +38,9 @@ TEST(SessionTest, PortsWithoutADriverAre1002AndSayWhatToDo) {
   for (const char* port : {"COM3", "/dev/ttyUSB0", "CAN:socketcan:can0", "NONE", "nonsense", "sim"}) {
     const auto session = CreateSession({std::make_shared<tests::ManualEventLoop>(), port, "", {}});
     std::string description;
-    EXPECT_EQ(NumberOf([&] { session->SetPort(session->Port()); }, &description), kInterfaceRefused) << port;
+    EXPECT_EQ(NumberOf([&] { tests::Await(session->SetPort(session->Port())); }, &description),
+              kInterfaceRefused)
+        << port;
     EXPECT_THAT(description, HasSubstr(std::string(port) + ": "));
     EXPECT_THAT(description, HasSubstr("choose the port SIM"));
     EXPECT_EQ(session->Port(), port);
@@ -45,11 +49,11 @@ TEST(SessionTest, PortsWithoutADriverAre1002AndSayWhatToDo) {
 
 TEST(SessionTest, ReleasingThePortThatWasOpenRaisesNothing) {
   SessionBench bench;
-  EXPECT_EQ(NumberOf([&] { bench.session->SetPort(""); }), 0);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.session->SetPort("")); }), 0);
   EXPECT_EQ(bench.session->Port(), "");
   SessionBench closed;
-  closed.session->Close();
-  EXPECT_EQ(NumberOf([&] { closed.session->SetPort(""); }), 0);
+  tests::Await(closed.session->Close());
+  EXPECT_EQ(NumberOf([&] { tests::Await(closed.session->SetPort("")); }), 0);
 }
 
 TEST(SessionTest, EcuShowsWhatItsFileSays) {
@@ -95,7 +99,7 @@ TEST(SessionTest, ExecutingInitialisesAndFillsTheItems) {
   EXPECT_TRUE(speed->Value().IsEmpty());
   EXPECT_EQ(speed->Text(), "");
   EXPECT_FALSE(bench.Engine()->Initialised());
-  bench.Request("READ")->Execute();
+  tests::Await(bench.Request("READ")->Execute());
   EXPECT_TRUE(bench.Engine()->Initialised());
   EXPECT_EQ(speed->Value(), Variant(800.0));
   EXPECT_EQ(speed->Text(), "800");
@@ -137,7 +141,7 @@ TEST(SessionTest, RefusedValueIs2012AndTheItemKeepsItsOwn) {
 TEST(SessionTest, AnswerShorterThanMinBytesIs2002AndTheValuesStay) {
   SessionBench bench("><Answer Request='2101' Response='61010C8082'/>");
   std::string description;
-  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }, &description), kAnswerTooShort);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Request("READ")->Execute()); }, &description), kAnswerTooShort);
   EXPECT_THAT(description, HasSubstr("READ was answered with 5 bytes instead of 6"));
   EXPECT_TRUE(bench.Item("READ", "Speed")->Value().IsEmpty());
 }
@@ -146,7 +150,7 @@ TEST(SessionTest, ItemThatTheAnswerDoesNotReachHasNoValue) {
   SessionBench bench("><Answer Request='2101' Response='610101'/>", "Name='ENGINE'",
                      "<Request Name='READ'><Sent Bytes='2101'/><Received><DataItem Name='A' FirstByte='3'/>"
                      "<DataItem Name='B' FirstByte='4'/></Received></Request>");
-  bench.Request("READ")->Execute();
+  tests::Await(bench.Request("READ")->Execute());
   EXPECT_EQ(bench.Item("READ", "A")->Value(), Variant(std::int32_t{1}));
   EXPECT_TRUE(bench.Item("READ", "B")->Value().IsEmpty());
   EXPECT_EQ(bench.Item("READ", "B")->Text(), "");
@@ -154,7 +158,7 @@ TEST(SessionTest, ItemThatTheAnswerDoesNotReachHasNoValue) {
 
 TEST(SessionTest, RequestThatSendsNothingIsNotAnswered) {
   SessionBench bench(">", "Name='ENGINE'", "<Request Name='NOTHING'/>");
-  EXPECT_EQ(NumberOf([&] { bench.Request("NOTHING")->Execute(); }), kNoAnswer);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Request("NOTHING")->Execute()); }), kNoAnswer);
 }
 
 TEST(SessionTest, RawRequestGivesTheAnswerAlsoWhenItIsNegative) {
@@ -164,18 +168,18 @@ TEST(SessionTest, RawRequestGivesTheAnswerAlsoWhenItIsNegative) {
   std::string description;
   EXPECT_EQ(NumberOf(
                 [&] {
-                  bench.Engine()->Send(base::ByteBuffer{0x27, 0x01}, answer);
+                  tests::Await(bench.Engine()->Send(base::ByteBuffer{0x27, 0x01}, answer));
                 },
                 &description),
             kNegativeAnswer);
   EXPECT_EQ(answer.ToHex(), "7F2711");
   EXPECT_EQ(description, "Negative answer: securityAccess (27): serviceNotSupported (11)");
-  EXPECT_EQ(NumberOf([&] { bench.Engine()->Send({}, answer); }), kValueRefused);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Engine()->Send({}, answer)); }), kValueRefused);
 }
 
 TEST(SessionTest, AnswerThatNeverComesIs2000AfterTheLatencyAndP2) {
   SessionBench bench("LatencyMs='100'><Answer Request='2101' Response=''/>", "Name='ENGINE' P2Ms='25'");
-  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }), kNoAnswer);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Request("READ")->Execute()); }), kNoAnswer);
   EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(125)));
 }
 
@@ -183,14 +187,14 @@ TEST(SessionTest, LatencyDelaysTheAnswerWithEventsRunning) {
   SessionBench bench("LatencyMs='3000'>");
   bool event = false;
   bench.loop->At(milliseconds(2999), [&] { event = true; });
-  bench.Request("READ")->Execute();
+  tests::Await(bench.Request("READ")->Execute());
   EXPECT_TRUE(event);
   EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(3000)));
 }
 
 TEST(SessionTest, WithoutLatencyNoTimePassesAndNoTimerRuns) {
   SessionBench bench(">", "Name='ENGINE' KeepAliveMs='0' Session='81'");
-  bench.Request("READ")->Execute();
+  tests::Await(bench.Request("READ")->Execute());
   EXPECT_EQ(bench.loop->Now(), base::TimePoint(milliseconds(0)));
   EXPECT_EQ(bench.loop->PendingEvents(), 0U);
 }
@@ -199,12 +203,12 @@ class ReconnectNumberTest : public testing::TestWithParam<std::int32_t> {};
 
 TEST_P(ReconnectNumberTest, LeavesTheEcuUninitialisedUntilItIsReinitialised) {
   SessionBench bench("><Fault Request='READ' Number='" + std::to_string(GetParam()) + "' Times='1'/>");
-  bench.Engine()->Initialise();
-  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }), GetParam());
+  tests::Await(bench.Engine()->Initialise());
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Request("READ")->Execute()); }), GetParam());
   EXPECT_FALSE(bench.Engine()->Initialised());
-  bench.Engine()->Reinitialise();
+  tests::Await(bench.Engine()->Reinitialise());
   EXPECT_TRUE(bench.Engine()->Initialised());
-  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }), 0);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Request("READ")->Execute()); }), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Numbers, ReconnectNumberTest, testing::Values(1000, 2000, 2042, 2045, 2046));
@@ -212,25 +216,25 @@ INSTANTIATE_TEST_SUITE_P(Numbers, ReconnectNumberTest, testing::Values(1000, 200
 TEST(SessionTest, OtherFaultsLeaveTheEcuInitialised) {
   SessionBench bench("><Fault Request='READ' Number='2044' Times='1'/>");
   std::string description;
-  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }, &description), 2044);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Request("READ")->Execute()); }, &description), 2044);
   EXPECT_THAT(description, HasSubstr("Error 2044"));
   EXPECT_TRUE(bench.Engine()->Initialised());
 }
 
 TEST(SessionTest, FaultOfTheInitialisationCountsEachAttempt) {
   SessionBench bench("><Fault Init='1' Number='1015' Times='2'/>");
-  EXPECT_EQ(NumberOf([&] { bench.Engine()->Initialise(); }), kCanNetworkError);
-  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }), kCanNetworkError);
-  EXPECT_EQ(NumberOf([&] { bench.Engine()->Reinitialise(); }), 0);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Engine()->Initialise()); }), kCanNetworkError);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Request("READ")->Execute()); }), kCanNetworkError);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Engine()->Reinitialise()); }), 0);
   EXPECT_TRUE(bench.Engine()->Initialised());
 }
 
 TEST(SessionTest, InitialisingTwiceIsOnceAndReinitialisingIsAnew) {
   SessionBench bench("><Fault Init='1' Number='2042' Times='0'/>");
-  bench.Engine()->Initialise();
-  bench.Engine()->Initialise();
+  tests::Await(bench.Engine()->Initialise());
+  tests::Await(bench.Engine()->Initialise());
   EXPECT_EQ(bench.Send("3E"), "7E");
-  bench.Engine()->Reinitialise();
+  tests::Await(bench.Engine()->Reinitialise());
   EXPECT_TRUE(bench.Engine()->Initialised());
 }
 
@@ -252,40 +256,40 @@ TEST(SessionTest, FailuresTakeTheirTextFromTheErrorsFile) {
 TEST(SessionTest, AfterCloseEverythingIs1000UntilThePortIsOpenedAgain) {
   SessionBench bench;
   const auto request = bench.Request("READ");
-  request->Execute();
-  bench.session->Close();
+  tests::Await(request->Execute());
+  tests::Await(bench.session->Close());
   EXPECT_FALSE(bench.Engine()->Initialised());
-  EXPECT_EQ(NumberOf([&] { request->Execute(); }), kLinkLost);
-  EXPECT_EQ(NumberOf([&] { bench.Engine()->Initialise(); }), kLinkLost);
+  EXPECT_EQ(NumberOf([&] { tests::Await(request->Execute()); }), kLinkLost);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Engine()->Initialise()); }), kLinkLost);
   EXPECT_EQ(NumberOf([&] { bench.Send("3E"); }), kLinkLost);
   EXPECT_EQ(bench.Item("READ", "Temp")->Value(), Variant(0.0));
-  bench.session->SetPort("SIM");
-  EXPECT_EQ(NumberOf([&] { request->Execute(); }), 0);
+  tests::Await(bench.session->SetPort("SIM"));
+  EXPECT_EQ(NumberOf([&] { tests::Await(request->Execute()); }), 0);
 }
 
 TEST(SessionTest, WithoutAnOpenPortRequestsAre1001) {
   const auto session = CreateSession({std::make_shared<tests::ManualEventLoop>(), "SIM", "", {}});
-  session->OfferEcuFile("engine.xml",
-                        base::LoadXmlText(SessionBench::FileText("Name='ENGINE'"), "engine.xml"));
-  EXPECT_EQ(NumberOf([&] { session->EcuByFunction("ENGINE")->Initialise(); }), kNoInterface);
+  session->OfferEcuFile(tests::EcuFileOf(
+      "engine.xml", base::LoadXmlText(SessionBench::FileText("Name='ENGINE'"), "engine.xml")));
+  EXPECT_EQ(NumberOf([&] { tests::Await(session->EcuByFunction("ENGINE")->Initialise()); }), kNoInterface);
 }
 
 TEST(SessionTest, TesterPresentKeepsTheSimulatedEcuCompanyForADay) {
   SessionBench bench;
-  bench.Request("READ")->Execute();
+  tests::Await(bench.Request("READ")->Execute());
   bench.loop->Advance(std::chrono::hours(24));
   EXPECT_EQ(bench.loop->PendingEvents(), 1U);
   EXPECT_TRUE(bench.Engine()->Initialised());
-  bench.Request("READ")->Execute();
+  tests::Await(bench.Request("READ")->Execute());
 }
 
 TEST(SessionTest, TesterPresentThatFailsIsReportedOnce) {
   SessionBench bench("><Answer Request='3E' Response=''/>");
-  bench.Request("READ")->Execute();
+  tests::Await(bench.Request("READ")->Execute());
   bench.loop->Advance(std::chrono::seconds(3));
   EXPECT_FALSE(bench.Engine()->Initialised());
-  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }), kTesterPresentUnanswered);
-  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }), 0);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Request("READ")->Execute()); }), kTesterPresentUnanswered);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Request("READ")->Execute()); }), 0);
 }
 
 TEST(SessionTest, ItemsOutliveTheSessionAndLoseTheirRequest) {
@@ -293,7 +297,7 @@ TEST(SessionTest, ItemsOutliveTheSessionAndLoseTheirRequest) {
   {
     SessionBench bench("><Signal Item='Speed' Value='800'/>");
     item = bench.Item("READ", "Speed");
-    bench.Request("READ")->Execute();
+    tests::Await(bench.Request("READ")->Execute());
   }
   EXPECT_EQ(item->Value(), Variant(800.0));
   EXPECT_EQ(item->Name(), "Speed");
@@ -306,7 +310,7 @@ TEST(SessionTest, RequestsOutliveTheSession) {
     SessionBench bench;
     request = bench.Request("READ");
   }
-  EXPECT_EQ(NumberOf([&] { request->Execute(); }), kLinkLost);
+  EXPECT_EQ(NumberOf([&] { tests::Await(request->Execute()); }), kLinkLost);
 }
 
 // Zeros with a success would be taken for measured values.
@@ -317,11 +321,11 @@ TEST(SimulationTest, FileWithoutSimulationDoesNotAnswerOnPortSim) {
   without.erase(with.find("<Simulation"), std::string("<Simulation ></Simulation>").size());
   bench.Offer("real.xml", without);
   std::string description;
-  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }, &description), kNoAnswer);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Request("READ")->Execute()); }, &description), kNoAnswer);
   EXPECT_THAT(description, testing::HasSubstr("has no Simulation element"));
-  EXPECT_EQ(NumberOf([&] { bench.Engine()->Initialise(); }), kNoAnswer);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Engine()->Initialise()); }), kNoAnswer);
   bench.Offer("empty.xml", with);
-  EXPECT_EQ(NumberOf([&] { bench.Request("READ")->Execute(); }), 0);
+  EXPECT_EQ(NumberOf([&] { tests::Await(bench.Request("READ")->Execute()); }), 0);
   EXPECT_EQ(bench.Item("READ", "Temp")->Value(), base::Variant(0.0));
 }
 

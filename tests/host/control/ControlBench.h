@@ -9,6 +9,7 @@
 #include "host/control/ServerControl.h"
 #include "host/trace/TextTerminal.h"
 #include "tests/host/control/FakeSettingsPanel.h"
+#include "tests/support/Await.h"
 #include "tests/support/FakePortLabel.h"
 #include "tests/support/FakePortScout.h"
 #include "tests/support/FakePower.h"

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/host/control/ControlBench.h"
+#include "tests/support/Await.h"
 
 namespace korval::host {
 namespace {

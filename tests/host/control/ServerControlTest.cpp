@@ -8,6 +8,7 @@
 
 #include "base/Failure.h"
 #include "tests/host/control/ControlBench.h"
+#include "tests/support/Await.h"
 
 namespace korval::host {
 namespace {
