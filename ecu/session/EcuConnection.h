@@ -16,7 +16,7 @@ class EcuConnection {
   EcuConnection(std::shared_ptr<LinkHost> host, std::shared_ptr<const EcuDescription> ecu);
 
   bool IsInitialised() const { return channel_ && channel_->IsConnected(); }
-  /// These raise as Channel's operations do. The connection may be destroyed in their waits.
+  /// These raise as ServiceChannel's operations do. The connection may be destroyed in their waits.
   base::Task<void> Initialise() { return Open()->Connect(function_); }
   base::Task<void> Reinitialise() { return Open()->Reconnect(function_); }
   base::Task<void> Exchange(base::ByteView request, base::ByteBuffer& answer) {
@@ -25,12 +25,12 @@ class EcuConnection {
   base::Task<void> Tell(base::ByteView request) { return Open()->Tell(request, function_); }
 
  private:
-  std::shared_ptr<Channel> Open();
+  std::shared_ptr<ServiceChannel> Open();
 
   std::shared_ptr<LinkHost> host_;
   std::shared_ptr<const EcuDescription> ecu_;
-  Channel::Asker function_;
-  std::shared_ptr<Channel> channel_;
+  ServiceChannel::Asker function_;
+  std::shared_ptr<ServiceChannel> channel_;
 };
 
 }  // namespace korval::ecu

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/ErrorNumbers.h"
+#include "ecu/kwp2000/Kwp2000Dialect.h"
 #include "ecu/session/OpenInterface.h"
 
 namespace korval::ecu {
@@ -33,15 +34,15 @@ void LinkHost::Close() {
   }
 }
 
-std::shared_ptr<Channel> LinkHost::OpenChannel(const std::shared_ptr<const EcuDescription>& ecu) {
+std::shared_ptr<ServiceChannel> LinkHost::OpenChannel(const std::shared_ptr<const EcuDescription>& ecu) {
   DiagnosticInterface& interface = RequireInterface();
   const std::string name = interface.EcuOf(ecu->Function());
   std::erase_if(channels_, [](const OpenedChannel& opened) { return opened.channel.expired(); });
   for (const OpenedChannel& opened : channels_) {
     if (!name.empty() && opened.ecu == name) return opened.channel.lock();
   }
-  auto channel =
-      std::make_shared<Channel>(environment_.loop, interface.LinkTo(ecu), ecu->Function(), errors_);
+  auto channel = std::make_shared<ServiceChannel>(environment_.loop, interface.LinkTo(ecu), Kwp2000(),
+                                                  ecu->Function(), errors_);
   channels_.push_back({name, channel});
   return channel;
 }

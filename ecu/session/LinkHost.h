@@ -9,7 +9,7 @@
 #include "ecu/description/EcuDescription.h"
 #include "ecu/description/ErrorTable.h"
 #include "ecu/description/MessagingFile.h"
-#include "ecu/kwp2000/Channel.h"
+#include "ecu/service/ServiceChannel.h"
 #include "ecu/session/DiagnosticInterface.h"
 #include "ecu/session/SessionFactory.h"
 
@@ -30,7 +30,7 @@ class LinkHost {
 
   /// These raise 1001 when no interface was opened, 1000 when it was closed. Functions of the same ECU are
   /// given the same channel.
-  std::shared_ptr<Channel> OpenChannel(const std::shared_ptr<const EcuDescription>& ecu);
+  std::shared_ptr<ServiceChannel> OpenChannel(const std::shared_ptr<const EcuDescription>& ecu);
   base::Task<void> SendFrames(std::vector<FrameToSend> frames);
 
   /// Identifiers and bit rate of the CAN bus, now and of every interface opened later.
@@ -47,7 +47,7 @@ class LinkHost {
  private:
   struct OpenedChannel {
     std::string ecu;  // "": shared by nobody
-    std::weak_ptr<Channel> channel;
+    std::weak_ptr<ServiceChannel> channel;
   };
 
   DiagnosticInterface& RequireInterface();

@@ -10,7 +10,8 @@
 
 #include "base/ErrorNumbers.h"
 #include "base/Failure.h"
-#include "ecu/kwp2000/Channel.h"
+#include "ecu/kwp2000/Kwp2000Dialect.h"
+#include "ecu/service/ServiceChannel.h"
 #include "tests/support/Await.h"
 #include "tests/support/ManualEventLoop.h"
 
@@ -68,20 +69,20 @@ class ScriptedLink : public MessageLink {
   Events events_;
 };
 
-class ChannelTest : public testing::Test {
+class ServiceChannelTest : public testing::Test {
  protected:
-  ChannelTest() {
+  ServiceChannelTest() {
     function.name = "ENGINE";
     function.ecu = "Engine control";
     function.keep_alive = Milliseconds(0);
     function.timing.p2 = 50;
   }
 
-  std::shared_ptr<Channel> Open() {
+  std::shared_ptr<ServiceChannel> Open() {
     auto owned = std::make_unique<ScriptedLink>(log);
     link = owned.get();
-    channel =
-        std::make_shared<Channel>(loop, std::move(owned), function, std::make_shared<const ErrorTable>());
+    channel = std::make_shared<ServiceChannel>(loop, std::move(owned), Kwp2000(), function,
+                                               std::make_shared<const ErrorTable>());
     return channel;
   }
 
@@ -104,12 +105,12 @@ class ChannelTest : public testing::Test {
   std::vector<std::string> log;
   FunctionDescription function;
   ScriptedLink* link = nullptr;
-  std::shared_ptr<Channel> channel;
+  std::shared_ptr<ServiceChannel> channel;
   ByteBuffer answer;
   std::string description;
 };
 
-TEST_F(ChannelTest, AMessageThatTheLinkCannotSendIsTheRequestsFailureAndTheNextOneWorks) {
+TEST_F(ServiceChannelTest, AMessageThatTheLinkCannotSendIsTheRequestsFailureAndTheNextOneWorks) {
   Open();
   link->on_send = [](const std::string&) { throw base::Failure(kValueRefused, "cannot be coded"); };
   EXPECT_EQ(Request(), kValueRefused);
@@ -118,7 +119,7 @@ TEST_F(ChannelTest, AMessageThatTheLinkCannotSendIsTheRequestsFailureAndTheNextO
   EXPECT_EQ(Request(), 0);
 }
 
-TEST_F(ChannelTest, ATesterPresentThatTheLinkCannotSendHarmsNothing) {
+TEST_F(ServiceChannelTest, ATesterPresentThatTheLinkCannotSendHarmsNothing) {
   function.keep_alive = Milliseconds(2000);
   Open();
   EXPECT_EQ(Request(), 0);
@@ -128,7 +129,7 @@ TEST_F(ChannelTest, ATesterPresentThatTheLinkCannotSendHarmsNothing) {
   EXPECT_EQ(Request(), 0);
 }
 
-TEST_F(ChannelTest, LinkThatFailsInTesterPresentIsReportedByItsOwnNumber) {
+TEST_F(ServiceChannelTest, LinkThatFailsInTesterPresentIsReportedByItsOwnNumber) {
   for (const std::int32_t number : {kLinkLost, kCanNetworkError}) {
     function.keep_alive = Milliseconds(2000);
     Open();
@@ -144,7 +145,7 @@ TEST_F(ChannelTest, LinkThatFailsInTesterPresentIsReportedByItsOwnNumber) {
   }
 }
 
-TEST_F(ChannelTest, FirstRequestConnectsAndOpensTheSession) {
+TEST_F(ServiceChannelTest, FirstRequestConnectsAndOpensTheSession) {
   function.session = 0x81;
   Open();
   EXPECT_FALSE(channel->IsConnected());
@@ -156,7 +157,7 @@ TEST_F(ChannelTest, FirstRequestConnectsAndOpensTheSession) {
   EXPECT_EQ(loop->PendingEvents(), 0U);
 }
 
-TEST_F(ChannelTest, ReconnectStartsTheCommunicationAnew) {
+TEST_F(ServiceChannelTest, ReconnectStartsTheCommunicationAnew) {
   Open();
   tests::Await(channel->Connect());
   tests::Await(channel->Connect());
@@ -164,7 +165,7 @@ TEST_F(ChannelTest, ReconnectStartsTheCommunicationAnew) {
   EXPECT_THAT(log, ElementsAre("connect", "connect"));
 }
 
-TEST_F(ChannelTest, AnswerMayComeLaterAndEventsRunMeanwhile) {
+TEST_F(ServiceChannelTest, AnswerMayComeLaterAndEventsRunMeanwhile) {
   Open();
   link->on_send = [this](const std::string&) {
     loop->At(milliseconds(49), [this] { link->Arrive("6101CD"); });
@@ -177,7 +178,7 @@ TEST_F(ChannelTest, AnswerMayComeLaterAndEventsRunMeanwhile) {
   EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(49)));
 }
 
-TEST_F(ChannelTest, SilenceIs2000AfterP2AndTheNextRequestConnectsAnew) {
+TEST_F(ServiceChannelTest, SilenceIs2000AfterP2AndTheNextRequestConnectsAnew) {
   Open();
   link->answers.clear();
   EXPECT_EQ(Request(), kNoAnswer);
@@ -189,7 +190,7 @@ TEST_F(ChannelTest, SilenceIs2000AfterP2AndTheNextRequestConnectsAnew) {
   EXPECT_THAT(log, ElementsAre("connect", "2101", "connect", "2101"));
 }
 
-TEST_F(ChannelTest, ReadingRequestIsSentAgainBeforeTheLinkCountsAsLost) {
+TEST_F(ServiceChannelTest, ReadingRequestIsSentAgainBeforeTheLinkCountsAsLost) {
   function.repeats = 2;
   Open();
   int times = 0;
@@ -203,7 +204,7 @@ TEST_F(ChannelTest, ReadingRequestIsSentAgainBeforeTheLinkCountsAsLost) {
   EXPECT_THAT(log, ElementsAre("connect", "2101", "2101", "2101"));
 }
 
-TEST_F(ChannelTest, ReadingRequestThatIsNeverAnsweredIs2000AfterItsRepeats) {
+TEST_F(ServiceChannelTest, ReadingRequestThatIsNeverAnsweredIs2000AfterItsRepeats) {
   function.repeats = 1;
   Open();
   link->on_send = [this](const std::string&) { link->Fail(kForeignAnswer); };
@@ -215,7 +216,7 @@ TEST_F(ChannelTest, ReadingRequestThatIsNeverAnsweredIs2000AfterItsRepeats) {
   EXPECT_THAT(log, ElementsAre("connect", "2101", "2101", "2101", "2101"));
 }
 
-TEST_F(ChannelTest, TheLinkSaysHowOftenUnlessTheFileDoes) {
+TEST_F(ServiceChannelTest, TheLinkSaysHowOftenUnlessTheFileDoes) {
   Open();
   link->usual_repeats = 3;
   link->answers.clear();
@@ -230,7 +231,7 @@ TEST_F(ChannelTest, TheLinkSaysHowOftenUnlessTheFileDoes) {
   EXPECT_EQ(*(log.end() - 2), "connect");
 }
 
-TEST_F(ChannelTest, RequestThatChangesSomethingIsNeverRepeated) {
+TEST_F(ServiceChannelTest, RequestThatChangesSomethingIsNeverRepeated) {
   function.repeats = 2;
   Open();
   tests::Await(channel->Connect());
@@ -242,7 +243,7 @@ TEST_F(ChannelTest, RequestThatChangesSomethingIsNeverRepeated) {
   }
 }
 
-TEST_F(ChannelTest, LinkThatNoLongerStandsIsNotAskedAgain) {
+TEST_F(ServiceChannelTest, LinkThatNoLongerStandsIsNotAskedAgain) {
   function.repeats = 2;
   Open();
   tests::Await(channel->Connect());
@@ -252,7 +253,7 @@ TEST_F(ChannelTest, LinkThatNoLongerStandsIsNotAskedAgain) {
   EXPECT_THAT(log, ElementsAre("connect", "2101"));
 }
 
-TEST_F(ChannelTest, RequestWithoutAnAnswerByDesignEndsWhenItIsOut) {
+TEST_F(ServiceChannelTest, RequestWithoutAnAnswerByDesignEndsWhenItIsOut) {
   Open();
   EXPECT_EQ(Request("3E02"), 0);
   EXPECT_EQ(answer.ToHex(), "");
@@ -262,7 +263,7 @@ TEST_F(ChannelTest, RequestWithoutAnAnswerByDesignEndsWhenItIsOut) {
   EXPECT_THAT(log, ElementsAre("connect", "3E02", "3B1005"));
 }
 
-TEST_F(ChannelTest, LateSilenceAfterARequestWithoutAnAnswerLosesNothing) {
+TEST_F(ServiceChannelTest, LateSilenceAfterARequestWithoutAnAnswerLosesNothing) {
   Open();
   EXPECT_EQ(Request("3E02"), 0);
   link->Fail(kNoAnswer);
@@ -270,7 +271,7 @@ TEST_F(ChannelTest, LateSilenceAfterARequestWithoutAnAnswerLosesNothing) {
   EXPECT_EQ(Request(), 0);
 }
 
-TEST_F(ChannelTest, LatencyOfTheLinkIsGivenOnTopOfP2) {
+TEST_F(ServiceChannelTest, LatencyOfTheLinkIsGivenOnTopOfP2) {
   Open();
   link->latency = Milliseconds(200);
   link->answers.clear();
@@ -278,7 +279,7 @@ TEST_F(ChannelTest, LatencyOfTheLinkIsGivenOnTopOfP2) {
   EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(250)));
 }
 
-TEST_F(ChannelTest, NegativeAnswerIs2001WithNamesAndIsHandedOver) {
+TEST_F(ServiceChannelTest, NegativeAnswerIs2001WithNamesAndIsHandedOver) {
   Open();
   link->answers["2101"] = "7F2131";
   EXPECT_EQ(Request(), kNegativeAnswer);
@@ -287,7 +288,7 @@ TEST_F(ChannelTest, NegativeAnswerIs2001WithNamesAndIsHandedOver) {
   EXPECT_TRUE(channel->IsConnected());
 }
 
-TEST_F(ChannelTest, ForeignAnswerAloneIs2003AndNotHandedOver) {
+TEST_F(ServiceChannelTest, ForeignAnswerAloneIs2003AndNotHandedOver) {
   Open();
   link->answers["2101"] = "6102AB";
   EXPECT_EQ(Request(), kForeignAnswer);
@@ -296,7 +297,7 @@ TEST_F(ChannelTest, ForeignAnswerAloneIs2003AndNotHandedOver) {
   EXPECT_TRUE(channel->IsConnected());
 }
 
-TEST_F(ChannelTest, PendingKeepsTheWaitOpen) {
+TEST_F(ServiceChannelTest, PendingKeepsTheWaitOpen) {
   Open();
   link->on_send = [this](const std::string&) {
     loop->At(milliseconds(40), [this] { link->Arrive("7F2178"); });
@@ -307,7 +308,7 @@ TEST_F(ChannelTest, PendingKeepsTheWaitOpen) {
   EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(4000)));
 }
 
-TEST_F(ChannelTest, EcuThatIsForeverPendingIsGivenUp) {
+TEST_F(ServiceChannelTest, EcuThatIsForeverPendingIsGivenUp) {
   Open();
   link->on_send = [this](const std::string&) {
     for (int second = 1; second < 100; ++second)
@@ -318,7 +319,7 @@ TEST_F(ChannelTest, EcuThatIsForeverPendingIsGivenUp) {
   EXPECT_EQ(loop->Now(), base::TimePoint(seconds(60)));
 }
 
-TEST_F(ChannelTest, LateAnswerIsNotTakenForTheNextRequest) {
+TEST_F(ServiceChannelTest, LateAnswerIsNotTakenForTheNextRequest) {
   Open();
   link->on_send = [this](const std::string& message) {
     if (message == "2101") return;
@@ -331,14 +332,14 @@ TEST_F(ChannelTest, LateAnswerIsNotTakenForTheNextRequest) {
   EXPECT_EQ(answer.ToHex(), "6102CD");
 }
 
-TEST_F(ChannelTest, MessageThatNobodyAskedForIsIgnored) {
+TEST_F(ServiceChannelTest, MessageThatNobodyAskedForIsIgnored) {
   Open();
   tests::Await(channel->Connect());
   link->Arrive("6101AB");
   EXPECT_EQ(Request("2102"), kNoAnswer);
 }
 
-TEST_F(ChannelTest, FailureOfTheLinkDuringARequestIsPassedOn) {
+TEST_F(ServiceChannelTest, FailureOfTheLinkDuringARequestIsPassedOn) {
   Open();
   tests::Await(channel->Connect());
   link->on_send = [this](const std::string&) { link->Fail(kCanNetworkError); };
@@ -347,14 +348,14 @@ TEST_F(ChannelTest, FailureOfTheLinkDuringARequestIsPassedOn) {
   EXPECT_FALSE(channel->IsConnected());
 }
 
-TEST_F(ChannelTest, NumbersThatDoNotMeanALostLinkKeepTheConnection) {
+TEST_F(ServiceChannelTest, NumbersThatDoNotMeanALostLinkKeepTheConnection) {
   Open();
   link->on_send = [this](const std::string&) { link->Fail(2044); };
   EXPECT_EQ(Request(), 2044);
   EXPECT_TRUE(channel->IsConnected());
 }
 
-TEST_F(ChannelTest, LinkLostBetweenRequestsIsConnectedAnew) {
+TEST_F(ServiceChannelTest, LinkLostBetweenRequestsIsConnectedAnew) {
   Open();
   tests::Await(channel->Connect());
   link->Fail(kLinkLost);
@@ -362,7 +363,7 @@ TEST_F(ChannelTest, LinkLostBetweenRequestsIsConnectedAnew) {
   EXPECT_EQ(Request(), 0);
 }
 
-TEST_F(ChannelTest, FailedStartIsPassedOnAndTriedAgain) {
+TEST_F(ServiceChannelTest, FailedStartIsPassedOnAndTriedAgain) {
   Open();
   link->on_connect = [this] { link->Fail(kNoAnswer); };
   EXPECT_EQ(NumberOf([&] { tests::Await(channel->Connect()); }), kNoAnswer);
@@ -372,7 +373,7 @@ TEST_F(ChannelTest, FailedStartIsPassedOnAndTriedAgain) {
   EXPECT_THAT(log, ElementsAre("connect", "connect", "connect", "2101"));
 }
 
-TEST_F(ChannelTest, StartMayTakeItsTime) {
+TEST_F(ServiceChannelTest, StartMayTakeItsTime) {
   Open();
   link->on_connect = [this] { loop->At(seconds(3), [this] { link->Connected(); }); };
   tests::Await(channel->Connect());
@@ -380,7 +381,7 @@ TEST_F(ChannelTest, StartMayTakeItsTime) {
   EXPECT_TRUE(channel->IsConnected());
 }
 
-TEST_F(ChannelTest, StartThatNeverEndsIsGivenUp) {
+TEST_F(ServiceChannelTest, StartThatNeverEndsIsGivenUp) {
   Open();
   link->on_connect = [] {};
   EXPECT_EQ(NumberOf([&] { tests::Await(channel->Connect()); }), kNoAnswer);
@@ -389,7 +390,7 @@ TEST_F(ChannelTest, StartThatNeverEndsIsGivenUp) {
   EXPECT_THAT(log, ElementsAre("connect", "close", "connect", "2101"));
 }
 
-TEST_F(ChannelTest, SilenceThatTheEcuDoesNotBearEndsTheCommunication) {
+TEST_F(ServiceChannelTest, SilenceThatTheEcuDoesNotBearEndsTheCommunication) {
   Open();
   link->longest_silence = seconds(5);
   EXPECT_EQ(Request(), 0);
@@ -402,7 +403,7 @@ TEST_F(ChannelTest, SilenceThatTheEcuDoesNotBearEndsTheCommunication) {
   EXPECT_THAT(log, ElementsAre("connect", "2101", "2101", "connect", "2101"));
 }
 
-TEST_F(ChannelTest, AnswerThatTakesLongIsNoSilence) {
+TEST_F(ServiceChannelTest, AnswerThatTakesLongIsNoSilence) {
   Open();
   link->longest_silence = seconds(5);
   link->on_send = [this](const std::string& message) {
@@ -421,7 +422,7 @@ TEST_F(ChannelTest, AnswerThatTakesLongIsNoSilence) {
   EXPECT_THAT(log, ElementsAre("connect", "2101", "2102", "2102"));
 }
 
-TEST_F(ChannelTest, TesterPresentComesInHalfTheSilenceThatTheEcuBears) {
+TEST_F(ServiceChannelTest, TesterPresentComesInHalfTheSilenceThatTheEcuBears) {
   function.keep_alive = Milliseconds(2000);
   Open();
   link->longest_silence = seconds(10);
@@ -439,7 +440,7 @@ TEST_F(ChannelTest, TesterPresentComesInHalfTheSilenceThatTheEcuBears) {
   EXPECT_THAT(log, ElementsAre("connect", "3E", "830300020A0400", "3E", "3E", "3E"));
 }
 
-TEST_F(ChannelTest, StopCommunicationEndsItWhoeverAskedForIt) {
+TEST_F(ServiceChannelTest, StopCommunicationEndsItWhoeverAskedForIt) {
   Open();
   link->answers["82"] = "C2";
   EXPECT_EQ(Request("82"), 0);
@@ -452,7 +453,7 @@ TEST_F(ChannelTest, StopCommunicationEndsItWhoeverAskedForIt) {
   EXPECT_THAT(log, ElementsAre("connect", "82", "connect", "2101", "2102", "connect", "2101"));
 }
 
-TEST_F(ChannelTest, RefusedSessionIs2042AndUnansweredOne2000) {
+TEST_F(ServiceChannelTest, RefusedSessionIs2042AndUnansweredOne2000) {
   function.session = 0x81;
   Open();
   link->answers["1081"] = "7F1012";
@@ -464,7 +465,7 @@ TEST_F(ChannelTest, RefusedSessionIs2042AndUnansweredOne2000) {
   EXPECT_FALSE(channel->IsConnected());
 }
 
-TEST_F(ChannelTest, TesterPresentIsSentAfterSilenceOnly) {
+TEST_F(ServiceChannelTest, TesterPresentIsSentAfterSilenceOnly) {
   function.keep_alive = Milliseconds(2000);
   Open();
   tests::Await(channel->Connect());
@@ -478,7 +479,7 @@ TEST_F(ChannelTest, TesterPresentIsSentAfterSilenceOnly) {
   EXPECT_THAT(log, ElementsAre("connect", "2101", "3E", "3E", "3E"));
 }
 
-TEST_F(ChannelTest, RequestWaitsForTheAnswerToTesterPresent) {
+TEST_F(ServiceChannelTest, RequestWaitsForTheAnswerToTesterPresent) {
   function.keep_alive = Milliseconds(2000);
   Open();
   tests::Await(channel->Connect());
@@ -491,7 +492,7 @@ TEST_F(ChannelTest, RequestWaitsForTheAnswerToTesterPresent) {
   EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(2060)));
 }
 
-TEST_F(ChannelTest, UnansweredTesterPresentIsReportedOnceByTheNextRequest) {
+TEST_F(ServiceChannelTest, UnansweredTesterPresentIsReportedOnceByTheNextRequest) {
   function.keep_alive = Milliseconds(2000);
   Open();
   tests::Await(channel->Connect());
@@ -502,7 +503,7 @@ TEST_F(ChannelTest, UnansweredTesterPresentIsReportedOnceByTheNextRequest) {
   EXPECT_EQ(Request(), 0);
 }
 
-TEST_F(ChannelTest, TesterPresentUnansweredInsideARequestIsMadeGoodByTheRequest) {
+TEST_F(ServiceChannelTest, TesterPresentUnansweredInsideARequestIsMadeGoodByTheRequest) {
   function.keep_alive = Milliseconds(2000);
   Open();
   tests::Await(channel->Connect());
@@ -513,7 +514,7 @@ TEST_F(ChannelTest, TesterPresentUnansweredInsideARequestIsMadeGoodByTheRequest)
   EXPECT_THAT(log, ElementsAre("connect", "3E", "connect", "2101", "2101"));
 }
 
-TEST_F(ChannelTest, RefusedTesterPresentShowsThatTheEcuIsThere) {
+TEST_F(ServiceChannelTest, RefusedTesterPresentShowsThatTheEcuIsThere) {
   function.keep_alive = Milliseconds(2000);
   Open();
   tests::Await(channel->Connect());
@@ -522,7 +523,7 @@ TEST_F(ChannelTest, RefusedTesterPresentShowsThatTheEcuIsThere) {
   EXPECT_EQ(Request(), 0);
 }
 
-TEST_F(ChannelTest, ReconnectForgetsTheUnansweredTesterPresent) {
+TEST_F(ServiceChannelTest, ReconnectForgetsTheUnansweredTesterPresent) {
   function.keep_alive = Milliseconds(2000);
   Open();
   tests::Await(channel->Connect());
@@ -532,7 +533,7 @@ TEST_F(ChannelTest, ReconnectForgetsTheUnansweredTesterPresent) {
   EXPECT_EQ(Request(), 0);
 }
 
-TEST_F(ChannelTest, RequestInsideTheWaitOfAnotherComesAfterIt) {
+TEST_F(ServiceChannelTest, RequestInsideTheWaitOfAnotherComesAfterIt) {
   Open();
   link->on_send = [this](const std::string& message) {
     loop->At(milliseconds(30), [this, message] { link->Arrive(message == "2101" ? "610111" : "610222"); });
@@ -545,7 +546,7 @@ TEST_F(ChannelTest, RequestInsideTheWaitOfAnotherComesAfterIt) {
   EXPECT_THAT(log, ElementsAre("connect", "2101", "2102"));
 }
 
-TEST_F(ChannelTest, SilenceOfTheOuterRequestIsNoticedInsideTheInnerWait) {
+TEST_F(ServiceChannelTest, SilenceOfTheOuterRequestIsNoticedInsideTheInnerWait) {
   Open();
   link->on_send = [this](const std::string& message) {
     if (message == "2102") loop->At(milliseconds(30), [this] { link->Arrive("610222"); });
@@ -558,7 +559,7 @@ TEST_F(ChannelTest, SilenceOfTheOuterRequestIsNoticedInsideTheInnerWait) {
   EXPECT_EQ(loop->Now(), base::TimePoint(milliseconds(80)));
 }
 
-TEST_F(ChannelTest, RequestInsideTheStartOfTheCommunicationWaitsForIt) {
+TEST_F(ServiceChannelTest, RequestInsideTheStartOfTheCommunicationWaitsForIt) {
   function.session = 0x81;
   Open();
   link->on_send = [this](const std::string& message) {
@@ -571,7 +572,7 @@ TEST_F(ChannelTest, RequestInsideTheStartOfTheCommunicationWaitsForIt) {
   EXPECT_THAT(log, ElementsAre("connect", "1081", "2101"));
 }
 
-TEST_F(ChannelTest, RequestThatIsCalledOffEndsAtOnceAndTheNextOneWaitsForItsExchangeOnly) {
+TEST_F(ServiceChannelTest, RequestThatIsCalledOffEndsAtOnceAndTheNextOneWaitsForItsExchangeOnly) {
   Open();
   link->on_send = [this](const std::string& message) {
     loop->At(milliseconds(40), [this, message] { link->Arrive(message == "2101" ? "610111" : "610222"); });
@@ -588,7 +589,7 @@ TEST_F(ChannelTest, RequestThatIsCalledOffEndsAtOnceAndTheNextOneWaitsForItsExch
   EXPECT_THAT(log, ElementsAre("connect", "2101", "2102"));
 }
 
-TEST_F(ChannelTest, StartThatIsCalledOffGoesOnForWhoeverAsksNext) {
+TEST_F(ServiceChannelTest, StartThatIsCalledOffGoesOnForWhoeverAsksNext) {
   Open();
   link->on_connect = [this] { loop->At(seconds(3), [this] { link->Connected(); }); };
   {
@@ -602,7 +603,7 @@ TEST_F(ChannelTest, StartThatIsCalledOffGoesOnForWhoeverAsksNext) {
   EXPECT_THAT(log, ElementsAre("connect", "2101"));
 }
 
-TEST_F(ChannelTest, ThoseWhoAskMeanwhileAreServedInTheirOrder) {
+TEST_F(ServiceChannelTest, ThoseWhoAskMeanwhileAreServedInTheirOrder) {
   Open();
   link->on_send = [this](const std::string& message) {
     loop->At(milliseconds(40), [this, message] { link->Arrive("61" + message.substr(2) + "AB"); });
@@ -618,7 +619,7 @@ TEST_F(ChannelTest, ThoseWhoAskMeanwhileAreServedInTheirOrder) {
   EXPECT_THAT(log, ElementsAre("connect", "2101", "2103"));
 }
 
-TEST_F(ChannelTest, CloseInsideAWaitEndsItWith1000) {
+TEST_F(ServiceChannelTest, CloseInsideAWaitEndsItWith1000) {
   Open();
   link->answers.clear();
   loop->At(milliseconds(10), [this] { channel->Close(); });
@@ -630,16 +631,16 @@ TEST_F(ChannelTest, CloseInsideAWaitEndsItWith1000) {
   EXPECT_EQ(loop->PendingEvents(), 0U);
 }
 
-TEST_F(ChannelTest, LastOwnerMayGoInsideTheWait) {
+TEST_F(ServiceChannelTest, LastOwnerMayGoInsideTheWait) {
   Open();
   link->answers.clear();
-  Channel& raw = *channel;
+  ServiceChannel& raw = *channel;
   loop->At(milliseconds(10), [this] { channel.reset(); });
   EXPECT_EQ(NumberOf([&] { tests::Await(raw.Request(ByteBuffer{0x21, 0x01}.View(), answer)); }), kNoAnswer);
   EXPECT_THAT(log, ElementsAre("connect", "2101", "close"));
 }
 
-TEST_F(ChannelTest, NoTimerIsLeftWhenItGoes) {
+TEST_F(ServiceChannelTest, NoTimerIsLeftWhenItGoes) {
   function.keep_alive = Milliseconds(2000);
   Open();
   tests::Await(channel->Connect());

@@ -18,22 +18,25 @@
 #include "ecu/description/EcuDescription.h"
 #include "ecu/description/ErrorTable.h"
 #include "ecu/link/MessageLink.h"
-#include "ecu/service/Exchange.h"
+#include "ecu/service/Dialect.h"
+#include "ecu/service/Requester.h"
 
 namespace korval::ecu {
 
 /// Every operation keeps the channel alive until it ends. When one is dropped in its wait, the exchange that
 /// is under way goes on to its end, and whoever asks next waits for that.
-class Channel : public std::enable_shared_from_this<Channel> {
+class ServiceChannel : public std::enable_shared_from_this<ServiceChannel> {
  public:
   /// Whose times, diagnostic session and name hold for an operation; null: of whoever came last.
   using Asker = std::shared_ptr<const FunctionDescription>;
 
-  Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageLink> link,
-          const FunctionDescription& function, std::shared_ptr<const ErrorTable> errors);
-  ~Channel();
-  Channel(const Channel&) = delete;
-  Channel& operator=(const Channel&) = delete;
+  /// The dialect outlives it.
+  ServiceChannel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageLink> link,
+                 const Dialect& dialect, const FunctionDescription& function,
+                 std::shared_ptr<const ErrorTable> errors);
+  ~ServiceChannel();
+  ServiceChannel(const ServiceChannel&) = delete;
+  ServiceChannel& operator=(const ServiceChannel&) = delete;
 
   bool IsConnected() const { return state_ == State::kConnected && !HasLapsed(); }
   bool IsClosed() const { return closed_; }
@@ -58,42 +61,33 @@ class Channel : public std::enable_shared_from_this<Channel> {
 
  private:
   enum class State { kDisconnected, kConnecting, kConnected };
-  struct Pending {
-    base::ByteBuffer request;
-    Exchange exchange;
-    std::function<void(Pending&)> on_done;  // none for an exchange that somebody waits for
-    std::optional<base::Failure> failure;   // of the link
-    bool done = false;
-  };
 
   // A place in the order of those who want something.
   class Turn {
    public:
-    explicit Turn(Channel& channel) : channel_(channel) { channel_.turns_.push_back(this); }
+    explicit Turn(ServiceChannel& channel) : channel_(channel) { channel_.turns_.push_back(this); }
     ~Turn();
     Turn(const Turn&) = delete;
     Turn& operator=(const Turn&) = delete;
     bool HasCome() const { return channel_.turns_.front() == this; }
 
    private:
-    Channel& channel_;
+    ServiceChannel& channel_;
   };
 
   bool IsServed(const Asker& asker) const { return !asker || asker == asker_; }
   bool IsReady(const Asker& asker) const {
-    return turns_.empty() && !current_ && IsServed(asker) && IsConnected();
+    return turns_.empty() && !requester_.IsBusy() && IsServed(asker) && IsConnected();
   }
   base::Task<void> Take(const Turn& turn);
   void Serve(const Asker& asker);
   base::Task<void> RequireConnection();
   base::Task<void> Perform(base::ByteView request, bool answered, Asker asker,
-                           std::shared_ptr<Pending>& performed);
-  std::shared_ptr<Pending> Start(base::ByteView request, bool answered,
-                                 std::function<void(Pending&)> on_done);
-  void Transmit(const std::shared_ptr<Pending>& pending);
-  void Settle();
-  void Finish();
-  std::optional<base::Failure> Outcome(const Pending& pending) const;
+                           std::shared_ptr<PendingRequest>& performed);
+  std::shared_ptr<PendingRequest> Start(base::ByteView request, bool answered,
+                                        std::function<void(PendingRequest&)> on_done);
+  void Ended(PendingRequest& request);
+  std::optional<base::Failure> Outcome(const PendingRequest& request) const;
 
   void BeginConnect();
   void StartSession();
@@ -101,7 +95,6 @@ class Channel : public std::enable_shared_from_this<Channel> {
   void GiveUpConnecting();
 
   void LinkFailed(std::int32_t number, const std::string& detail);
-  void DeadlinePassed();
   base::Duration KeepAliveSilence() const;
   void StartKeepAlive();
   void KeepAlive();
@@ -112,20 +105,20 @@ class Channel : public std::enable_shared_from_this<Channel> {
 
   std::shared_ptr<base::EventLoop> loop_;
   std::unique_ptr<MessageLink> link_;
+  const Dialect& dialect_;
   Asker asker_;                   // the one who is served; null: the one whom the channel was made for
   FunctionDescription function_;  // the asker's, but for the shortest tester present of all askers
   std::optional<std::uint8_t> open_session_;
   std::shared_ptr<const ErrorTable> errors_;
+  Requester requester_;
   State state_ = State::kDisconnected;
   bool closed_ = false;
-  std::shared_ptr<Pending> current_;
   std::deque<const Turn*> turns_;
   base::Signal changed_;  // an exchange or a start has ended, a turn is over, the channel was closed
   std::optional<base::Failure> connect_failure_;
   bool tester_present_lost_ = false;
   base::TimePoint last_exchange_{};  // its end
   base::Duration keep_alive_{};      // tester present after this much silence
-  std::unique_ptr<base::Deadline> answer_deadline_;
   std::unique_ptr<base::Deadline> start_deadline_;
   std::unique_ptr<base::Timer> keep_alive_timer_;
 };

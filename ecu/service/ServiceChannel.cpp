@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ecu/kwp2000/Channel.h"
+#include "ecu/service/ServiceChannel.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "base/ErrorNumbers.h"
-#include "ecu/kwp2000/Kwp2000Dialect.h"
 #include "ecu/service/ExchangeFailure.h"
 
 namespace korval::ecu {
@@ -48,46 +47,32 @@ std::chrono::microseconds DelayUntil(base::TimePoint due, base::TimePoint now) {
 
 }  // namespace
 
-Channel::Channel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageLink> link,
-                 const FunctionDescription& function, std::shared_ptr<const ErrorTable> errors)
+ServiceChannel::ServiceChannel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageLink> link,
+                               const Dialect& dialect, const FunctionDescription& function,
+                               std::shared_ptr<const ErrorTable> errors)
     : loop_(std::move(loop)),
       link_(std::move(link)),
+      dialect_(dialect),
       function_(function),
       errors_(std::move(errors)),
+      requester_(loop_, *link_, errors_, [this](PendingRequest& request) { Ended(request); }),
       changed_(loop_) {
   link_->SetEvents({[this] { StartSession(); },
-                    [this](base::ByteView message) {
-                      if (!current_) return;  // nobody asked: late or doubled
-                      current_->exchange.MessageArrived(message, loop_->Now());
-                      if (current_->exchange.IsPausing()) link_->Pause();
-                      Settle();
-                    },
-                    [this] {
-                      if (!current_) return;
-                      current_->exchange.Sent();
-                      Settle();
-                    },
+                    [this](base::ByteView message) { requester_.MessageArrived(message); },
+                    [this] { requester_.Sent(); },
                     [this](std::int32_t number, const std::string& detail) { LinkFailed(number, detail); },
-                    [this](base::TimePoint until) {
-                      if (!current_) return;
-                      current_->exchange.LinkBusy(until);
-                      Settle();
-                    },
-                    [this](std::optional<base::TimePoint> until) {
-                      if (!current_) return;
-                      current_->exchange.Receiving(until);
-                      Settle();
-                    }});
+                    [this](base::TimePoint until) { requester_.LinkBusy(until); },
+                    [this](std::optional<base::TimePoint> until) { requester_.Receiving(until); }});
 }
 
-Channel::~Channel() { link_->Close(); }
+ServiceChannel::~ServiceChannel() { link_->Close(); }
 
-Channel::Turn::~Turn() {
+ServiceChannel::Turn::~Turn() {
   std::erase(channel_.turns_, this);
   channel_.changed_.Raise();
 }
 
-base::Task<void> Channel::Connect(Asker asker) {
+base::Task<void> ServiceChannel::Connect(Asker asker) {
   const auto self = shared_from_this();
   RequireOpen();
   if (IsServed(asker) && IsConnected()) co_return;
@@ -98,15 +83,15 @@ base::Task<void> Channel::Connect(Asker asker) {
 }
 
 // What somebody who has gone began goes on to its end.
-base::Task<void> Channel::Take(const Turn& turn) {
-  while (!turn.HasCome() || current_ || state_ == State::kConnecting) {
+base::Task<void> ServiceChannel::Take(const Turn& turn) {
+  while (!turn.HasCome() || requester_.IsBusy() || state_ == State::kConnecting) {
     co_await changed_.Next();
     RequireOpen();
   }
 }
 
 // Each function has its own times and its own diagnostic session; what the one before began is done by then.
-void Channel::Serve(const Asker& asker) {
+void ServiceChannel::Serve(const Asker& asker) {
   if (IsServed(asker)) return;
   const Milliseconds keep_alive = ShorterSilence(function_.keep_alive, asker->keep_alive);
   asker_ = asker;
@@ -116,7 +101,7 @@ void Channel::Serve(const Asker& asker) {
   if (has_other_session && state_ == State::kConnected) state_ = State::kDisconnected;
 }
 
-base::Task<void> Channel::RequireConnection() {
+base::Task<void> ServiceChannel::RequireConnection() {
   if (IsConnected()) co_return;
   BeginConnect();
   while (state_ == State::kConnecting) {
@@ -130,7 +115,7 @@ base::Task<void> Channel::RequireConnection() {
   }
 }
 
-base::Task<void> Channel::Reconnect(Asker asker) {
+base::Task<void> ServiceChannel::Reconnect(Asker asker) {
   const auto self = shared_from_this();
   RequireOpen();
   const Turn turn(*this);
@@ -140,10 +125,10 @@ base::Task<void> Channel::Reconnect(Asker asker) {
   co_await RequireConnection();
 }
 
-base::Task<void> Channel::Request(base::ByteView request, base::ByteBuffer& answer, Asker asker) {
+base::Task<void> ServiceChannel::Request(base::ByteView request, base::ByteBuffer& answer, Asker asker) {
   const auto self = shared_from_this();
-  std::shared_ptr<Pending> pending;
-  co_await Perform(request, Kwp2000().IsAnswered(request), std::move(asker), pending);
+  std::shared_ptr<PendingRequest> pending;
+  co_await Perform(request, dialect_.IsAnswered(request), std::move(asker), pending);
   const auto failure = Outcome(*pending);
   if (pending->exchange.CurrentState() != Exchange::State::kForeign) {
     std::swap(answer, pending->exchange.Answer());
@@ -151,15 +136,15 @@ base::Task<void> Channel::Request(base::ByteView request, base::ByteBuffer& answ
   if (failure) throw base::Failure(*failure);
 }
 
-base::Task<void> Channel::Tell(base::ByteView request, Asker asker) {
+base::Task<void> ServiceChannel::Tell(base::ByteView request, Asker asker) {
   const auto self = shared_from_this();
-  std::shared_ptr<Pending> pending;
+  std::shared_ptr<PendingRequest> pending;
   co_await Perform(request, false, std::move(asker), pending);
   if (const auto failure = Outcome(*pending)) throw base::Failure(*failure);
 }
 
-base::Task<void> Channel::Perform(base::ByteView request, bool answered, Asker asker,
-                                  std::shared_ptr<Pending>& performed) {
+base::Task<void> ServiceChannel::Perform(base::ByteView request, bool answered, Asker asker,
+                                         std::shared_ptr<PendingRequest>& performed) {
   if (std::exchange(tester_present_lost_, false)) {
     throw errors_->MakeFailure(kTesterPresentUnanswered, function_.ecu);
   }
@@ -171,7 +156,7 @@ base::Task<void> Channel::Perform(base::ByteView request, bool answered, Asker a
       co_await Take(turn);
       Serve(asker);
       co_await RequireConnection();
-    } while (current_);
+    } while (requester_.IsBusy());
   }
   performed = Start(request, answered, nullptr);
   while (!performed->done) {
@@ -181,72 +166,43 @@ base::Task<void> Channel::Perform(base::ByteView request, bool answered, Asker a
   RequireOpen();
 }
 
-void Channel::Close() {
+void ServiceChannel::Close() {
   if (closed_) return;
   closed_ = true;
-  current_.reset();
+  requester_.Drop();
   state_ = State::kDisconnected;
-  answer_deadline_.reset();
   keep_alive_timer_.reset();
   start_deadline_.reset();
   link_->Close();
   changed_.Raise();
 }
 
-std::shared_ptr<Channel::Pending> Channel::Start(base::ByteView request, bool answered,
-                                                 std::function<void(Pending&)> on_done) {
-  const int repeats =
-      Kwp2000().IsReading(request) ? function_.repeats.value_or(link_->Offer().usual_repeats) : 0;
-  const ExchangeTiming timing = TimingOf(function_.timing, link_->Offer(), repeats);
-  auto pending = std::make_shared<Pending>(Pending{base::ByteBuffer(request),
-                                                   Exchange(request, Kwp2000(), timing, loop_->Now()),
-                                                   std::move(on_done),
-                                                   {},
-                                                   false});
-  if (!answered) pending->exchange.AwaitNoAnswer();
-  current_ = pending;
-  Transmit(pending);
-  return pending;
+std::shared_ptr<PendingRequest> ServiceChannel::Start(base::ByteView request, bool answered,
+                                                      std::function<void(PendingRequest&)> on_done) {
+  const LinkOffer offer = link_->Offer();
+  const int repeats = dialect_.IsReading(request) ? function_.repeats.value_or(offer.usual_repeats) : 0;
+  Exchange exchange(request, dialect_, TimingOf(function_.timing, offer, repeats), loop_->Now());
+  if (!answered) exchange.AwaitNoAnswer();
+  return requester_.Start({base::ByteBuffer(request), std::move(exchange), std::move(on_done)});
 }
 
-void Channel::Transmit(const std::shared_ptr<Pending>& pending) {
-  try {
-    link_->Send(pending->request.View());
-  } catch (const base::Failure& failure) {
-    if (current_ == pending) pending->failure = failure;
-  }
-  Settle();
-}
-
-// Finishes the exchange that is under way, or sets the deadline of what it waits for.
-void Channel::Settle() {
-  if (!current_) return;
-  if (current_->failure || current_->exchange.CurrentState() != Exchange::State::kWaiting) return Finish();
-  if (!answer_deadline_) answer_deadline_ = loop_->CreateDeadline([this] { DeadlinePassed(); });
-  answer_deadline_->Set(current_->exchange.Deadline());
-}
-
-void Channel::Finish() {
-  const auto pending = std::exchange(current_, nullptr);
-  pending->done = true;
-  if (answer_deadline_) answer_deadline_->Clear();
-  link_->Rest();
+void ServiceChannel::Ended(PendingRequest& request) {
   last_exchange_ = loop_->Now();
-  const auto failure = Outcome(*pending);
+  const auto failure = Outcome(request);
   const bool has_ended =
-      failure ? IsLinkLost(failure->Number()) : Kwp2000().EndsCommunication(pending->exchange.Service());
+      failure ? IsLinkLost(failure->Number()) : dialect_.EndsCommunication(request.exchange.Service());
   if (has_ended && state_ == State::kConnected) state_ = State::kDisconnected;
-  // The silence that the ECU bears changes with accessTimingParameters.
+  // The silence that the ECU bears changes with what it agrees to.
   if (state_ == State::kConnected && keep_alive_ != KeepAliveSilence()) StartKeepAlive();
-  if (pending->on_done) pending->on_done(*pending);
+  if (request.on_done) request.on_done(request);
   changed_.Raise();
 }
 
-std::optional<base::Failure> Channel::Outcome(const Pending& pending) const {
+std::optional<base::Failure> ServiceChannel::Outcome(const PendingRequest& pending) const {
   return pending.failure ? pending.failure : FailureOf(pending.exchange, function_.ecu, *errors_);
 }
 
-void Channel::BeginConnect() {
+void ServiceChannel::BeginConnect() {
   state_ = State::kConnecting;
   open_session_.reset();
   connect_failure_.reset();
@@ -256,12 +212,12 @@ void Channel::BeginConnect() {
   link_->Connect();
 }
 
-void Channel::StartSession() {
+void ServiceChannel::StartSession() {
   if (state_ != State::kConnecting) return;
   if (!function_.session) return EndConnect(std::nullopt);
   const base::ByteBuffer request =
-      Kwp2000().StartOfSession(*function_.session, function_.KLine().session_baud);
-  Start(request.View(), true, [this](Pending& pending) {
+      dialect_.StartOfSession(*function_.session, function_.KLine().session_baud);
+  Start(request.View(), true, [this](PendingRequest& pending) {
     auto failure = Outcome(pending);
     if (failure && failure->Number() == kNegativeAnswer) {
       failure = errors_->MakeFailure(kInitialisationRefused, failure->Description());
@@ -270,7 +226,7 @@ void Channel::StartSession() {
   });
 }
 
-void Channel::EndConnect(std::optional<base::Failure> failure) {
+void ServiceChannel::EndConnect(std::optional<base::Failure> failure) {
   connect_failure_ = std::move(failure);
   state_ = connect_failure_ ? State::kDisconnected : State::kConnected;
   if (start_deadline_) start_deadline_->Clear();
@@ -281,19 +237,17 @@ void Channel::EndConnect(std::optional<base::Failure> failure) {
   StartKeepAlive();
 }
 
-void Channel::GiveUpConnecting() {
-  current_.reset();
+void ServiceChannel::GiveUpConnecting() {
+  requester_.Drop();
   link_->Close();
   EndConnect(errors_->MakeFailure(kNoAnswer, function_.ecu + " does not come to an end of its start"));
 }
 
-void Channel::LinkFailed(std::int32_t number, const std::string& detail) {
+void ServiceChannel::LinkFailed(std::int32_t number, const std::string& detail) {
   base::Failure failure = errors_->MakeFailure(number, detail);
   const bool of_the_answer = IsOfTheAnswer(number) && link_->Stands();
-  if (current_) {
-    if (of_the_answer && current_->exchange.AskAgain(loop_->Now())) return Transmit(current_);
-    current_->failure = std::move(failure);
-    Finish();
+  if (requester_.IsBusy()) {
+    requester_.LinkFailed(std::move(failure), of_the_answer);
   } else if (state_ == State::kConnecting) {
     EndConnect(std::move(failure));
   } else if (IsLinkLost(number) && !of_the_answer) {
@@ -301,32 +255,19 @@ void Channel::LinkFailed(std::int32_t number, const std::string& detail) {
   }
 }
 
-void Channel::DeadlinePassed() {
-  if (!current_) return;
-  const auto pending = current_;
-  pending->exchange.TimeElapsed(loop_->Now());
-  if (pending->exchange.TakeRepeat()) return Transmit(pending);
-  if (pending->exchange.CurrentState() == Exchange::State::kSilent) {
-    if (const std::string why = link_->WhyNoAnswer(); !why.empty()) {
-      pending->failure = errors_->MakeFailure(kNoAnswer, why);
-    }
-  }
-  Settle();
-}
-
 // P3max has gone by since the last exchange.
-bool Channel::HasLapsed() const {
+bool ServiceChannel::HasLapsed() const {
   const base::Duration longest = link_->Offer().longest_silence;
-  if (current_ || longest == base::Duration::max()) return false;
+  if (requester_.IsBusy() || longest == base::Duration::max()) return false;
   return loop_->Now() - last_exchange_ > longest;
 }
 
 // Well before the ECU has waited long enough.
-base::Duration Channel::KeepAliveSilence() const {
+base::Duration ServiceChannel::KeepAliveSilence() const {
   return std::min<base::Duration>(function_.keep_alive, link_->Offer().longest_silence / 2);
 }
 
-void Channel::StartKeepAlive() {
+void ServiceChannel::StartKeepAlive() {
   keep_alive_ = KeepAliveSilence();
   if (function_.keep_alive.count() == 0) return;
   if (!keep_alive_timer_) keep_alive_timer_ = loop_->CreateTimer([this] { KeepAlive(); });
@@ -335,13 +276,13 @@ void Channel::StartKeepAlive() {
 
 // The timer is not started anew by every exchange, which would cost more than the exchange: when it fires it
 // looks how long the silence has been.
-void Channel::KeepAlive() {
+void ServiceChannel::KeepAlive() {
   if (!IsConnected()) return;
   const base::TimePoint now = loop_->Now();
-  const base::TimePoint due = current_ ? now + keep_alive_ : last_exchange_ + keep_alive_;
+  const base::TimePoint due = requester_.IsBusy() ? now + keep_alive_ : last_exchange_ + keep_alive_;
   if (now < due) return keep_alive_timer_->Start(DelayUntil(due, now));
   StartKeepAlive();
-  Start(Kwp2000().TesterPresent().View(), true, [this](Pending& pending) {
+  Start(dialect_.TesterPresent().View(), true, [this](PendingRequest& pending) {
     // Any answer shows that the ECU is there, and what is wrong with the link the next request will say.
     const auto failure = Outcome(pending);
     tester_present_lost_ = failure && failure->Number() == kNoAnswer;
@@ -349,12 +290,12 @@ void Channel::KeepAlive() {
 }
 
 // Every start of the communication ends by its own deadlines, well within this one.
-base::TimePoint Channel::LatestEnd() const {
+base::TimePoint ServiceChannel::LatestEnd() const {
   return loop_->Now() + 2 * (function_.timing.Value(&Timing::pending_cap) + link_->Offer().latency) +
          kConnectWait;
 }
 
-void Channel::RequireOpen() const {
+void ServiceChannel::RequireOpen() const {
   if (closed_) throw errors_->MakeFailure(kLinkLost, "communication with " + function_.ecu + " was ended");
 }
 
