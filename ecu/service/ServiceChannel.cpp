@@ -41,10 +41,6 @@ Milliseconds ShorterSilence(Milliseconds one, Milliseconds other) {
   return std::min(one, other);
 }
 
-std::chrono::microseconds DelayUntil(base::TimePoint due, base::TimePoint now) {
-  return std::chrono::ceil<std::chrono::microseconds>(std::max(due - now, base::Duration::zero()));
-}
-
 }  // namespace
 
 ServiceChannel::ServiceChannel(std::shared_ptr<base::EventLoop> loop, std::unique_ptr<MessageLink> link,
@@ -56,6 +52,8 @@ ServiceChannel::ServiceChannel(std::shared_ptr<base::EventLoop> loop, std::uniqu
       function_(function),
       errors_(std::move(errors)),
       requester_(loop_, *link_, errors_, [this](PendingRequest& request) { Ended(request); }),
+      silence_(loop_, {[this] { return IsConnected(); }, [this] { return requester_.IsBusy(); },
+                       [this] { SendTesterPresent(); }}),
       changed_(loop_) {
   link_->SetEvents({[this] { StartSession(); },
                     [this](base::ByteView message) { requester_.MessageArrived(message); },
@@ -171,7 +169,7 @@ void ServiceChannel::Close() {
   closed_ = true;
   requester_.Drop();
   state_ = State::kDisconnected;
-  keep_alive_timer_.reset();
+  silence_.Stop();
   start_deadline_.reset();
   link_->Close();
   changed_.Raise();
@@ -187,13 +185,15 @@ std::shared_ptr<PendingRequest> ServiceChannel::Start(base::ByteView request, bo
 }
 
 void ServiceChannel::Ended(PendingRequest& request) {
-  last_exchange_ = loop_->Now();
+  silence_.Talked();
   const auto failure = Outcome(request);
   const bool has_ended =
       failure ? IsLinkLost(failure->Number()) : dialect_.EndsCommunication(request.exchange.Service());
   if (has_ended && state_ == State::kConnected) state_ = State::kDisconnected;
   // The silence that the ECU bears changes with what it agrees to.
-  if (state_ == State::kConnected && keep_alive_ != KeepAliveSilence()) StartKeepAlive();
+  if (state_ == State::kConnected && silence_.Length() != KeepAliveSilence()) {
+    silence_.Start(KeepAliveSilence());
+  }
   if (request.on_done) request.on_done(request);
   changed_.Raise();
 }
@@ -233,8 +233,8 @@ void ServiceChannel::EndConnect(std::optional<base::Failure> failure) {
   changed_.Raise();
   if (connect_failure_) return;
   open_session_ = function_.session;
-  last_exchange_ = loop_->Now();
-  StartKeepAlive();
+  silence_.Talked();
+  silence_.Start(KeepAliveSilence());
 }
 
 void ServiceChannel::GiveUpConnecting() {
@@ -259,7 +259,7 @@ void ServiceChannel::LinkFailed(std::int32_t number, const std::string& detail) 
 bool ServiceChannel::HasLapsed() const {
   const base::Duration longest = link_->Offer().longest_silence;
   if (requester_.IsBusy() || longest == base::Duration::max()) return false;
-  return loop_->Now() - last_exchange_ > longest;
+  return silence_.SinceLast() > longest;
 }
 
 // Well before the ECU has waited long enough.
@@ -267,21 +267,8 @@ base::Duration ServiceChannel::KeepAliveSilence() const {
   return std::min<base::Duration>(function_.keep_alive, link_->Offer().longest_silence / 2);
 }
 
-void ServiceChannel::StartKeepAlive() {
-  keep_alive_ = KeepAliveSilence();
-  if (function_.keep_alive.count() == 0) return;
-  if (!keep_alive_timer_) keep_alive_timer_ = loop_->CreateTimer([this] { KeepAlive(); });
-  keep_alive_timer_->Start(std::chrono::ceil<std::chrono::microseconds>(keep_alive_));
-}
-
-// The timer is not started anew by every exchange, which would cost more than the exchange: when it fires it
-// looks how long the silence has been.
-void ServiceChannel::KeepAlive() {
-  if (!IsConnected()) return;
-  const base::TimePoint now = loop_->Now();
-  const base::TimePoint due = requester_.IsBusy() ? now + keep_alive_ : last_exchange_ + keep_alive_;
-  if (now < due) return keep_alive_timer_->Start(DelayUntil(due, now));
-  StartKeepAlive();
+void ServiceChannel::SendTesterPresent() {
+  silence_.Start(KeepAliveSilence());
   Start(dialect_.TesterPresent().View(), true, [this](PendingRequest& pending) {
     // Any answer shows that the ECU is there, and what is wrong with the link the next request will say.
     const auto failure = Outcome(pending);

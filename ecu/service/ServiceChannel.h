@@ -20,6 +20,7 @@
 #include "ecu/link/MessageLink.h"
 #include "ecu/service/Dialect.h"
 #include "ecu/service/Requester.h"
+#include "ecu/service/SilenceClock.h"
 
 namespace korval::ecu {
 
@@ -96,8 +97,7 @@ class ServiceChannel : public std::enable_shared_from_this<ServiceChannel> {
 
   void LinkFailed(std::int32_t number, const std::string& detail);
   base::Duration KeepAliveSilence() const;
-  void StartKeepAlive();
-  void KeepAlive();
+  void SendTesterPresent();
   bool HasLapsed() const;
 
   base::TimePoint LatestEnd() const;
@@ -111,16 +111,14 @@ class ServiceChannel : public std::enable_shared_from_this<ServiceChannel> {
   std::optional<std::uint8_t> open_session_;
   std::shared_ptr<const ErrorTable> errors_;
   Requester requester_;
+  SilenceClock silence_;
   State state_ = State::kDisconnected;
   bool closed_ = false;
   std::deque<const Turn*> turns_;
   base::Signal changed_;  // an exchange or a start has ended, a turn is over, the channel was closed
   std::optional<base::Failure> connect_failure_;
   bool tester_present_lost_ = false;
-  base::TimePoint last_exchange_{};  // its end
-  base::Duration keep_alive_{};      // tester present after this much silence
   std::unique_ptr<base::Deadline> start_deadline_;
-  std::unique_ptr<base::Timer> keep_alive_timer_;
 };
 
 }  // namespace korval::ecu
