@@ -15,7 +15,6 @@ struct EventClock {
   using rep = duration::rep;
   using period = duration::period;
   using time_point = std::chrono::time_point<EventClock>;
-  static constexpr bool is_steady = true;
 };
 
 /// A time as an event loop tells it.
