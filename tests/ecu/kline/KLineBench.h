@@ -65,6 +65,10 @@ class KLineBench {
   /// Ends the session, and waits for what it still has to say.
   void CloseSession() {
     tests::Await(session->Close());
+    AwaitLeave();
+  }
+  /// Until sessions that have gone have said what they still had to say.
+  void AwaitLeave() {
     loop->RunUntil(loop->Now() + std::chrono::seconds(2), [this] { return !ports_->IsTakingLeave(); });
   }
 
