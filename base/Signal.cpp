@@ -13,18 +13,22 @@ void Signal::Waits::Remove(Wait* wait) {
 void Signal::Waits::Raise() {
   due_.insert(due_.end(), waiting_.begin(), waiting_.end());
   waiting_.clear();
-  if (due_.empty() || std::exchange(is_deferred_, true)) return;
-  loop_->Defer([self = shared_from_this()] { self->ResumeDue(); });
+  if (!due_.empty()) DeferDue();
 }
 
-// What those who go on raise is for the next time.
+// One at a time, each as a step of its own: what one throws is none of the others' business.
 void Signal::Waits::ResumeDue() {
   is_deferred_ = false;
-  for (std::size_t left = due_.size(); left > 0 && !due_.empty(); --left) {
-    Wait* const next = due_.front();
-    due_.pop_front();
-    next->Resume();
-  }
+  if (due_.empty()) return;
+  Wait* const next = due_.front();
+  due_.pop_front();
+  if (!due_.empty()) DeferDue();
+  next->Resume();
+}
+
+void Signal::Waits::DeferDue() {
+  if (std::exchange(is_deferred_, true)) return;
+  loop_->Defer([self = shared_from_this()] { self->ResumeDue(); });
 }
 
 }  // namespace korval::base

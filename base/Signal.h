@@ -37,6 +37,7 @@ class Signal {
 
    private:
     void ResumeDue();
+    void DeferDue();
 
     std::shared_ptr<EventLoop> loop_;
     std::deque<Wait*> waiting_;

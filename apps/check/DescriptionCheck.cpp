@@ -129,7 +129,7 @@ void DescriptionCheck::CheckData(const pugi::xml_node& section, const EcuFile& e
   model::KorvAsapFile names({path.parent_path().string(), korv_folder_}, path.filename().string(),
                             section.attribute("name").value(), 0, 0);
   ecu::XmlEcuFileCache ecu_files;
-  names.ReadDescriptionFile([&](const std::string& path) { return ecu_files.Read(path); });
+  names.ReadDescriptionFile([&](const std::string& full_path) { return ecu_files.Read(full_path); });
   const std::set<std::string> items = ItemNames(*ecu_file.document);
   std::set<std::string> short_names;
   for (const pugi::xml_node& data : section.children("data")) {

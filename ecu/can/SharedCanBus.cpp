@@ -113,8 +113,10 @@ bool SharedCanBus::Withdraw(const std::shared_ptr<const Listener>& sender) {
 
 void SharedCanBus::ForgetFrames() {
   unconfirmed_.clear();
-  waiting_.clear();
   retry_timer_->Stop();
+  for (const Waiting& forgotten : std::exchange(waiting_, {})) {
+    if (const auto listener = forgotten.sender.lock()) listener->on_taken();
+  }
 }
 
 void SharedCanBus::Reopen(Open open) {
@@ -124,9 +126,9 @@ void SharedCanBus::Reopen(Open open) {
 
 void SharedCanBus::Close() {
   reopen_timer_->Stop();
-  ForgetFrames();
   bus_.reset();
   loss_ = Trouble{CanBus::Error::kUnplugged, "the CAN interface was closed"};
+  ForgetFrames();
 }
 
 void SharedCanBus::Attach(std::unique_ptr<CanBus> bus) {

@@ -31,7 +31,7 @@ class SharedCanBus {
     std::function<void(const CanFrame&)> on_frame = [](const CanFrame&) {};
     /// Every frame that this listener sent so far is on the bus.
     std::function<void()> on_sent = [] {};
-    /// The adapter has taken every frame of this listener that it had no room for.
+    /// None of its frames waits for room in the adapter any more: they are taken, or forgotten with the bus.
     std::function<void()> on_taken = [] {};
     /// A full queue is the trouble of the listener whose frame was dropped.
     std::function<void(const Trouble&)> on_trouble = [](const Trouble&) {};

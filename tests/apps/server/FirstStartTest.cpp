@@ -38,7 +38,7 @@ class FirstStartTest : public tests::WidgetTest {
   }
   std::string TraceWith(const char* text) {
     const auto* terminal = Find<QPlainTextEdit>("txtTerm");
-    WaitingQtLoop loop;
+    tests::WaitingQtLoop loop;
     loop.RunUntil(loop.Now() + std::chrono::seconds(60),
                   [&] { return terminal->toPlainText().contains(QString::fromUtf8(text)); });
     return terminal->toPlainText().toStdString();

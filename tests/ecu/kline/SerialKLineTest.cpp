@@ -58,8 +58,8 @@ class SerialKLineTest : public QtTest {
   std::string Send(const std::string& request) {
     try {
       base::ByteBuffer answer;
-      tests::Await(*shared_loop_, tests::Await(session_->EcuByFunction("ENGINE")->Send(
-                                      base::ByteBuffer::FromHex(request), answer)));
+      tests::Await(*shared_loop_,
+                   session_->EcuByFunction("ENGINE")->Send(base::ByteBuffer::FromHex(request), answer));
       return answer.ToHex();
     } catch (const base::Failure& failure) {
       return std::to_string(failure.Number()) + " " + failure.Description();
