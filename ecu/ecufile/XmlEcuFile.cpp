@@ -5,13 +5,23 @@
 
 #include <pugixml.hpp>
 
+#include "ecu/ecufile/Grammar.h"
+
 namespace korval::ecu {
 namespace {
 
+using grammar::kFunction;
+using grammar::kItem;
+using grammar::kReceived;
+using grammar::kRequest;
+using grammar::kRequests;
+using grammar::kTarget;
+using grammar::kXml;
+
 std::string FunctionName(const pugi::xml_document& ecu_file) {
-  for (const pugi::xml_node& target : ecu_file.child("xml").children("qor:Target")) {
-    for (const pugi::xml_node& function : target.children("Function")) {
-      if (const pugi::xml_attribute name = function.attribute("Name")) return name.value();
+  for (const pugi::xml_node& target : ecu_file.child(kXml.name).children(kTarget.name)) {
+    for (const pugi::xml_node& function : target.children(kFunction.name)) {
+      if (const pugi::xml_attribute name = function.attribute(kFunction["Name"].name)) return name.value();
     }
   }
   return {};
@@ -19,10 +29,10 @@ std::string FunctionName(const pugi::xml_document& ecu_file) {
 
 void KeepReferenced(const pugi::xml_node& request, const XmlEcuFile::Names& wanted,
                     XmlEcuFile::Names& found) {
-  for (const pugi::xml_node& received : request.children("Received")) {
-    for (const pugi::xml_node& item : received.children("DataItem")) {
-      const pugi::xml_attribute name = item.attribute("Name");
-      if (!name || std::string_view(item.attribute("Ref").value()) != "1") continue;
+  for (const pugi::xml_node& received : request.children(kReceived.name)) {
+    for (const pugi::xml_node& item : received.children(kItem.name)) {
+      const pugi::xml_attribute name = item.attribute(kItem["Name"].name);
+      if (!name || std::string_view(item.attribute(kItem["Ref"].name).value()) != "1") continue;
       if (const auto known = wanted.find(name.value()); known != wanted.end()) found.insert(*known);
     }
   }
@@ -38,9 +48,9 @@ XmlEcuFile::XmlEcuFile(std::string path, base::FileStamp stamp, base::XmlDocumen
 
 XmlEcuFile::Names XmlEcuFile::Offered(const Names& names) const {
   Names found;
-  for (const pugi::xml_node& target : document_->child("xml").children("qor:Target")) {
-    for (const pugi::xml_node& requests : target.children("Requests")) {
-      for (const pugi::xml_node& request : requests.children("Request"))
+  for (const pugi::xml_node& target : document_->child(kXml.name).children(kTarget.name)) {
+    for (const pugi::xml_node& requests : target.children(kRequests.name)) {
+      for (const pugi::xml_node& request : requests.children(kRequest.name))
         KeepReferenced(request, names, found);
     }
   }
