@@ -177,6 +177,7 @@ void TcpPath::CommandEnded() {
 
 void TcpPath::CallOffCommand() {
   if (!command_.IsUnderWay()) return;
+  if (console_.DebugTrace()) console_.Line("The command in progress is dropped, its client is gone");
   command_.CallOff();
   if (!command_.IsUnderWay()) CommandEnded();
 }
