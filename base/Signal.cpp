@@ -11,9 +11,10 @@ void Signal::Waits::Remove(Wait* wait) {
 }
 
 void Signal::Waits::Raise() {
+  if (waiting_.empty()) return;
   due_.insert(due_.end(), waiting_.begin(), waiting_.end());
   waiting_.clear();
-  if (!due_.empty()) DeferDue();
+  DeferDue();
 }
 
 // One at a time, each as a step of its own: what one throws is none of the others' business.

@@ -98,7 +98,7 @@ def instructions(server, folder, prepare, count):
     out = folder + "/callgrind.out"
     process = subprocess.Popen(
         ["valgrind", "--tool=callgrind", "--callgrind-out-file=" + out, server, "--headless", "--tcp-port", "0",
-         "--settings-file", folder + "/settings.ini", "--asap-folder", folder + "/asap", "--korv-folder",
+         "--settings", folder + "/settings.ini", "--install-record", folder + "/record.ini", "--asap-folder", folder + "/asap", "--korv-folder",
          folder + "/ecu", "--diag-port", "SIM", "--power", "dry-run"],
         stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
     for line in process.stdout:

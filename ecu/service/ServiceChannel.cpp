@@ -66,7 +66,12 @@ ServiceChannel::ServiceChannel(std::shared_ptr<base::EventLoop> loop, std::uniqu
 ServiceChannel::~ServiceChannel() { link_->Close(); }
 
 ServiceChannel::Turn::~Turn() {
-  std::erase(channel_.turns_, this);
+  std::deque<const Turn*>& turns = channel_.turns_;
+  if (turns.front() == this) {
+    turns.pop_front();
+  } else {
+    std::erase(turns, this);
+  }
   channel_.changed_.Raise();
 }
 
