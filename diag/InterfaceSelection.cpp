@@ -58,7 +58,7 @@ base::Task<void> InterfaceSelection::Select() {
 base::Task<std::string> InterfaceSelection::Choose(std::string chosen,
                                                    const std::vector<std::string>& plugged) {
   if (!chosen.empty() && std::find(plugged.begin(), plugged.end(), chosen) != plugged.end()) co_return chosen;
-  const std::string first = plugged.front();
+  const std::string& first = plugged.front();
   if (chosen.empty()) {
     console_.Line("No interface selected, automaticaly choose first one : " + first);
   } else {

@@ -33,8 +33,9 @@ class IsoTpConnection {
   void FramesSent(base::TimePoint now);
   void TimeElapsed(base::TimePoint now);
 
-  /// A message is going out.
+  /// A message is going out; a message is coming in.
   bool IsSending() const { return sender_.IsBusy(); }
+  bool IsReceiving() const { return receiver_.IsBusy(); }
 
   std::optional<CanFrame> TakeFrame(base::TimePoint now);
   std::optional<base::ByteBuffer> TakeMessage() { return receiver_.TakeMessage(); }
