@@ -20,8 +20,10 @@ base::Task<void> CanEcu::Send(const base::ByteBuffer& request, base::ByteBuffer&
 }
 
 base::Task<viator3::Exchange> CanEcu::Refuse(base::ByteBuffer request) const {
-  auto failure = NoRequest(request);
-  co_return viator3::Exchange{std::move(request), {}, std::move(failure)};
+  viator3::Exchange exchange;
+  exchange.failure = NoRequest(request);
+  std::swap(exchange.request, request);
+  co_return exchange;
 }
 
 base::Task<void> CanEcu::ReadTroubleCodes(viator3::TroubleCodeListener& listener) {
